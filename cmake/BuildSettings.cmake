@@ -1,0 +1,36 @@
+# How this project's own targets are compiled. All of it is set for the directory, never for a target's interface, so
+# that none of it reaches those who link the library.
+
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+find_program(CCACHE ccache)
+mark_as_advanced(CCACHE)
+if(CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion)
+    if(BRYX_WARNINGS_AS_ERRORS)
+        add_compile_options(-Werror)
+    endif()
+endif()
+
+if(BRYX_SANITIZE)
+    add_compile_options(-fsanitize=${BRYX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${BRYX_SANITIZE})
+endif()
+
+if(BRYX_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "BRYX_BUILD_FUZZERS needs clang; this is ${CMAKE_CXX_COMPILER_ID}")
+    endif()
+    # Coverage of the library is what guides the fuzzers.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

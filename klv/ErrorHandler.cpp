@@ -1,0 +1,3 @@
+#include "klv/ErrorHandler.h"
+
+ErrorHandler::~ErrorHandler() = default;

@@ -1,0 +1,3 @@
+#include "klv/InputLocator.h"
+
+InputLocator::~InputLocator() = default;

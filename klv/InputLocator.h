@@ -1,0 +1,17 @@
+#pragma once
+
+#include "klv/Locator.h"
+
+/// Reports the position that an input keeps of itself. The library's inputs count what they consume, so that no
+/// position is ever asked of the stream.
+class BRYX_API InputLocator : public Locator {
+public:
+    /// @param position kept up to date by the input, which outlives the locator
+    explicit InputLocator(const std::streampos& position) : position_(position) {}
+    ~InputLocator() override;
+
+    const std::streampos& streampos() const override { return position_; }
+
+private:
+    const std::streampos& position_;
+};

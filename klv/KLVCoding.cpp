@@ -1,0 +1,84 @@
+#include "klv/KLVCoding.h"
+
+#include <ostream>
+
+#include "util/assertion_failure.h"
+#include "util/byte_order.h"
+
+namespace klvutil {
+
+bool isSMPTEKey(const KLVKey& key) noexcept {
+    return util::loadBigEndian<std::uint32_t>(key.octets.data()) == 0x060E2B34U;
+}
+
+KLVCoding classify(const KLVKey& key) noexcept {
+    if (!isSMPTEKey(key)) {
+        return KLVCoding::None;
+    }
+    switch (key[4]) {
+    case 1:
+        return KLVCoding::IndividualItem;
+    case 2:
+        switch (key[5] & 0x07U) {
+        case 1:
+            return KLVCoding::UniversalSet;
+        case 3:
+            return KLVCoding::LocalSet;
+        case 4:
+            return KLVCoding::VariableLengthPack;
+        case 5:
+            return KLVCoding::FixedLengthPack;
+        default:
+            return KLVCoding::None;
+        }
+    case 3:
+        return KLVCoding::Wrapper;
+    case 4:
+        return KLVCoding::Label;
+    default:
+        return KLVCoding::None;
+    }
+}
+
+std::uint8_t berLengthFieldSize(std::uint8_t form) {
+    util::require(isValidBERLengthForm(form), "valid BER length form");
+    return form == 1 ? std::uint8_t{1} : static_cast<std::uint8_t>((form & 0x7FU) + 1);
+}
+
+std::uint8_t storeBERLength(std::uint8_t* field, std::uint8_t form, std::uint64_t length) {
+    const std::uint8_t size = berLengthFieldSize(form);
+    if (form == 1) {
+        util::require(length < 0x80, "enough octets");
+        field[0] = static_cast<std::uint8_t>(length);
+        return size;
+    }
+    const unsigned octets = size - 1U;
+    util::require(octets == 8 || length >> (8 * octets) == 0, "enough octets");
+    field[0] = form;
+    util::storeBigEndian(field + 1, length, octets);
+    return size;
+}
+
+std::uint8_t fieldSize(KLVFieldForm form) {
+    switch (form) {
+    case KLVFieldForm::OneOctet:
+        return 1;
+    case KLVFieldForm::TwoOctets:
+        return 2;
+    case KLVFieldForm::FourOctets:
+        return 4;
+    default:
+        util::failAssertion("valid tag type");
+    }
+}
+
+void writeField(std::ostream& stream, KLVFieldForm form, std::uint32_t value) {
+    const std::uint8_t size = fieldSize(form);
+    util::require(value >> ((8U * size) % 32U) == 0, "enough octets");
+    std::uint8_t octets[4];
+    util::storeBigEndian(octets, value, size);
+    stream.write(reinterpret_cast<const char*>(octets), size);
+    util::require(stream.good(), "successful write()");
+}
+
+} // namespace klvutil

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+
+#include "klv/KLVKey.h"
+#include "util/Api.h"
+
+/// @file
+/// What ST 336 says of the form of a triplet: how its key tells the coding of its value, and how lengths are written.
+
+/// The width of the tags of a local set and of the lengths of the items of a local set or variable-length pack.
+enum class KLVFieldForm : std::uint8_t {
+    OneOctet = 0,
+    TwoOctets = 1,
+    FourOctets = 2,
+    BER = 3 ///< lengths only: short or long BER form
+};
+
+/// Octet 5 of a wrapper's key.
+enum class KLVWrapperKind : std::uint8_t { Simple = 1, Complex = 2 };
+
+/// How the value of a triplet is coded, as its key tells.
+enum class KLVCoding : std::uint8_t {
+    None, ///< not a SMPTE key, or a coding that ST 336 does not define
+    IndividualItem,
+    UniversalSet,
+    LocalSet,
+    VariableLengthPack,
+    FixedLengthPack,
+    Wrapper,
+    Label
+};
+
+namespace klvutil {
+
+/// The octets of a key.
+inline constexpr std::uint64_t keySize = 16;
+
+/// The length of a triplet whose length is not known yet (all bits set).
+inline constexpr std::uint64_t unknownLength = ~std::uint64_t{0};
+
+/// The BER length form that leaves the choice to the writer; also "none reported yet".
+inline constexpr std::uint8_t automaticBERLengthForm = 0x80;
+
+/// Whether @p key begins as every SMPTE key does: 06 0E 2B 34.
+BRYX_API bool isSMPTEKey(const KLVKey& key) noexcept;
+
+/// The coding that octets 4 and 5 of @p key tell; KLVCoding::None when they tell none or it is not a SMPTE key.
+BRYX_API KLVCoding classify(const KLVKey& key) noexcept;
+
+/// Whether @p form selects a BER length: 1 for the short form, 0x81 to 0x88 for a long one.
+constexpr bool isValidBERLengthForm(std::uint8_t form) noexcept {
+    return form == 1 || (form >= 0x81 && form <= 0x88);
+}
+
+/// The octets of a BER length field in @p form: 1, or 2 to 9. Requires "valid BER length form".
+BRYX_API std::uint8_t berLengthFieldSize(std::uint8_t form);
+
+/// Writes @p length in BER form @p form to @p field, which has room for 9 octets, and returns the octets written.
+/// Requires "valid BER length form" and "enough octets".
+BRYX_API std::uint8_t storeBERLength(std::uint8_t* field, std::uint8_t form, std::uint64_t length);
+
+/// The octets of a tag or fixed-width length in @p form. Requires "valid tag type": not KLVFieldForm::BER.
+BRYX_API std::uint8_t fieldSize(KLVFieldForm form);
+
+/// Writes a local tag or fixed-width local length, most significant octet first.
+///
+/// Requires "valid tag type", "enough octets" and "successful write()". The check for enough octets is a 32-bit shift
+/// whose count is taken modulo 32, so a field of four octets takes the value 0 alone; MXF uses one and two octets.
+BRYX_API void writeField(std::ostream& stream, KLVFieldForm form, std::uint32_t value);
+
+} // namespace klvutil

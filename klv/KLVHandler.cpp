@@ -1,0 +1,3 @@
+#include "klv/KLVHandler.h"
+
+KLVHandler::~KLVHandler() = default;

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "util/Api.h"
+
+/// A 16-octet SMPTE Universal Label (ST 298), in file order: the key of a KLV triplet (ST 336) or a label held as a
+/// value.
+///
+/// Keys are ordered and compared over octets 0 to 6 and 8 to 15, as unsigned octets. Octet 7, the version of the
+/// register, takes no part: labels that differ in it alone are one and the same for every look-up in the library.
+struct KLVKey {
+    std::array<std::uint8_t, 16> octets{};
+
+    constexpr std::uint8_t operator[](std::size_t index) const { return octets[index]; }
+    constexpr std::uint8_t& operator[](std::size_t index) { return octets[index]; }
+};
+
+inline bool operator==(const KLVKey& a, const KLVKey& b) noexcept {
+    return std::memcmp(&a.octets[0], &b.octets[0], 7) == 0 && std::memcmp(&a.octets[8], &b.octets[8], 8) == 0;
+}
+inline bool operator!=(const KLVKey& a, const KLVKey& b) noexcept {
+    return !(a == b);
+}
+inline bool operator<(const KLVKey& a, const KLVKey& b) noexcept {
+    const int first = std::memcmp(&a.octets[0], &b.octets[0], 7);
+    return first != 0 ? first < 0 : std::memcmp(&a.octets[8], &b.octets[8], 8) < 0;
+}
+
+/// "urn:smpte:ul:" and four groups of eight hexadecimal digits, octet 7 included.
+BRYX_API std::string toString(const KLVKey& key);
+
+namespace klvutil {
+
+/// The key of a KLV fill item (ST 377-1), as the library writes it. Compare with ==: the version does not matter.
+inline constexpr KLVKey fillKey{
+    {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x01, 0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00}};
+
+} // namespace klvutil

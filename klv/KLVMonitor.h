@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "klv/KLVFilter.h"
+#include "klv/Locator.h"
+
+/// Counts the octets of the events that pass and offers a locator with the positions that follow from them, for
+/// streams that cannot tell their position, such as pipes and the output of a writer.
+///
+/// Positions are as Locator says. They begin at 0, or where rebase() puts them.
+class BRYX_API KLVMonitor : public DullKLVFilter {
+public:
+    /// The locator of a monitor.
+    class BRYX_API MonitoredLocator : public Locator {
+    public:
+        explicit MonitoredLocator(const std::streampos& position) : position_(position) {}
+        ~MonitoredLocator() override;
+        const std::streampos& streampos() const override { return position_; }
+
+    private:
+        const std::streampos& position_;
+    };
+
+    KLVMonitor();
+    ~KLVMonitor() override;
+    KLVMonitor(const KLVMonitor&) = delete;
+    KLVMonitor& operator=(const KLVMonitor&) = delete;
+
+    /// Valid as long as the monitor is.
+    virtual const Locator& getLocator() const;
+
+    /// Forgets what was counted: the octet that comes next has the position @p base.
+    virtual void rebase(std::streampos base);
+
+    /// Requires "accurate monitoring is possible": accurate lengths.
+    void startStream(bool accurateLengths) override;
+    void berLengthForm(std::uint8_t form) override;
+
+    // Each start event requires "wants value for unknown length" not to happen: a value of klvutil::unknownLength
+    // cannot be counted, so the next handler must not want it.
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
+    void endIndividualItem(const KLVKey& key) override;
+    bool startLabel(const KLVKey& key) override;
+    void endLabel(const KLVKey& key) override;
+    bool startUniversalSet(const KLVKey& key, std::uint64_t length) override;
+    void endUniversalSet(const KLVKey& key) override;
+    bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm, KLVFieldForm lengthForm) override;
+    void endLocalSet(const KLVKey& key) override;
+    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override;
+    void endFixedLengthPack(const KLVKey& key) override;
+    bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override;
+    void endVariableLengthPack(const KLVKey& key) override;
+    bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) override;
+    void endWrapper(const KLVKey& key) override;
+
+private:
+    /// A triplet whose end event has not come yet.
+    struct OpenTriplet {
+        std::streamoff start;
+        std::streamoff end;
+    };
+
+    template <class Start>
+    bool start(std::uint64_t headSize, std::uint64_t length, Start forward);
+    template <class End>
+    void end(End forward);
+
+    std::vector<OpenTriplet> open_;
+    std::streamoff next_ = 0;     ///< position of the octet that comes next
+    std::streampos position_ = 0; ///< what the locator tells
+    std::uint64_t headSize_ = 0;  ///< octets of key and length in the form in force
+    MonitoredLocator locator_{position_};
+};

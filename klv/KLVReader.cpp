@@ -1,0 +1,3 @@
+#include "klv/KLVReader.h"
+
+KLVReader::~KLVReader() = default;

@@ -1,0 +1,3 @@
+#include "klv/KLVTeller.h"
+
+KLVTeller::~KLVTeller() = default;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "klv/InputLocator.h"
+#include "klv/KLVFilter.h"
+
+/// Offers a locator for the events that pass, taken from the input they come from. The counterpart of KLVMonitor for
+/// streams that can seek.
+class BRYX_API KLVTeller : public DullKLVFilter {
+public:
+    /// @param position of the innermost triplet, kept up to date by the input, which outlives the filter
+    explicit KLVTeller(const std::streampos& position) : locator_(position) {}
+    ~KLVTeller() override;
+
+    const Locator& getLocator() const noexcept { return locator_; }
+
+private:
+    InputLocator locator_;
+};

@@ -1,0 +1,3 @@
+#include "klv/Locator.h"
+
+Locator::~Locator() = default;

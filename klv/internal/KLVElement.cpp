@@ -1,0 +1,215 @@
+#include "klv/internal/KLVElement.h"
+
+#include "util/assertion_failure.h"
+
+namespace findings = klvutil::findings;
+
+namespace {
+
+/// Bits 5 and 6 of octet 5 of the key of a local set or variable-length pack (ST 336).
+KLVFieldForm lengthFormOf(const KLVKey& key) {
+    static constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
+                                             KLVFieldForm::FourOctets};
+    return forms[(key[5] >> 5U) & 0x03U];
+}
+
+} // namespace
+
+void KLVWalk::walkTriplet() {
+    requireLeft(klvutil::keySize);
+    const std::streamoff outer = input.triplet();
+    input.beginTriplet(input.position());
+    KLVKey key;
+    input.read(key.octets.data(), key.octets.size());
+    switch (klvutil::classify(key)) {
+    case KLVCoding::IndividualItem:
+        KLVIndividualItem(*this, key).parse();
+        break;
+    case KLVCoding::UniversalSet:
+        KLVUniversalSet(*this, key).parse();
+        break;
+    case KLVCoding::LocalSet:
+        KLVLocalSet(*this, key).parse();
+        break;
+    case KLVCoding::VariableLengthPack:
+        KLVVariableLengthPack(*this, key).parse();
+        break;
+    case KLVCoding::FixedLengthPack:
+        KLVFixedLengthPack(*this, key).parse();
+        break;
+    case KLVCoding::Wrapper:
+        KLVWrapper(*this, key).parse();
+        break;
+    case KLVCoding::Label:
+        KLVLabel(*this, key).parse();
+        break;
+    case KLVCoding::None:
+        input.fail(klvutil::isSMPTEKey(key) ? findings::unimplementedCoding : findings::invalidKey);
+    }
+    input.beginTriplet(depth_ == 0 ? input.position() : outer);
+    input.showTriplet();
+}
+
+std::uint64_t KLVWalk::readBERLength() {
+    requireLeft(1);
+    std::uint8_t form = input.readOctet();
+    std::uint64_t length = form;
+    if (form < 0x80) {
+        form = 1;
+    } else {
+        if (!klvutil::isValidBERLengthForm(form)) {
+            input.fail(findings::invalidBERLongForm);
+        }
+        const unsigned octets = form & 0x7FU;
+        requireLeft(octets);
+        length = 0;
+        for (unsigned i = 0; i < octets; ++i) {
+            length = (length << 8U) | input.readOctet();
+        }
+    }
+    if (length > static_cast<std::uint64_t>(KLVInput::maxPosition - input.position())) {
+        input.fail(findings::lengthOutOfRange);
+    }
+    if (form != lastForm_) {
+        lastForm_ = form;
+        handler.berLengthForm(form);
+    }
+    return length;
+}
+
+std::uint64_t KLVWalk::readField(KLVFieldForm form) {
+    if (form == KLVFieldForm::BER) {
+        return readBERLength();
+    }
+    const unsigned octets = klvutil::fieldSize(form);
+    requireLeft(octets);
+    std::uint64_t value = 0;
+    for (unsigned i = 0; i < octets; ++i) {
+        value = (value << 8U) | input.readOctet();
+    }
+    return value;
+}
+
+template <class Item>
+void KLVWalk::walkContainer(std::uint64_t length, const klvutil::Finding& finding, Item item) {
+    if (depth_ == maxDepth) {
+        input.fail(findings::nestingTooDeep);
+    }
+    const std::streamoff outerEnd = end_;
+    const klvutil::Finding* const outerOverrun = overrun_;
+    ++depth_;
+    end_ = input.position() + static_cast<std::streamoff>(length);
+    overrun_ = &finding;
+    while (left() > 0) {
+        item();
+    }
+    --depth_;
+    end_ = outerEnd;
+    overrun_ = outerOverrun;
+}
+
+template <class Start, class Content, class End>
+void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, End end) {
+    const bool fits = length <= left();
+    const bool wanted = start();
+    if (fits) {
+        if (wanted) {
+            content();
+        } else {
+            input.skip(length);
+        }
+    }
+    end();
+    if (!fits) {
+        input.fail(*overrun_);
+    }
+}
+
+std::uint64_t KLVElement::readLength() {
+    const std::uint64_t length = walk_.readBERLength();
+    walk_.input.showTriplet();
+    return length;
+}
+
+void KLVIndividualItem::parse() {
+    const std::uint64_t length = readLength();
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startIndividualItem(key_, length); }, [&] { walk_.deliver(length); },
+        [&] { walk_.handler.endIndividualItem(key_); });
+}
+
+void KLVLabel::parse() {
+    walk_.input.showTriplet();
+    walk_.handler.startLabel(key_);
+    walk_.handler.endLabel(key_);
+}
+
+void KLVUniversalSet::parse() {
+    const std::uint64_t length = readLength();
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startUniversalSet(key_, length); },
+        [&] { walk_.walkContainer(length, findings::incorrectUniversalSetLength, [&] { walk_.walkTriplet(); }); },
+        [&] { walk_.handler.endUniversalSet(key_); });
+}
+
+void KLVLocalSet::parse() {
+    const std::uint64_t length = readLength();
+    // Bits 3 and 4 of octet 5 (ST 336); 01 would be tags in BER object identifier form.
+    static constexpr KLVFieldForm tagForms[] = {KLVFieldForm::OneOctet, KLVFieldForm::BER, KLVFieldForm::TwoOctets,
+                                                KLVFieldForm::FourOctets};
+    const KLVFieldForm tagForm = tagForms[(key_[5] >> 3U) & 0x03U];
+    if (tagForm == KLVFieldForm::BER) {
+        walk_.input.fail(findings::unimplementedCoding);
+    }
+    const KLVFieldForm lengthForm = lengthFormOf(key_);
+    const auto item = [&] {
+        const auto tag = static_cast<std::uint32_t>(walk_.readField(tagForm));
+        const std::uint64_t size = walk_.readField(lengthForm);
+        walk_.walkContent(
+            size, [&] { return walk_.handler.startLocalItem(tag, size); }, [&] { walk_.deliver(size); },
+            [&] { walk_.handler.endLocalItem(tag); });
+    };
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startLocalSet(key_, length, tagForm, lengthForm); },
+        [&] { walk_.walkContainer(length, findings::incorrectLocalSetLength, item); },
+        [&] { walk_.handler.endLocalSet(key_); });
+}
+
+void KLVFixedLengthPack::parse() {
+    const std::uint64_t length = readLength();
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startFixedLengthPack(key_, length); }, [&] { walk_.deliver(length); },
+        [&] { walk_.handler.endFixedLengthPack(key_); });
+}
+
+void KLVVariableLengthPack::parse() {
+    util::require(klvutil::classify(key_) == KLVCoding::VariableLengthPack, "valid variable length pack key");
+    // Bits 3 and 4 tell the tags of a local set; a pack has none.
+    if ((key_[5] & 0x18U) != 0) {
+        walk_.input.fail(findings::invalidVariableLengthPackType);
+    }
+    const std::uint64_t length = readLength();
+    const KLVFieldForm lengthForm = lengthFormOf(key_);
+    const auto item = [&] {
+        const std::uint64_t size = walk_.readField(lengthForm);
+        walk_.walkContent(
+            size, [&] { return walk_.handler.startVariableLengthPackItem(size); }, [&] { walk_.deliver(size); },
+            [&] { walk_.handler.endVariableLengthPackItem(); });
+    };
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startVariableLengthPack(key_, length, lengthForm); },
+        [&] { walk_.walkContainer(length, findings::incorrectVariableLengthPackLength, item); },
+        [&] { walk_.handler.endVariableLengthPack(key_); });
+}
+
+void KLVWrapper::parse() {
+    util::require(klvutil::classify(key_) == KLVCoding::Wrapper, "valid wrapper key");
+    const auto kind = static_cast<KLVWrapperKind>(key_[5]);
+    if (kind != KLVWrapperKind::Simple && kind != KLVWrapperKind::Complex) {
+        walk_.input.fail(findings::invalidWrapperType);
+    }
+    const std::uint64_t length = readLength();
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startWrapper(key_, length, kind); }, [&] { walk_.deliver(length); },
+        [&] { walk_.handler.endWrapper(key_); });
+}

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <cstdint>
+
+#include "klv/KLVCoding.h"
+#include "klv/KLVFindings.h"
+#include "klv/KLVHandler.h"
+#include "klv/internal/KLVInput.h"
+#include "klv/internal/KLVValueDelivery.h"
+
+/// What the elements of one parse share: the input, the handler, the last BER length form reported, and the innermost
+/// set or pack that is being walked.
+class KLVWalk {
+public:
+    static constexpr unsigned maxDepth = 32;
+
+    KLVWalk(KLVInput& from, KLVHandler& to) : input(from), handler(to) {}
+
+    KLVInput& input;
+    KLVHandler& handler;
+
+    /// Reads the next key, makes its element and walks it.
+    void walkTriplet();
+
+    /// Reads a BER length and reports its form if it has changed.
+    std::uint64_t readBERLength();
+
+    /// Reads a tag or a length in @p form.
+    std::uint64_t readField(KLVFieldForm form);
+
+    /// The octets left in the innermost set or pack, or up to the largest stream position.
+    std::uint64_t left() const { return static_cast<std::uint64_t>(end_ - input.position()); }
+
+    /// Walks the content of a set or pack of @p length octets: calls @p item until they are used up. Where they do not
+    /// come out even, @p finding is thrown.
+    template <class Item>
+    void walkContainer(std::uint64_t length, const klvutil::Finding& finding, Item item);
+
+    /// Makes the start event, deals with a content of @p length octets as its result says, makes the end event. A
+    /// content that does not fit what is left of the container is not looked at; the parse ends after the end event.
+    template <class Start, class Content, class End>
+    void walkContent(std::uint64_t length, Start start, Content content, End end);
+
+    /// Passes a value of @p length octets on to the handler as it asks.
+    void deliver(std::uint64_t length) { klvutil::deliverValue(input, handler, length); }
+
+private:
+    /// Ends the parse unless @p size octets are left in the container.
+    void requireLeft(std::uint64_t size) const {
+        if (size > left()) {
+            input.fail(*overrun_);
+        }
+    }
+
+    std::uint8_t lastForm_ = klvutil::automaticBERLengthForm;
+    unsigned depth_ = 0;
+    std::streamoff end_ = KLVInput::maxPosition;
+    const klvutil::Finding* overrun_ = &klvutil::findings::lengthOutOfRange;
+};
+
+/// One triplet, from the end of its key on.
+class KLVElement {
+public:
+    KLVElement(KLVWalk& walk, const KLVKey& key) : walk_(walk), key_(key) {}
+    virtual ~KLVElement() = default;
+    KLVElement(const KLVElement&) = delete;
+    KLVElement& operator=(const KLVElement&) = delete;
+
+    /// Walks the element, driving the handler.
+    virtual void parse() = 0;
+
+protected:
+    /// Reads the length of the triplet, after which its start event comes.
+    std::uint64_t readLength();
+
+    KLVWalk& walk_;
+    const KLVKey& key_;
+};
+
+class KLVIndividualItem final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVLabel final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVUniversalSet final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVLocalSet final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVFixedLengthPack final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVVariableLengthPack final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};
+
+class KLVWrapper final : public KLVElement {
+public:
+    using KLVElement::KLVElement;
+    void parse() override;
+};

@@ -1,0 +1,10 @@
+#include "klv/parse_error.h"
+
+namespace klvutil {
+
+parse_error::parse_error(const Finding& finding, std::streampos position, const std::string& detail)
+    : std::runtime_error(describe(finding, detail)), id_(finding.id), position_(position) {}
+
+parse_error::~parse_error() = default;
+
+} // namespace klvutil

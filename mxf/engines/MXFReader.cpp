@@ -1,0 +1,58 @@
+#include "mxf/engines/MXFReader.h"
+
+#include <algorithm>
+#include <istream>
+
+#include "klv/DullKLVHandler.h"
+#include "klv/GenericKLVReader.h"
+#include "klv/internal/KLVInput.h"
+#include "mxf/engines/MXFSplitter.h"
+#include "mxf/engines/internal/PrefixedStreambuf.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFRunInSkipper.h"
+
+namespace {
+
+/// Whether there is nothing more to read, and nothing wrong with the stream.
+bool atEnd(std::istream& stream) {
+    if (stream.good()) {
+        stream.peek();
+    }
+    return stream.rdstate() == std::ios::eofbit;
+}
+
+} // namespace
+
+void MXFReader::read(std::istream& stream) {
+    if (atEnd(stream)) {
+        return;
+    }
+    DullMXFStructureHandler dullStructure;
+    DullKLVHandler dull;
+    const auto orDull = [&](KLVHandler* handler) { return handler != nullptr ? handler : &dull; };
+    MXFSplitter splitter(structureHandler_ != nullptr ? structureHandler_ : &dullStructure,
+                         orDull(headerMetadataHandler_), orDull(indexHandler_), orDull(bodyHandler_), true);
+    splitter.setErrorHandler(errorHandler_);
+    GenericKLVReader reader;
+    reader.setHandler(&splitter);
+    reader.setErrorHandler(errorHandler_);
+
+    const std::streamoff base = std::max<std::streamoff>(klvutil::tell(stream), 0);
+    std::uint64_t runIn = 0;
+    MXFRunInSkipper skipper;
+    if (skipRunIn_) {
+        skipper.setErrorHandler(errorHandler_);
+        runIn = skipper.skip(stream);
+        if (runIn != 0) {
+            splitter.runIn(runIn);
+        }
+    }
+    const std::streamoff start = base + static_cast<std::streamoff>(runIn);
+    if (skipper.prefix().empty()) {
+        return reader.parse(stream, start);
+    }
+    PrefixedStreambuf buffer(skipper.prefix(), *stream.rdbuf());
+    std::istream prefixed(&buffer);
+    reader.parse(prefixed, start);
+    stream.setstate(prefixed.rdstate());
+}

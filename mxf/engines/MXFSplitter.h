@@ -1,0 +1,161 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "klv/DullKLVHandler.h"
+#include "klv/Finding.h"
+#include "klv/KLVHandler.h"
+#include "klv/Locator.h"
+#include "mxf/structure/MXFPartitionPack.h"
+#include "mxf/structure/MXFTripletPosition.h"
+#include "util/Api.h"
+
+class ErrorHandler;
+class MXFStructureHandler;
+class MXFStructureValidator;
+
+/// Follows the partition layout of an MXF file (ST 377-1 §7) and hands each region to the handler that it is for.
+///
+///     pack  fill  | header metadata  | index           | body                          pack ...
+///                 | headerByteCount  | indexByteCount  | up to the next pack or the end
+///
+/// Each header metadata region, each index region and each body is a stream of its own to its handler: setLocator,
+/// startStream and the length form in force come with its first triplet, endStream at its end. A region of no octets
+/// is not a stream. The body of a generic stream partition (ST 410) is skipped.
+///
+/// Where a triplet cannot stand, or a region does not end with a triplet, there is an error with the key; if the error
+/// handler returns, or there is none, klvutil::parse_error follows with the same text. When a pack is met inside a
+/// header metadata or index region, the error is reported, the partition ends and reading goes on with the pack.
+///
+/// The splitter is driven by a KLVReader and can take one stream after the other.
+class BRYX_API MXFSplitter : public KLVHandler {
+public:
+    /// The handlers are not owned. Requires each to be present: use DullMXFStructureHandler and DullKLVHandler for
+    /// what is not wanted.
+    /// @param validate whether an MXFStructureValidator stands in front of the structure handler
+    MXFSplitter(MXFStructureHandler* structureHandler, KLVHandler* headerMetadataHandler, KLVHandler* indexHandler,
+                KLVHandler* bodyHandler, bool validate);
+    ~MXFSplitter() override;
+    MXFSplitter(const MXFSplitter&) = delete;
+    MXFSplitter& operator=(const MXFSplitter&) = delete;
+
+    void setLocator(const Locator& locator) override;
+    void startStream(bool accurateLengths) override;
+    void endStream(bool stopped) override;
+    void berLengthForm(std::uint8_t form) override;
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
+    void endIndividualItem(const KLVKey& key) override;
+    bool startLabel(const KLVKey& key) override;
+    void endLabel(const KLVKey& key) override;
+    bool startUniversalSet(const KLVKey& key, std::uint64_t length) override;
+    void endUniversalSet(const KLVKey& key) override;
+    bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm, KLVFieldForm lengthForm) override;
+    void endLocalSet(const KLVKey& key) override;
+    bool startLocalItem(std::uint32_t tag, std::uint64_t length) override;
+    void endLocalItem(std::uint32_t tag) override;
+    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override;
+    void endFixedLengthPack(const KLVKey& key) override;
+    bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override;
+    void endVariableLengthPack(const KLVKey& key) override;
+    bool startVariableLengthPackItem(std::uint64_t length) override;
+    void endVariableLengthPackItem() override;
+    bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) override;
+    void endWrapper(const KLVKey& key) override;
+    bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
+                        std::uint8_t*& buffer) override;
+    void value(const std::uint8_t* data, std::uint64_t size) override;
+
+    /// Where findings go, those of the validator too; not owned. For the time of a stream it gets the splitter's own
+    /// locator, which shows the pack while its partition is checked.
+    virtual void setErrorHandler(ErrorHandler* errorHandler);
+
+    /// Tells of a run-in that precedes the stream. Requires "before start".
+    virtual void runIn(std::uint64_t length);
+
+    /// The stream position at which the file begins: what header starts count from. Without this call it is where the
+    /// stream of events starts, less the run-in. Requires "before start"; holds for the next stream.
+    void setBase(std::uint64_t base);
+
+private:
+    enum class State {
+        BeforeStart,
+        InStream,
+        InPartitionPack,
+        AfterPartitionPack,
+        InHeaderMetadata,
+        InIndex,
+        InBody,
+        InRandomIndexPack,
+        AfterRandomIndexPack
+    };
+
+    /// Shows the position of the reader's locator, or that of a pack which is looked at after it has been passed.
+    class DelegatedLocator : public Locator {
+    public:
+        const std::streampos& streampos() const override;
+        void follow(const Locator* locator);
+        void hold(std::streampos position);
+        void release() { held_ = false; }
+
+    private:
+        const Locator* locator_ = nullptr;
+        bool held_ = false;
+        std::streampos position_ = 0;
+    };
+
+    const Locator& locator() const;
+    bool isDelegating() const;
+    KLVHandler& delegate();
+    KLVHandler& startedDelegate();
+    void endDelegate(bool stopped);
+
+    template <class Start>
+    bool startElement(const KLVKey& key, std::uint64_t length, const klvutil::Finding& unexpected, Start forward);
+    template <class End>
+    void endElement(const KLVKey& key, const char* expected, End forward);
+    void enterRegion(const KLVKey& key, const klvutil::Finding& unexpected);
+    void checkRegion(std::uint64_t end, const KLVKey* key);
+
+    bool startPack(const KLVKey& key, std::uint64_t length, bool partition);
+    void decodePartitionPack(const KLVKey& key);
+    void decodeRandomIndexPack();
+    void openPartition();
+    void endPartition(bool stopped);
+
+    void findAtEnd(const klvutil::Finding& finding) const;
+    [[noreturn]] void fail(const klvutil::Finding& finding, const KLVKey* key) const;
+
+    std::unique_ptr<MXFStructureValidator> validator_;
+    MXFStructureHandler* structureHandler_;
+    KLVHandler* headerMetadataHandler_;
+    KLVHandler* indexHandler_;
+    KLVHandler* bodyHandler_;
+    DullKLVHandler skippedBody_;
+    ErrorHandler* errorHandler_ = nullptr;
+    const Locator* locator_ = nullptr;
+    DelegatedLocator delegatedLocator_;
+
+    State state_ = State::BeforeStart;
+    std::uint8_t form_ = klvutil::automaticBERLengthForm;
+    unsigned depth_ = 0; ///< triplets that are open
+    bool delegateStarted_ = false;
+    bool partitionOpen_ = false;
+    bool previousWasFill_ = false;
+
+    std::uint64_t runIn_ = 0;
+    std::uint64_t base_ = 0;
+    bool baseGiven_ = false;
+
+    MXFTripletPosition triplet_; ///< of the outermost triplet
+    std::vector<std::uint8_t> octets_;
+    bool packCollected_ = false;
+    bool genericStream_ = false;
+    KLVKey packKey_;
+    MXFPartitionPack pack_;
+    std::uint64_t packStart_ = 0;
+    std::uint64_t headerStart_ = 0;
+    std::uint64_t headerEnd_ = 0;
+    std::uint64_t indexEnd_ = 0;
+};

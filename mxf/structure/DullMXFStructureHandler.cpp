@@ -1,0 +1,8 @@
+#include "mxf/structure/DullMXFStructureHandler.h"
+
+void DullMXFStructureHandler::runIn(std::uint64_t) {}
+void DullMXFStructureHandler::startStructure() {}
+void DullMXFStructureHandler::endStructure() {}
+void DullMXFStructureHandler::startPartition(const KLVKey&, const MXFPartitionPack&, std::uint64_t) {}
+void DullMXFStructureHandler::endPartition(const KLVKey&) {}
+void DullMXFStructureHandler::randomIndex(const MXFRandomIndex&) {}

@@ -1,0 +1,3 @@
+#include "mxf/structure/MXFStructureHandler.h"
+
+MXFStructureHandler::~MXFStructureHandler() = default;

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs a build of the library and uses it as outside projects do: by CMake, by pkg-config and with the examples.
+# usage: run.sh BUILD_DIR
+set -euo pipefail
+
+build=$1
+here=$(cd "$(dirname "$0")" && pwd)
+# The same path each time, not a random one, lets ccache know what it has compiled before.
+work=$build/tests/install
+rm -rf "$work"
+mkdir -p "$work"
+
+# Moved after installation, so that a path fixed at installation time does not go unnoticed.
+cmake --install "$build" --prefix "$work/staging" >/dev/null
+mv "$work/staging" "$work/prefix"
+
+configure_and_build() { # SOURCE_DIR BUILD_DIR
+    cmake -S "$1" -B "$2" -DCMAKE_PREFIX_PATH="$work/prefix"
+    cmake --build "$2"
+}
+
+echo "== an outside CMake project"
+configure_and_build "$here" "$work/consumer"
+"$work/consumer/consumer"
+
+echo "== pkg-config"
+pc_file=$(find "$work/prefix" -name bryxmxf.pc)
+export PKG_CONFIG_PATH="${pc_file%/*}"
+read -ra flags < <(pkg-config --cflags --libs bryxmxf)
+"${CXX:-c++}" -std=c++17 "$here/main.cpp" "${flags[@]}" -o "$work/plain"
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir bryxmxf) "$work/plain"
+
+echo "== the examples as a project of their own"
+configure_and_build "$here/../../examples" "$work/examples"

@@ -1,0 +1,137 @@
+#include "klv/KLVCoding.h"
+
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "klv/KLVFindings.h"
+#include "klv/KLVValueTypes.h"
+#include "klv/ValueCoding.h"
+#include "mxf/engines/MXFEngineFindings.h"
+#include "mxf/structure/MXFStructureFindings.h"
+#include "support/Octets.h"
+#include "util/assertion_failure.h"
+
+TEST(KLVKey, VersionOctetTakesNoPart) {
+    KLVKey a = keys::item;
+    KLVKey b = a;
+    b[7] = 0x0E;
+    EXPECT_EQ(a, b);
+    std::map<KLVKey, int> map{{a, 1}};
+    EXPECT_FALSE(map.emplace(b, 2).second);
+    EXPECT_EQ(map.at(b), 1);
+
+    for (const std::size_t octet : {6U, 8U, 15U}) {
+        KLVKey low = a;
+        KLVKey high = a;
+        low[octet] = 0x7F;
+        high[octet] = 0x80;
+        EXPECT_LT(low, high) << octet;
+        EXPECT_FALSE(high < low) << octet;
+        EXPECT_NE(low, high) << octet;
+    }
+    EXPECT_EQ(toString(keys::op1a), "urn:smpte:ul:060e2b34.04010101.0d010201.01010900");
+}
+
+TEST(KLVCoding, ClassifiesByOctets4And5) {
+    using C = KLVCoding;
+    const std::map<int, C> packs{{0, C::None},
+                                 {1, C::UniversalSet},
+                                 {2, C::None},
+                                 {3, C::LocalSet},
+                                 {4, C::VariableLengthPack},
+                                 {5, C::FixedLengthPack},
+                                 {6, C::None},
+                                 {7, C::None},
+                                 {0x53, C::LocalSet},
+                                 {0x13, C::LocalSet},
+                                 {0x43, C::LocalSet},
+                                 {0x63, C::LocalSet},
+                                 {0x7F, C::None}};
+    for (const auto& [structure, coding] : packs) {
+        EXPECT_EQ(klvutil::classify(keys::make(2, static_cast<std::uint8_t>(structure))), coding) << structure;
+    }
+    const C categories[] = {C::None, C::IndividualItem, C::None, C::Wrapper, C::Label, C::None};
+    for (const int category : {0, 1, 3, 4, 5}) {
+        EXPECT_EQ(klvutil::classify(keys::make(static_cast<std::uint8_t>(category), 0x7F)), categories[category]);
+    }
+    KLVKey key = keys::item;
+    key[3] = 0x35;
+    EXPECT_EQ(klvutil::classify(key), C::None);
+}
+
+TEST(KLVCoding, BERLengthForms) {
+    std::uint8_t field[9];
+    EXPECT_EQ(klvutil::berLengthFieldSize(1), 1);
+    EXPECT_EQ(klvutil::berLengthFieldSize(0x83), 4);
+    EXPECT_EQ(klvutil::berLengthFieldSize(0x88), 9);
+    for (const int form : {0, 2, 0x7F, 0x80, 0x89, 0xFF}) {
+        EXPECT_THROW(klvutil::berLengthFieldSize(static_cast<std::uint8_t>(form)), util::assertion_failure) << form;
+    }
+    EXPECT_EQ(octets::length(0x123456, 0x83), octets::of({0x83, 0x12, 0x34, 0x56}));
+    EXPECT_EQ(octets::length(~0ULL, 0x88), octets::of({0x88, 255, 255, 255, 255, 255, 255, 255, 255}));
+    EXPECT_THROW(klvutil::storeBERLength(field, 0x83, 0x1000000), util::assertion_failure);
+    EXPECT_THROW(klvutil::storeBERLength(field, 1, 0x80), util::assertion_failure);
+}
+
+TEST(KLVCoding, LocalFieldsAndTheirShift) {
+    const auto write = [](KLVFieldForm form, std::uint32_t value) {
+        std::ostringstream stream;
+        klvutil::writeField(stream, form, value);
+        return stream.str();
+    };
+    EXPECT_EQ(write(KLVFieldForm::OneOctet, 255), octets::of({255}));
+    EXPECT_EQ(write(KLVFieldForm::TwoOctets, 65535), octets::of({255, 255}));
+    EXPECT_EQ(write(KLVFieldForm::FourOctets, 0), octets::of({0, 0, 0, 0}));
+    EXPECT_THROW(write(KLVFieldForm::BER, 0), util::assertion_failure);
+    for (const auto& [form, value] :
+         {std::pair{KLVFieldForm::OneOctet, 256U}, {KLVFieldForm::TwoOctets, 65536U}, {KLVFieldForm::FourOctets, 1U}}) {
+        try {
+            write(form, value);
+            FAIL() << value;
+        } catch (const util::assertion_failure& failure) {
+            EXPECT_STREQ(failure.what(), "assertion failure: enough octets");
+        }
+    }
+}
+
+TEST(ValueTypes, TextAndCalendarForms) {
+    const MXFTimestamp timestamp{2014, 3, 7, 10, 20, 30, 50};
+    EXPECT_EQ(toString(timestamp), "2014-03-07T10:20:30.200Z");
+    const std::tm time = klvutil::toCalendarTime(timestamp);
+    EXPECT_EQ(time.tm_year, 114);
+    EXPECT_EQ(time.tm_mon, 2);
+    EXPECT_EQ(time.tm_mday, 7);
+    EXPECT_EQ(time.tm_hour * 10000 + time.tm_min * 100 + time.tm_sec, 102030);
+
+    std::vector<std::uint8_t> written;
+    klvutil::OctetWriter(written).write(timestamp);
+    EXPECT_EQ(octets::of(written), octets::of({0x07, 0xDE, 3, 7, 10, 20, 30, 50}));
+    EXPECT_EQ(klvutil::OctetReader(written.data(), written.size()).read<MXFTimestamp>(), timestamp);
+    EXPECT_THROW(klvutil::OctetReader(written.data(), 7).read<MXFTimestamp>(), std::length_error);
+
+    EXPECT_EQ(toString(Rational{-25, 1}), "-25/1");
+    EXPECT_EQ(
+        toString(MXFUID{{0x6b, 0xa7, 0xb8, 0x10, 0x9d, 0xad, 0x11, 0xd1, 0x80, 0xb4, 0, 0xc0, 0x4f, 0xd4, 0x30, 0xc8}}),
+        "urn:uuid:6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+}
+
+TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
+    using namespace klvutil::findings;
+    using namespace mxfutil::findings;
+    std::multimap<util::uuid, std::string> byId;
+    std::set<util::uuid> shared{invalidKey.id, unsuccessfulRead.id, unexpectedRandomIndex.id};
+#define ADD(name, base, index, level, message) byId.emplace(name.id, message);
+    BRYX_KLV_FINDINGS(ADD)
+    BRYX_STRUCTURE_FINDINGS(ADD)
+    BRYX_ENGINE_FINDINGS(ADD)
+#undef ADD
+    for (const auto& [id, message] : byId) {
+        EXPECT_EQ(byId.count(id) > 1, shared.count(id) == 1) << message;
+    }
+    EXPECT_EQ(invalidKey.id, unimplementedCoding.id);
+    EXPECT_NE(invalidKey.id, streamNotGood.id);
+    EXPECT_EQ(partitionAfterRandomIndex.id, unexpectedRandomIndex.id);
+}

@@ -1,0 +1,13 @@
+#include "util/hex.h"
+
+namespace util {
+
+void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size) {
+    static constexpr char digits[] = "0123456789abcdef";
+    for (std::size_t i = 0; i < size; ++i) {
+        text += digits[octets[i] >> 4U];
+        text += digits[octets[i] & 0x0FU];
+    }
+}
+
+} // namespace util

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "util/Api.h"
+
+namespace util {
+
+/// Appends @p size octets as lower-case hexadecimal digits, two an octet.
+BRYX_API void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size);
+
+} // namespace util
