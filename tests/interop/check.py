@@ -1,0 +1,490 @@
+#!/usr/bin/env python3
+"""Checks what inspect says of MXF files against independent readings of the same files.
+
+usage: check.py [--run-in FILE]... INSPECT FILE...
+
+A file is read here in the plainest way, as keys, lengths and values; by ffprobe, which cuts the essence into packets;
+and by MediaInfo. For every file one line says what was compared, and a line for each disagreement follows it. A file
+given with --run-in is read once more with octets in front of its header partition. The exit status is 1 when there is
+any disagreement.
+"""
+
+import argparse
+import bisect
+import contextlib
+import json
+import mmap
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+from dataclasses import dataclass, field
+
+TIMEOUT = 60  # seconds, for any program that is run here
+
+
+# ---- The plain reading: SMPTE ST 336 for the triplets, ST 377-1 for partitions, ST 379 for essence elements ----
+
+PARTITION_PACK = bytes.fromhex("060e2b34020501010d0102")
+RANDOM_INDEX_PACK = bytes.fromhex("060e2b34020501010d01020101110100")
+FILL = bytes.fromhex("060e2b34010101010301021001000000")
+MAX_RUN_IN = 65535
+
+PARTITION_KINDS = {0x02: "header", 0x03: "body", 0x04: "footer"}
+GENERIC_STREAM = 0x11
+PARTITION_STATUS = {
+    0x01: "openIncomplete",
+    0x02: "closedIncomplete",
+    0x03: "openComplete",
+    0x04: "closedComplete",
+    GENERIC_STREAM: "genericStream",
+}
+# Name in the report of inspect, and octets in the pack.
+PARTITION_FIELDS = (
+    ("majorVersion", 2),
+    ("minorVersion", 2),
+    ("kagSize", 4),
+    ("thisPartition", 8),
+    ("previousPartition", 8),
+    ("footerPartition", 8),
+    ("headerByteCount", 8),
+    ("indexByteCount", 8),
+    ("indexSID", 4),
+    ("bodyOffset", 8),
+    ("bodySID", 4),
+)
+ESSENCE_KINDS = {
+    0x05: "picture", 0x15: "picture",
+    0x06: "sound", 0x16: "sound",
+    0x07: "data", 0x17: "data",
+    0x18: "compound",
+}
+SYSTEM_ITEMS = (0x04, 0x14)
+
+
+class Malformed(Exception):
+    """The file is not a sequence of triplets as it should be."""
+
+
+@dataclass
+class Element:
+    """An essence element: where its key, its value and what comes next begin."""
+
+    key: bytes
+    start: int
+    value: int
+    end: int
+
+    @property
+    def size(self):
+        return self.end - self.value
+
+
+@dataclass
+class Reading:
+    size: int
+    run_in: int
+    partitions: list = field(default_factory=list)
+    random_index: list = None
+    elements: list = field(default_factory=list)
+    others: list = field(default_factory=list)
+    system_elements: int = 0
+
+    def in_words_of_inspect(self):
+        return {
+            "fileSize": self.size,
+            "runIn": self.run_in,
+            "partitions": self.partitions,
+            "randomIndex": self.random_index,
+            "essence": totals(self.elements, lambda key: {"kind": ESSENCE_KINDS[key[12]]}),
+            "otherElements": totals(self.others, lambda key: {}),
+            "systemElements": self.system_elements,
+        }
+
+
+def totals(elements, properties):
+    """How many elements and octets there are of each key, in the order of the keys.
+
+    Keys that differ in the version of the registry alone are one key, shown as it occurs first.
+    """
+    rows = {}
+    for element in elements:
+        key = element.key
+        row = rows.setdefault(
+            key[:7] + key[8:], {"key": urn(key), **properties(key), "elements": 0, "bytes": 0})
+        row["elements"] += 1
+        row["bytes"] += element.size
+    return sorted(rows.values(), key=lambda row: row["key"])
+
+
+def number(octets):
+    return int.from_bytes(octets, "big")
+
+
+def urn(label):
+    digits = label.hex()
+    return "urn:smpte:ul:" + ".".join(digits[i:i + 8] for i in range(0, 32, 8))
+
+
+def is_like(key, pattern):
+    """Whether the key is that of the pattern, in whatever version of the registry (octet 8 of the label)."""
+    return key[:7] == pattern[:7] and key[8:len(pattern)] == pattern[8:]
+
+
+def essence_kind(key):
+    """What a Generic Container essence element holds, or None if the key is that of something else."""
+    if key[:7] == bytes.fromhex("060e2b34010201") and key[8:12] == bytes.fromhex("0d010301"):
+        return ESSENCE_KINDS.get(key[12])
+    return None
+
+
+def is_system_element(key):
+    return (key[:5] == bytes.fromhex("060e2b3402") and key[6] == 1 and key[8:12] == bytes.fromhex("0d010301")
+            and key[12] in SYSTEM_ITEMS)
+
+
+def triplets(data, position):
+    """Yields key, start of key, start of value and end of value of each triplet up to the end of the file."""
+    while position < len(data):
+        key = data[position:position + 16]
+        if len(key) < 16 or key[:4] != PARTITION_PACK[:4]:
+            raise Malformed(f"no key at {position}")
+        value = position + 17
+        length = number(data[value - 1:value])
+        if length >= 0x80:
+            octets = length & 0x7F
+            length = number(data[value:value + octets])
+            value += octets
+        if value + length > len(data) or value > len(data):
+            raise Malformed(f"the triplet at {position} goes on behind the end of the file")
+        yield key, position, value, value + length
+        position = value + length
+
+
+def partition(key, start, value):
+    report = {"offset": start, "kind": PARTITION_KINDS[key[13]], "status": PARTITION_STATUS[key[14]]}
+    position = 0
+    for name, octets in PARTITION_FIELDS:
+        report[name] = number(value[position:position + octets])
+        position += octets
+    report["operationalPattern"] = urn(value[position:position + 16])
+    count, item = number(value[position + 16:position + 20]), number(value[position + 20:position + 24])
+    labels = value[position + 24:]
+    if count * item > len(labels) or (count > 0 and item != 16):
+        raise Malformed(f"the partition pack at {start} has no proper batch of essence containers")
+    report["essenceContainers"] = [urn(labels[i * 16:i * 16 + 16]) for i in range(count)]
+    return report
+
+
+def random_index(value, start, end):
+    if len(value) % 12 != 4 or number(value[-4:]) != end - start:
+        raise Malformed(f"the random index pack at {start} does not state its length")
+    return [{"bodySID": number(value[i:i + 4]), "byteOffset": number(value[i + 4:i + 12])}
+            for i in range(0, len(value) - 4, 12)]
+
+
+def read(data):
+    run_in = data.find(PARTITION_PACK, 0, MAX_RUN_IN + len(PARTITION_PACK))
+    if run_in < 0:
+        raise Malformed("no header partition")
+    reading = Reading(len(data), run_in)
+    current = None
+    body = None  # where the body of the partition begins; None while only fill followed the partition pack
+    for key, start, value, end in triplets(data, run_in):
+        if is_like(key, PARTITION_PACK) and key[13] in PARTITION_KINDS:
+            current = partition(key, start, data[value:end])
+            reading.partitions.append(current)
+            body = None
+        elif is_like(key, RANDOM_INDEX_PACK):
+            reading.random_index = random_index(data[value:end], start, end)
+        elif is_like(key, FILL):
+            continue
+        elif current is None:
+            raise Malformed("no header partition")
+        else:
+            if body is None:
+                # Byte counts begin behind the fill that follows the pack.
+                body = start + current["headerByteCount"] + current["indexByteCount"]
+            if start < body or current["status"] == PARTITION_STATUS[GENERIC_STREAM]:
+                continue
+            if is_system_element(key):
+                reading.system_elements += 1
+            elif essence_kind(key):
+                reading.elements.append(Element(key, start, value, end))
+            else:
+                reading.others.append(Element(key, start, value, end))
+    return reading
+
+
+# ---- Comparing ----
+
+class Check:
+    """What was compared about one file, and where the readings disagree."""
+
+    def __init__(self, name):
+        self.name = name
+        self.compared = {}  # by who read the file: what was compared
+        self.problems = []
+
+    def same(self, reader, what, inspected, read):
+        """Compares what inspect says with what another reader says; only the members that the reader has count."""
+        self.compared.setdefault(reader, []).append(what)
+        self.problems += differences(what, inspected, read, reader)
+
+    def holds(self, reader, what, condition, problem):
+        self.compared.setdefault(reader, []).append(what)
+        if not condition:
+            self.problems.append(problem)
+
+    def report(self):
+        parts = [f"{reader}: {', '.join(dict.fromkeys(what))}" for reader, what in self.compared.items()]
+        print(f"{'DIFFERS' if self.problems else 'ok     '} {self.name}: {'; '.join(parts)}")
+        for problem in self.problems:
+            print(f"        {problem}")
+        return not self.problems
+
+
+def differences(path, inspected, read, reader):
+    if isinstance(read, dict) and isinstance(inspected, dict):
+        for name, value in read.items():
+            if name in inspected:
+                yield from differences(f"{path}.{name}", inspected[name], value, reader)
+            else:
+                yield f"{path}.{name}: {reader} says {value!r}, inspect does not say it"
+    elif isinstance(read, list) and isinstance(inspected, list) and len(read) == len(inspected):
+        for i, value in enumerate(read):
+            yield from differences(f"{path}[{i}]", inspected[i], value, reader)
+    elif type(read) is not type(inspected) or read != inspected:
+        yield f"{path}: inspect says {inspected!r}, {reader} says {read!r}"
+
+
+def run(*command):
+    # Programs speak of the file by its name, which need not be text.
+    return subprocess.run(command, capture_output=True, text=True, errors="replace", timeout=TIMEOUT, check=False)
+
+
+def grave(report):
+    return [finding for finding in report["findings"] if finding["level"] != "warning"]
+
+
+def inspected(check, inspect, path):
+    """What inspect says of the file, None if it does not answer."""
+    result = run(inspect, "--json", path)
+    try:
+        report = json.loads(result.stdout)
+        expected = 1 if grave(report) else 0
+    except (ValueError, KeyError, TypeError) as problem:
+        check.problems.append(
+            f"inspect ended with {result.returncode} and no report ({problem}): {result.stderr.strip()}")
+        return None
+    check.same("inspect", "exit status", result.returncode, expected)
+    for row in ("essence", "otherElements"):
+        report.get(row, []).sort(key=lambda element: element["key"])
+    return report
+
+
+def compare_own(check, report, reading):
+    for name, value in reading.in_words_of_inspect().items():
+        check.same("plain reading", name, report.get(name), value)
+
+
+# ---- ffprobe ----
+
+def is_aes3_of_d10(key):
+    """Sound elements of ST 386 hold AES3 subframes, which ffprobe turns into plain samples."""
+    return key[12] == 0x06 and key[14] == 0x10
+
+
+def compare_ffprobe(check, path, report, reading):
+    result = run("ffprobe", "-v", "error", "-of", "json", "-show_entries",
+                 "packet=stream_index,pos,size:format=size:format_tags=operational_pattern_ul", path)
+    if result.returncode != 0 or result.stderr:
+        check.compared["ffprobe"] = ["not compared, it reads the file with errors"]
+        return
+    check.same("ffprobe", "no errors", [finding["message"] for finding in grave(report)], [])
+
+    probed = json.loads(result.stdout)
+    check.same("ffprobe", "fileSize", report["fileSize"], int(probed["format"]["size"]))
+    check.same("ffprobe", "operational pattern", report["partitions"][0]["operationalPattern"],
+               "urn:smpte:ul:" + probed["format"]["tags"]["operational_pattern_ul"])
+
+    starts = [element.start for element in reading.elements]
+    packets = {}  # by key: for each element by its index, the sizes of the packets in it
+    for packet in probed["packets"]:
+        position = int(packet.get("pos", -1))
+        index = bisect.bisect_right(starts, position) - 1
+        if index < 0 or position >= reading.elements[index].end:
+            check.problems.append(f"ffprobe has a packet at {position}, where no essence element is")
+            return
+        sizes = packets.setdefault(reading.elements[index].key, {})
+        sizes.setdefault(index, []).append(int(packet["size"]))
+
+    essence = {row["key"]: row for row in report["essence"]}
+    check.same("ffprobe", "essence keys", sorted(essence), sorted(urn(key) for key in packets))
+    for key, by_element in packets.items():
+        row = essence.get(urn(key), {"elements": None, "bytes": None})
+        check.same("ffprobe", "elements", row["elements"], len(by_element))
+        if not is_aes3_of_d10(key):
+            check.same("ffprobe", "octets of essence", row["bytes"], sum(map(sum, by_element.values())))
+            check.holds("ffprobe", "size of each element",
+                        all(sum(sizes) == reading.elements[i].size for i, sizes in by_element.items()),
+                        f"{urn(key)}: the packets of ffprobe are not as large as the elements they are in")
+
+
+# ---- MediaInfo ----
+
+MEDIAINFO_STATUS = {
+    "Open / Incomplete": "openIncomplete",
+    "Closed / Incomplete": "closedIncomplete",
+    "Open / Complete": "openComplete",
+    "Closed / Complete": "closedComplete",
+}
+MEDIAINFO_KINDS = {"Video": "picture", "Audio": "sound"}
+
+# MediaInfo leaves out the last zeros of an MPEG-2 or AVC stream, which end no picture.
+MEDIAINFO_TRIMS = {"MPEG Video": 3, "AVC": 3}
+
+
+def mediainfo(path, parse_speed):
+    tracks = json.loads(run("mediainfo", f"--ParseSpeed={parse_speed}", "--Output=JSON", path).stdout)["media"]["track"]
+    return tracks[0], [track for track in tracks if track["@type"] in MEDIAINFO_KINDS]
+
+
+def pattern_name(label):
+    """The name of an operational pattern: its item and package complexity are octets 13 and 14 of the label."""
+    item, package = bytes.fromhex(label.removeprefix("urn:smpte:ul:").replace(".", ""))[12:14]
+    return "OP-Atom" if item == 0x10 else f"OP-{item}{chr(ord('a') + package - 1)}"
+
+
+def compare_mediainfo(check, path, report):
+    # Frames are counted in the metadata by a quick reading, octets in the essence by a thorough one.
+    general, quick = mediainfo(path, 0.5)
+    _, thorough = mediainfo(path, 1)
+    header = report["partitions"][0]
+    check.same("MediaInfo", "fileSize", report["fileSize"], int(general["FileSize"]))
+    check.same("MediaInfo", "operational pattern", pattern_name(header["operationalPattern"]),
+               general["Format_Profile"])
+    check.same("MediaInfo", "status", header["status"], MEDIAINFO_STATUS[general["Format_Settings"]])
+    if report["partitions"][-1]["kind"] == "footer":
+        check.same("MediaInfo", "footer", report["fileSize"] - report["partitions"][-1]["offset"],
+                   int(general["FooterSize"]))
+    if not quick:
+        check.compared["MediaInfo"].append("no essence that it knows")
+        return
+
+    containers = {label[-17:].replace(".", "") for label in header["essenceContainers"]}
+    for track_type, kind in MEDIAINFO_KINDS.items():
+        rows = [row for row in report["essence"] if row["kind"] == kind]
+        tracks = [(a, b) for a, b in zip(quick, thorough, strict=True) if a["@type"] == track_type]
+        check.same("MediaInfo", f"{kind} keys", len(rows), len(tracks))
+        for row, (track, sized) in zip(rows, tracks):
+            label = track["CodecID"].split("-")[0].lower()
+            check.holds("MediaInfo", "essence containers", label in containers,
+                        f"MediaInfo has essence container {label}, which the header partition does not announce")
+            if row["elements"] > 1 and "FrameCount" in track:
+                check.same("MediaInfo", "frames", row["elements"], int(track["FrameCount"]))
+            if "StreamSize" in sized:
+                size = int(sized["StreamSize"].split(" / ")[0])
+                missing = row["bytes"] - size
+                check.holds("MediaInfo", f"octets of {kind}", 0 <= missing <= MEDIAINFO_TRIMS.get(track["Format"], 0),
+                            f"{row['key']}: inspect says {row['bytes']} octets, MediaInfo {size}")
+
+
+def check_file(inspect, path):
+    check = Check(os.path.basename(path))
+    report = inspected(check, inspect, path)
+    if report:
+        try:
+            with mapped(path) as data:
+                reading = read(data)
+        except Malformed as problem:
+            check.problems.append(f"plain reading: {problem}")
+        else:
+            compare_own(check, report, reading)
+            compare_ffprobe(check, path, report, reading)
+            compare_mediainfo(check, path, report)
+    return check.report()
+
+
+@contextlib.contextmanager
+def mapped(path):
+    with open(path, "rb") as file, mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as data:
+        yield data
+
+
+# ---- Run-in ----
+
+def run_in_of(length):
+    """Octets that look like the beginning of a partition pack again and again, to the last, and never are one."""
+    lure = PARTITION_PACK[:8] + PARTITION_PACK[:10] + PARTITION_PACK[:4]
+    return (lure * (length // len(lure) + 1))[-length:]
+
+
+def shifted(report, octets):
+    """What a report says when everything stands that many octets further on."""
+    findings = [{**finding, "position": finding["position"] + octets} for finding in report["findings"]]
+    return {
+        **report,
+        "fileSize": report["fileSize"] + octets,
+        "runIn": octets,
+        "partitions": [{**row, "offset": row["offset"] + octets} for row in report["partitions"]],
+        "findings": findings,
+    }
+
+
+def is_generalized(label):
+    return int(label.split(".")[3][:2], 16) < 0x10
+
+
+def compare_run_in(check, inspect, path, plain, length):
+    who = f"run-in of {length}"
+    report = inspected(check, inspect, path)
+    if report is None:
+        return
+    if length > MAX_RUN_IN:
+        check.same(who, "fatal finding", [(finding["level"], finding["message"]) for finding in report["findings"]],
+                   [("fatal", "invalid run-in")])
+        check.same(who, "no partition", report["partitions"], [])
+        return
+    with mapped(path) as data:
+        compare_own(check, report, read(data))
+    # The library objects to a run-in once for each partition that states a generalized operational pattern.
+    objection = "generalized operational pattern with run-in"
+    objections = [finding for finding in report["findings"] if finding["message"].startswith(objection)]
+    check.same(who, "objections", [(finding["level"], finding["position"]) for finding in objections],
+               [("error", row["offset"]) for row in report["partitions"] if is_generalized(row["operationalPattern"])])
+    report["findings"] = [finding for finding in report["findings"] if finding not in objections]
+    for name, value in shifted(plain, length).items():
+        check.same(who, name, report.get(name), value)
+
+
+def check_run_in(inspect, path):
+    check = Check(f"{os.path.basename(path)} with run-in")
+    plain = inspected(check, inspect, path)
+    if plain:
+        with tempfile.TemporaryDirectory() as folder:
+            longer = os.path.join(folder, "run-in.mxf")
+            for length in (1, MAX_RUN_IN, MAX_RUN_IN + 1):
+                with open(longer, "wb") as output, open(path, "rb") as source:
+                    output.write(run_in_of(length))
+                    shutil.copyfileobj(source, output)
+                compare_run_in(check, inspect, longer, plain, length)
+    return check.report()
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    arguments.add_argument("--run-in", action="append", default=[], metavar="FILE",
+                           help="a file without run-in to be read with some as well")
+    arguments.add_argument("inspect", help="the program to be checked")
+    arguments.add_argument("files", nargs="+", metavar="FILE")
+    options = arguments.parse_args()
+
+    results = [check_file(options.inspect, path) for path in options.files]
+    results += [check_run_in(options.inspect, path) for path in options.run_in]
+    sys.exit(0 if all(results) else 1)
+
+
+if __name__ == "__main__":
+    main()
