@@ -16,7 +16,7 @@ DullKLVFilter::~DullKLVFilter() = default;
 ActionKLVFilter::~ActionKLVFilter() = default;
 
 void ActionKLVFilter::setLocator(const Locator& locator) {
-    DullKLVFilter::setLocator(locator);
+    next().setLocator(locator);
 }
 
 void KLVStreamFilter::startStream(bool) {}

@@ -102,54 +102,19 @@ const std::string picture = klv(keys::picture, "PIC");
 TEST(MXFReader, RoutesEveryRegion) {
     const FileBuilder built = FileBuilder::whole();
     const Log log = read(built.file);
-    EXPECT_EQ(log, (Log{"startStructure",
-                        "partition 2 0 149",
-                        "H startStream 1 @149",
-                        "H form 131 @149",
-                        "H fixedPack 01050100 8 @149",
-                        "H value 8 @149",
-                        "H /fixedPack 01050100 @149",
-                        "H localSet 00000000 6 1 1 @177",
-                        "H localItem 15370 2 @177",
-                        "H value 2 @177",
-                        "H /localItem 15370 @177",
-                        "H /localSet 00000000 @177",
-                        "H endStream 0 @177",
-                        "/partition 2",
-                        "partition 3 203 352",
-                        "B startStream 1 @352",
-                        "B form 131 @352",
-                        "B item 15010500 3 @352",
-                        "B value 3 @352",
-                        "B /item 15010500 @352",
-                        "B item 15010500 2 @375",
-                        "B value 2 @375",
-                        "B /item 15010500 @375",
-                        "B endStream 0 @397",
-                        "/partition 3",
-                        "partition 4 397 546",
-                        "H startStream 1 @546",
-                        "H form 131 @546",
-                        "H fixedPack 01050100 8 @546",
-                        "H value 8 @546",
-                        "H /fixedPack 01050100 @546",
-                        "H localSet 00000000 6 1 1 @574",
-                        "H localItem 15370 2 @574",
-                        "H value 2 @574",
-                        "H /localItem 15370 @574",
-                        "H /localSet 00000000 @574",
-                        "H endStream 0 @574",
-                        "I startStream 1 @600",
-                        "I form 131 @600",
-                        "I localSet 00000000 8 1 1 @600",
-                        "I localItem 16133 4 @600",
-                        "I value 4 @600",
-                        "I /localItem 16133 @600",
-                        "I /localSet 00000000 @600",
-                        "I endStream 0 @600",
-                        "/partition 4",
-                        "randomIndex 3",
-                        "endStructure"}));
+    EXPECT_EQ(joined(log),
+              "startStructure; partition 2 0 149; H startStream 1 @149; H form 131 @149; "
+              "H fixedPack 01050100 8 @149; H value 8 @149; H /fixedPack 01050100 @149; "
+              "H localSet 00000000 6 1 1 @177; H localItem 15370 2 @177; H value 2 @177; H /localItem 15370 @177; "
+              "H /localSet 00000000 @177; H endStream 0 @177; /partition 2; partition 3 203 352; "
+              "B startStream 1 @352; B form 131 @352; B item 15010500 3 @352; B value 3 @352; "
+              "B /item 15010500 @352; B item 15010500 2 @375; B value 2 @375; B /item 15010500 @375; "
+              "B endStream 0 @397; /partition 3; partition 4 397 546; H startStream 1 @546; H form 131 @546; "
+              "H fixedPack 01050100 8 @546; H value 8 @546; H /fixedPack 01050100 @546; "
+              "H localSet 00000000 6 1 1 @574; H localItem 15370 2 @574; H value 2 @574; H /localItem 15370 @574; "
+              "H /localSet 00000000 @574; H endStream 0 @574; I startStream 1 @600; I form 131 @600; "
+              "I localSet 00000000 8 1 1 @600; I localItem 16133 4 @600; I value 4 @600; I /localItem 16133 @600; "
+              "I /localSet 00000000 @600; I endStream 0 @600; /partition 4; randomIndex 3; endStructure");
 }
 
 TEST(MXFReader, RunInsOnEveryKindOfStream) {

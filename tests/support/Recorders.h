@@ -14,6 +14,15 @@
 /// Lines of text, one an event. Several recorders may write to one log.
 using Log = std::vector<std::string>;
 
+/// All lines in one, for comparing long logs.
+inline std::string joined(const Log& log) {
+    std::string text;
+    for (const std::string& entry : log) {
+        text += (text.empty() ? "" : "; ") + entry;
+    }
+    return text;
+}
+
 /// "name argument argument @position"
 template <class... Arguments>
 std::string line(const Locator* locator, const char* name, const Arguments&... arguments) {

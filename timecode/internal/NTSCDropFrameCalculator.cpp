@@ -6,7 +6,7 @@
 
 NTSCDropFrameCalculator::NTSCDropFrameCalculator(std::uint8_t framesPerSecond, std::uint8_t subFrames)
     : RegularTimecodeCalculator(framesPerSecond, subFrames), subFrames_(subFrames),
-      dropped_(2 * (framesPerSecond / 30)), framesPerSecond_(framesPerSecond),
+      dropped_(std::int64_t{framesPerSecond} / 30 * 2), framesPerSecond_(framesPerSecond),
       framesPerMinute_(framesPerSecond_ * 60 - dropped_), framesPerTenMinutes_(10 * framesPerMinute_ + dropped_) {}
 
 void NTSCDropFrameCalculator::toTimecode(std::uint32_t count, std::uint8_t& hours, std::uint8_t& minutes,
