@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Checks what inspect says of MXF files against independent readings of the same files.
 
-usage: check.py [--run-in FILE]... INSPECT FILE...
+usage: check.py [--sample FILE]... [--run-in FILE]... INSPECT FILE...
 
 A file is read here in the plainest way, as keys, lengths and values; by ffprobe, which cuts the essence into packets;
-and by MediaInfo. For every file one line says what was compared, and a line for each disagreement follows it. A file
-given with --run-in is read once more with octets in front of its header partition. The exit status is 1 when there is
-any disagreement.
+and by MediaInfo. All three must be able to read a FILE; a sample may be beyond ffprobe and MediaInfo. A file given with
+--run-in is read again and again with octets in front of its header partition.
+
+For every file one line says what was compared, and a line for each disagreement follows it. The exit status is 1 when
+there is any disagreement.
 """
 
 import argparse
@@ -26,19 +28,19 @@ TIMEOUT = 60  # seconds, for any program that is run here
 
 # ---- The plain reading: SMPTE ST 336 for the triplets, ST 377-1 for partitions, ST 379 for essence elements ----
 
-PARTITION_PACK = bytes.fromhex("060e2b34020501010d0102")
+PARTITION_PACK = bytes.fromhex("060e2b34020501010d01020101")  # then kind, status and a zero
 RANDOM_INDEX_PACK = bytes.fromhex("060e2b34020501010d01020101110100")
 FILL = bytes.fromhex("060e2b34010101010301021001000000")
 MAX_RUN_IN = 65535
+RUN_IN_END = PARTITION_PACK[:11]
 
 PARTITION_KINDS = {0x02: "header", 0x03: "body", 0x04: "footer"}
-GENERIC_STREAM = 0x11
 PARTITION_STATUS = {
     0x01: "openIncomplete",
     0x02: "closedIncomplete",
     0x03: "openComplete",
     0x04: "closedComplete",
-    GENERIC_STREAM: "genericStream",
+    0x11: "genericStream",
 }
 # Name in the report of inspect, and octets in the pack.
 PARTITION_FIELDS = (
@@ -69,7 +71,7 @@ class Malformed(Exception):
 
 @dataclass
 class Element:
-    """An essence element: where its key, its value and what comes next begin."""
+    """A triplet of a body: where its key, its value and what comes next begin."""
 
     key: bytes
     start: int
@@ -163,6 +165,8 @@ def triplets(data, position):
 
 
 def partition(key, start, value):
+    if key[14] not in PARTITION_STATUS:
+        raise Malformed(f"the partition pack at {start} has an unknown status")
     report = {"offset": start, "kind": PARTITION_KINDS[key[13]], "status": PARTITION_STATUS[key[14]]}
     position = 0
     for name, octets in PARTITION_FIELDS:
@@ -185,7 +189,7 @@ def random_index(value, start, end):
 
 
 def read(data):
-    run_in = data.find(PARTITION_PACK, 0, MAX_RUN_IN + len(PARTITION_PACK))
+    run_in = data.find(RUN_IN_END, 0, MAX_RUN_IN + len(RUN_IN_END))
     if run_in < 0:
         raise Malformed("no header partition")
     reading = Reading(len(data), run_in)
@@ -206,7 +210,7 @@ def read(data):
             if body is None:
                 # Byte counts begin behind the fill that follows the pack.
                 body = start + current["headerByteCount"] + current["indexByteCount"]
-            if start < body or current["status"] == PARTITION_STATUS[GENERIC_STREAM]:
+            if start < body or current["status"] == "genericStream":
                 continue
             if is_system_element(key):
                 reading.system_elements += 1
@@ -224,39 +228,52 @@ class Check:
 
     def __init__(self, name):
         self.name = name
-        self.compared = {}  # by who read the file: what was compared
+        self.compared = {}  # by reader: how many values were compared, by what they are about
         self.problems = []
 
-    def same(self, reader, what, inspected, read):
-        """Compares what inspect says with what another reader says; only the members that the reader has count."""
-        self.compared.setdefault(reader, []).append(what)
-        self.problems += differences(what, inspected, read, reader)
+    def same(self, reader, what, inspected, other):
+        """Compares what inspect says with what another reader says; of an object, the members that the reader has."""
+        self._count(reader, what, leaves(other))
+        self.problems += differences(what, inspected, other, reader)
 
     def holds(self, reader, what, condition, problem):
-        self.compared.setdefault(reader, []).append(what)
+        self._count(reader, what, 1)
         if not condition:
             self.problems.append(problem)
 
+    def not_compared(self, reader, reason):
+        self.compared.setdefault(reader, {})[reason] = 0
+
     def report(self):
-        parts = [f"{reader}: {', '.join(dict.fromkeys(what))}" for reader, what in self.compared.items()]
-        print(f"{'DIFFERS' if self.problems else 'ok     '} {self.name}: {'; '.join(parts)}")
+        parts = [f"{reader} {sum(counts.values())} ({', '.join(counts)})" for reader, counts in self.compared.items()]
+        print(f"{'DIFFERS' if self.problems else 'same   '} {self.name}: {', '.join(parts)}")
         for problem in self.problems:
             print(f"        {problem}")
         return not self.problems
 
+    def _count(self, reader, what, values):
+        counts = self.compared.setdefault(reader, {})
+        counts[what] = counts.get(what, 0) + values
 
-def differences(path, inspected, read, reader):
-    if isinstance(read, dict) and isinstance(inspected, dict):
-        for name, value in read.items():
+
+def leaves(value):
+    if isinstance(value, (dict, list)) and value:
+        return sum(map(leaves, value.values() if isinstance(value, dict) else value))
+    return 1
+
+
+def differences(path, inspected, other, reader):
+    if isinstance(other, dict) and isinstance(inspected, dict):
+        for name, value in other.items():
             if name in inspected:
                 yield from differences(f"{path}.{name}", inspected[name], value, reader)
             else:
                 yield f"{path}.{name}: {reader} says {value!r}, inspect does not say it"
-    elif isinstance(read, list) and isinstance(inspected, list) and len(read) == len(inspected):
-        for i, value in enumerate(read):
+    elif isinstance(other, list) and isinstance(inspected, list) and len(other) == len(inspected):
+        for i, value in enumerate(other):
             yield from differences(f"{path}[{i}]", inspected[i], value, reader)
-    elif type(read) is not type(inspected) or read != inspected:
-        yield f"{path}: inspect says {inspected!r}, {reader} says {read!r}"
+    elif type(other) is not type(inspected) or other != inspected:
+        yield f"{path}: inspect says {inspected!r}, {reader} says {other!r}"
 
 
 def run(*command):
@@ -268,7 +285,7 @@ def grave(report):
     return [finding for finding in report["findings"] if finding["level"] != "warning"]
 
 
-def inspected(check, inspect, path):
+def ask_inspect(check, inspect, path):
     """What inspect says of the file, None if it does not answer."""
     result = run(inspect, "--json", path)
     try:
@@ -296,11 +313,13 @@ def is_aes3_of_d10(key):
     return key[12] == 0x06 and key[14] == 0x10
 
 
-def compare_ffprobe(check, path, report, reading):
+def compare_ffprobe(check, path, report, reading, is_sample):
     result = run("ffprobe", "-v", "error", "-of", "json", "-show_entries",
                  "packet=stream_index,pos,size:format=size:format_tags=operational_pattern_ul", path)
     if result.returncode != 0 or result.stderr:
-        check.compared["ffprobe"] = ["not compared, it reads the file with errors"]
+        check.not_compared("ffprobe", "reads it with errors")
+        if not is_sample:
+            check.problems.append(f"ffprobe: {result.stderr.strip()}")
         return
     check.same("ffprobe", "no errors", [finding["message"] for finding in grave(report)], [])
 
@@ -335,14 +354,14 @@ def compare_ffprobe(check, path, report, reading):
 # ---- MediaInfo ----
 
 MEDIAINFO_STATUS = {
-    "Open / Incomplete": "openIncomplete",
-    "Closed / Incomplete": "closedIncomplete",
-    "Open / Complete": "openComplete",
-    "Closed / Complete": "closedComplete",
+    "openIncomplete": "Open / Incomplete",
+    "closedIncomplete": "Closed / Incomplete",
+    "openComplete": "Open / Complete",
+    "closedComplete": "Closed / Complete",
 }
 MEDIAINFO_KINDS = {"Video": "picture", "Audio": "sound"}
 
-# MediaInfo leaves out the last zeros of an MPEG-2 or AVC stream, which end no picture.
+# Of the zeros that an MPEG-2 or AVC stream ends with MediaInfo leaves up to three out.
 MEDIAINFO_TRIMS = {"MPEG Video": 3, "AVC": 3}
 
 
@@ -357,43 +376,46 @@ def pattern_name(label):
     return "OP-Atom" if item == 0x10 else f"OP-{item}{chr(ord('a') + package - 1)}"
 
 
-def compare_mediainfo(check, path, report):
+def compare_mediainfo(check, path, report, is_sample):
     # Frames are counted in the metadata by a quick reading, octets in the essence by a thorough one.
-    general, quick = mediainfo(path, 0.5)
-    _, thorough = mediainfo(path, 1)
-    header = report["partitions"][0]
-    check.same("MediaInfo", "fileSize", report["fileSize"], int(general["FileSize"]))
-    check.same("MediaInfo", "operational pattern", pattern_name(header["operationalPattern"]),
-               general["Format_Profile"])
-    check.same("MediaInfo", "status", header["status"], MEDIAINFO_STATUS[general["Format_Settings"]])
-    if report["partitions"][-1]["kind"] == "footer":
-        check.same("MediaInfo", "footer", report["fileSize"] - report["partitions"][-1]["offset"],
-                   int(general["FooterSize"]))
-    if not quick:
-        check.compared["MediaInfo"].append("no essence that it knows")
-        return
+    general, tracks = mediainfo(path, 0.5)
+    sizes = {track.get("ID"): track.get("StreamSize") for track in mediainfo(path, 1)[1]}
 
-    containers = {label[-17:].replace(".", "") for label in header["essenceContainers"]}
+    first, last = report["partitions"][0], report["partitions"][-1]
+    for what, value, member in (
+        ("fileSize", str(report["fileSize"]), "FileSize"),
+        ("operational pattern", pattern_name(first["operationalPattern"]), "Format_Profile"),
+        ("status", MEDIAINFO_STATUS.get(first["status"]), "Format_Settings"),
+        ("footer", str(report["fileSize"] - last["offset"]), "FooterSize"),
+    ):
+        if member in general or not is_sample:
+            check.same("MediaInfo", what, value, general.get(member))
+
+    if is_sample and not tracks:
+        check.not_compared("MediaInfo", "no essence that it knows")
+        return
+    containers = {label[-17:].replace(".", "") for label in first["essenceContainers"]}
     for track_type, kind in MEDIAINFO_KINDS.items():
         rows = [row for row in report["essence"] if row["kind"] == kind]
-        tracks = [(a, b) for a, b in zip(quick, thorough, strict=True) if a["@type"] == track_type]
-        check.same("MediaInfo", f"{kind} keys", len(rows), len(tracks))
-        for row, (track, sized) in zip(rows, tracks):
+        of_kind = [track for track in tracks if track["@type"] == track_type]
+        check.same("MediaInfo", f"{kind} keys", len(rows), len(of_kind))
+        for row, track in zip(rows, of_kind):
             label = track["CodecID"].split("-")[0].lower()
             check.holds("MediaInfo", "essence containers", label in containers,
                         f"MediaInfo has essence container {label}, which the header partition does not announce")
             if row["elements"] > 1 and "FrameCount" in track:
                 check.same("MediaInfo", "frames", row["elements"], int(track["FrameCount"]))
-            if "StreamSize" in sized:
-                size = int(sized["StreamSize"].split(" / ")[0])
-                missing = row["bytes"] - size
-                check.holds("MediaInfo", f"octets of {kind}", 0 <= missing <= MEDIAINFO_TRIMS.get(track["Format"], 0),
+            size = sizes.get(track.get("ID"))
+            if size:
+                size = int(size.split(" / ")[0])
+                check.holds("MediaInfo", f"octets of {kind}",
+                            0 <= row["bytes"] - size <= MEDIAINFO_TRIMS.get(track["Format"], 0),
                             f"{row['key']}: inspect says {row['bytes']} octets, MediaInfo {size}")
 
 
-def check_file(inspect, path):
+def check_file(inspect, path, is_sample=False):
     check = Check(os.path.basename(path))
-    report = inspected(check, inspect, path)
+    report = ask_inspect(check, inspect, path)
     if report:
         try:
             with mapped(path) as data:
@@ -402,8 +424,9 @@ def check_file(inspect, path):
             check.problems.append(f"plain reading: {problem}")
         else:
             compare_own(check, report, reading)
-            compare_ffprobe(check, path, report, reading)
-            compare_mediainfo(check, path, report)
+            if report.get("partitions"):
+                compare_ffprobe(check, path, report, reading, is_sample)
+                compare_mediainfo(check, path, report, is_sample)
     return check.report()
 
 
@@ -421,16 +444,14 @@ def run_in_of(length):
     return (lure * (length // len(lure) + 1))[-length:]
 
 
-def shifted(report, octets):
-    """What a report says when everything stands that many octets further on."""
-    findings = [{**finding, "position": finding["position"] + octets} for finding in report["findings"]]
-    return {
-        **report,
-        "fileSize": report["fileSize"] + octets,
-        "runIn": octets,
-        "partitions": [{**row, "offset": row["offset"] + octets} for row in report["partitions"]],
-        "findings": findings,
-    }
+def shifted(value, octets):
+    """What a report, or a part of one, says when everything stands that many octets further on."""
+    if isinstance(value, dict):
+        return {name: member + octets if name in ("offset", "position", "fileSize", "runIn") else shifted(member, octets)
+                for name, member in value.items()}
+    if isinstance(value, list):
+        return [shifted(entry, octets) for entry in value]
+    return value
 
 
 def is_generalized(label):
@@ -439,7 +460,7 @@ def is_generalized(label):
 
 def compare_run_in(check, inspect, path, plain, length):
     who = f"run-in of {length}"
-    report = inspected(check, inspect, path)
+    report = ask_inspect(check, inspect, path)
     if report is None:
         return
     if length > MAX_RUN_IN:
@@ -461,7 +482,7 @@ def compare_run_in(check, inspect, path, plain, length):
 
 def check_run_in(inspect, path):
     check = Check(f"{os.path.basename(path)} with run-in")
-    plain = inspected(check, inspect, path)
+    plain = ask_inspect(check, inspect, path)
     if plain:
         with tempfile.TemporaryDirectory() as folder:
             longer = os.path.join(folder, "run-in.mxf")
@@ -474,7 +495,9 @@ def check_run_in(inspect, path):
 
 
 def main():
-    arguments = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    arguments.add_argument("--sample", action="append", default=[], metavar="FILE",
+                           help="a file that ffprobe and MediaInfo need not understand")
     arguments.add_argument("--run-in", action="append", default=[], metavar="FILE",
                            help="a file without run-in to be read with some as well")
     arguments.add_argument("inspect", help="the program to be checked")
@@ -482,6 +505,7 @@ def main():
     options = arguments.parse_args()
 
     results = [check_file(options.inspect, path) for path in options.files]
+    results += [check_file(options.inspect, path, is_sample=True) for path in options.sample]
     results += [check_run_in(options.inspect, path) for path in options.run_in]
     sys.exit(0 if all(results) else 1)
 
