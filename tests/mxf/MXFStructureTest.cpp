@@ -207,7 +207,7 @@ TEST(MXFStructureValidator, WhatIsMissingAtTheEnd) {
         "error missing random index or non-zero footerPartition in the header partition pack";
     const auto unannounced = [](MXFPartitionPack& p) { p.footerPartition = 0; };
     EXPECT_EQ(Frame().start().partition(Kind::Header, 0, unannounced).end().at(3), missingIndex + " @0");
-    EXPECT_EQ(Frame().start().partition(Kind::Header, 0).end().at(3), "warning missing footer partition @0");
+    EXPECT_EQ(Frame().start().partition(Kind::Header, 0).end().at(3), "error missing footer partition @0");
     Frame stopped;
     stopped.start().partition(Kind::Header, 0, unannounced).validator.stopRequested();
     EXPECT_EQ(stopped.end().at(3), "endStructure");

@@ -1,0 +1,142 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "Inspection.h"
+
+inline const char* jsonName(MXFPartitionStatus status) {
+    switch (status) {
+    case MXFPartitionStatus::OpenIncomplete:
+        return "openIncomplete";
+    case MXFPartitionStatus::ClosedIncomplete:
+        return "closedIncomplete";
+    case MXFPartitionStatus::OpenComplete:
+        return "openComplete";
+    case MXFPartitionStatus::ClosedComplete:
+        return "closedComplete";
+    case MXFPartitionStatus::GenericStream:
+        break;
+    }
+    return "genericStream";
+}
+
+/// Fields of packs as JSON values.
+inline nlohmann::ordered_json toJson(std::uint64_t number) {
+    return number;
+}
+
+inline nlohmann::ordered_json toJson(const KLVKey& label) {
+    return toString(label);
+}
+
+inline nlohmann::ordered_json toJson(const std::vector<KLVKey>& labels) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (const KLVKey& label : labels) {
+        values.push_back(toString(label));
+    }
+    return values;
+}
+
+inline nlohmann::ordered_json toJson(const FoundPartition& partition) {
+    nlohmann::ordered_json value{{"offset", partition.offset},
+                                 {"kind", name(mxfutil::partitionKind(partition.key))},
+                                 {"status", jsonName(mxfutil::partitionStatus(partition.key))}};
+    MXFPartitionPack::fields(partition.pack,
+                             [&](const char* field, const auto& content) { value[field] = toJson(content); });
+    return value;
+}
+
+inline nlohmann::ordered_json toJson(const MXFRandomIndexEntry& entry) {
+    nlohmann::ordered_json value;
+    MXFRandomIndexEntry::fields(entry, [&](const char* field, const auto& content) { value[field] = content; });
+    return value;
+}
+
+inline nlohmann::ordered_json toJson(const ReportedFinding& finding) {
+    return {{"level", name(finding.level)},
+            {"position", finding.position},
+            {"id", toString(finding.id)},
+            {"message", finding.message}};
+}
+
+inline nlohmann::ordered_json toJson(const ElementCount& count) {
+    nlohmann::ordered_json value{{"key", toString(count.key)}};
+    if (const char* kind = essenceKind(count.key)) {
+        value["kind"] = kind;
+    }
+    value["elements"] = count.elements;
+    value["bytes"] = count.octets;
+    return value;
+}
+
+template <class Value>
+nlohmann::ordered_json toJson(const std::optional<Value>& value) {
+    return value ? toJson(*value) : nlohmann::ordered_json();
+}
+
+/// Writes one JSON object, a member and an entry of a list at a time, so that it is never in memory as a whole.
+class JsonObjectWriter {
+public:
+    explicit JsonObjectWriter(std::ostream& out) : out_(out) { out_ << '{'; }
+    void finish() { out_ << "\n}\n"; }
+
+    void member(const std::string& name, const nlohmann::ordered_json& value) {
+        begin(name);
+        put(value);
+    }
+
+    /// @param list has forEach(), and omitted(), which becomes a member of its own unless it is 0
+    template <class List>
+    void list(const std::string& name, const List& list) {
+        begin(name);
+        bool empty = true;
+        list.forEach([&](const auto& entry) {
+            out_ << (empty ? "[\n    " : ",\n    ");
+            empty = false;
+            put(toJson(entry));
+        });
+        out_ << (empty ? "[]" : "\n  ]");
+        if (list.omitted() != 0) {
+            member(name + "Omitted", list.omitted());
+        }
+    }
+
+private:
+    void begin(const std::string& name) {
+        out_ << (empty_ ? "\n  \"" : ",\n  \"") << name << "\": ";
+        empty_ = false;
+    }
+
+    void put(const nlohmann::ordered_json& value) {
+        // The text of a finding may come from outside the library, so that it need not be UTF-8.
+        out_ << value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    }
+
+    std::ostream& out_;
+    bool empty_ = true;
+};
+
+/// Prints one JSON object. Offsets and positions count from the first octet of the file, run-in included, save those
+/// that are fields of a pack.
+inline void printJson(std::ostream& out, const Inspection& inspection) {
+    JsonObjectWriter json(out);
+    json.member("fileSize", toJson(inspection.fileSize));
+    json.member("runIn", inspection.structure.runIn());
+    json.list("partitions", inspection.structure.partitions());
+    if (inspection.structure.randomIndex()) {
+        json.list("randomIndex", *inspection.structure.randomIndex());
+    } else {
+        json.member("randomIndex", nullptr);
+    }
+    json.list("essence", inspection.body.essence());
+    json.member("systemElements", inspection.body.systemElements());
+    json.list("otherElements", inspection.body.others());
+    json.list("findings", inspection.findings);
+    json.finish();
+}

@@ -1,0 +1,225 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Inspection.h"
+
+/// Prints rows of text in columns that are as wide as their widest cell.
+class Table {
+public:
+    using Row = std::vector<std::string>;
+
+    enum Alignment { Left, Right };
+
+    struct Column {
+        std::string title;
+        Alignment alignment = Left;
+        std::string subtitle = {}; ///< second line of the title
+    };
+
+    explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+    /// @param list has forEach(), and omitted(), which is mentioned below the rows unless it is 0
+    /// @param entries what to call them there
+    /// @param toRow makes the cells of an entry. It is called twice for each, so that the rows need not be kept.
+    template <class List, class ToRow>
+    void print(std::ostream& out, const std::string& heading, const char* entries, const List& list,
+               ToRow toRow) const {
+        Row titles;
+        Row subtitles;
+        std::vector<std::size_t> widths;
+        for (const Column& column : columns_) {
+            titles.push_back(column.title);
+            subtitles.push_back(column.subtitle);
+            widths.push_back(std::max(column.title.size(), column.subtitle.size()));
+        }
+        bool empty = true;
+        list.forEach([&](const auto& entry) {
+            empty = false;
+            const Row row = toRow(entry);
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                widths[i] = std::max(widths[i], row[i].size());
+            }
+        });
+        out << '\n' << heading << (empty ? ": none\n" : "\n");
+        if (!empty) {
+            printRow(out, titles, widths);
+            printRow(out, subtitles, widths);
+            list.forEach([&](const auto& entry) { printRow(out, toRow(entry), widths); });
+        }
+        if (list.omitted() != 0) {
+            out << "  ... and " << list.omitted() << " more " << entries << '\n';
+        }
+    }
+
+private:
+    void printRow(std::ostream& out, const Row& row, const std::vector<std::size_t>& widths) const {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const std::string padding(widths[i] - row[i].size(), ' ');
+            line += "  " + (columns_[i].alignment == Right ? padding + row[i] : row[i] + padding);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        if (!line.empty()) {
+            out << line << '\n';
+        }
+    }
+
+    std::vector<Column> columns_;
+};
+
+inline const char* textName(MXFPartitionStatus status) {
+    switch (status) {
+    case MXFPartitionStatus::OpenIncomplete:
+        return "open, incomplete";
+    case MXFPartitionStatus::ClosedIncomplete:
+        return "closed, incomplete";
+    case MXFPartitionStatus::OpenComplete:
+        return "open, complete";
+    case MXFPartitionStatus::ClosedComplete:
+        return "closed, complete";
+    case MXFPartitionStatus::GenericStream:
+        break;
+    }
+    return "generic stream";
+}
+
+/// The usual name of an operational pattern in brackets, such as " (OP1a)"; empty for patterns without one. Octets 12
+/// and 13 tell the item and the package complexity (ST 377-1 §8.3); OP-Atom (ST 390) has 10h.
+inline std::string patternName(const KLVKey& label) {
+    constexpr KLVKey pattern{{0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01, 0x0D, 0x01, 0x02, 0x01}};
+    if (prefixOf(label) != pattern) {
+        return {};
+    }
+    const unsigned item = label[12];
+    const unsigned package = label[13];
+    if (item == 0x10) {
+        return " (OP-Atom)";
+    }
+    if (item < 1 || item > 3 || package < 1 || package > 3) {
+        return {};
+    }
+    return " (OP" + std::to_string(item) + "abc"[package - 1] + ")";
+}
+
+/// "no errors", "1 error", "2 errors".
+inline std::string quantity(std::uint64_t count, const std::string& thing) {
+    return (count == 0 ? "no" : std::to_string(count)) + " " + thing + (count == 1 ? "" : "s");
+}
+
+inline void printFile(std::ostream& out, const std::string& name, const Inspection& inspection) {
+    const std::uint64_t runIn = inspection.structure.runIn();
+    out << "File: " << name << "\nSize: ";
+    if (inspection.fileSize) {
+        out << *inspection.fileSize << " octets\n";
+    } else {
+        out << "unknown (the input cannot seek)\n";
+    }
+    out << "Run-in: " << (runIn == 0 ? "none" : std::to_string(runIn) + " octets") << '\n';
+}
+
+/// The labels of the first partition, and those of others that do not repeat what the one before has.
+inline void printLabels(std::ostream& out, const StructureCollector::Partitions& partitions) {
+    const MXFPartitionPack* previous = nullptr;
+    partitions.forEach([&](const FoundPartition& partition) {
+        const MXFPartitionPack& pack = partition.pack;
+        const bool repeats = previous != nullptr && pack.operationalPattern == previous->operationalPattern &&
+                             pack.essenceContainers == previous->essenceContainers;
+        if (!repeats) {
+            if (previous != nullptr) {
+                out << "  from offset " << partition.offset << " on\n";
+            }
+            out << "  operational pattern  " << toString(pack.operationalPattern)
+                << patternName(pack.operationalPattern) << '\n';
+            for (const KLVKey& label : pack.essenceContainers) {
+                out << "  essence container    " << toString(label) << '\n';
+            }
+            if (pack.essenceContainers.empty()) {
+                out << "  essence containers   none\n";
+            }
+        }
+        previous = &pack;
+    });
+}
+
+inline void printStructure(std::ostream& out, const StructureCollector& structure) {
+    const Table partitions({{"offset", Table::Right},
+                            {"kind"},
+                            {"status"},
+                            {"version"},
+                            {"KAG", Table::Right},
+                            {"this", Table::Right, "partition"},
+                            {"previous", Table::Right, "partition"},
+                            {"footer", Table::Right, "partition"},
+                            {"header", Table::Right, "octets"},
+                            {"index", Table::Right, "octets"},
+                            {"index", Table::Right, "SID"},
+                            {"body", Table::Right, "offset"},
+                            {"body", Table::Right, "SID"}});
+    partitions.print(out, "Partitions", "partitions", structure.partitions(), [](const FoundPartition& partition) {
+        const MXFPartitionPack& pack = partition.pack;
+        return Table::Row{std::to_string(partition.offset),
+                          name(mxfutil::partitionKind(partition.key)),
+                          textName(mxfutil::partitionStatus(partition.key)),
+                          std::to_string(pack.majorVersion) + "." + std::to_string(pack.minorVersion),
+                          std::to_string(pack.kagSize),
+                          std::to_string(pack.thisPartition),
+                          std::to_string(pack.previousPartition),
+                          std::to_string(pack.footerPartition),
+                          std::to_string(pack.headerByteCount),
+                          std::to_string(pack.indexByteCount),
+                          std::to_string(pack.indexSID),
+                          std::to_string(pack.bodyOffset),
+                          std::to_string(pack.bodySID)};
+    });
+    printLabels(out, structure.partitions());
+
+    const Table randomIndex({{"byte offset", Table::Right}, {"body SID", Table::Right}});
+    const auto randomIndexRow = [](const MXFRandomIndexEntry& entry) {
+        return Table::Row{std::to_string(entry.byteOffset), std::to_string(entry.bodySID)};
+    };
+    randomIndex.print(out, "Random index", "entries",
+                      structure.randomIndex().value_or(StructureCollector::RandomIndex{}), randomIndexRow);
+}
+
+inline void printBody(std::ostream& out, const BodyCounter& body) {
+    const Table essence({{"key"}, {"kind"}, {"elements", Table::Right}, {"octets", Table::Right}});
+    essence.print(out, "Essence", "elements", body.essence(), [](const ElementCount& count) {
+        return Table::Row{toString(count.key), essenceKind(count.key), std::to_string(count.elements),
+                          std::to_string(count.octets)};
+    });
+    out << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
+        << '\n';
+    const Table others({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
+    others.print(out, "Other triplets in the bodies", "triplets", body.others(), [](const ElementCount& count) {
+        return Table::Row{toString(count.key), std::to_string(count.elements), std::to_string(count.octets)};
+    });
+}
+
+inline void printFindings(std::ostream& out, const FindingCollector& findings) {
+    const Table table({{"level"}, {"position", Table::Right}, {"message"}});
+    table.print(out, "Findings", "findings", findings, [](const ReportedFinding& finding) {
+        return Table::Row{name(finding.level), std::to_string(finding.position), finding.message};
+    });
+    if (findings.count(klvutil::FindingLevel::fatal) != 0) {
+        out << "\nThe file could not be read to its end. Before that: ";
+    } else {
+        out << "\nThe file was read to its end: ";
+    }
+    out << quantity(findings.count(klvutil::FindingLevel::error), "error") << ", "
+        << quantity(findings.count(klvutil::FindingLevel::warning), "warning") << ".\n";
+}
+
+/// Prints what people want to see first: the structure as a table, what the bodies hold, what is wrong.
+inline void printText(std::ostream& out, const std::string& name, const Inspection& inspection) {
+    printFile(out, name, inspection);
+    printStructure(out, inspection.structure);
+    printBody(out, inspection.body);
+    printFindings(out, inspection.findings);
+}

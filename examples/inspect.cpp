@@ -1,0 +1,131 @@
+/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON.
+///
+///     inspect FILE [--json]
+///
+/// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
+/// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
+
+#include <cerrno>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include <boost/program_options.hpp>
+
+#include "Inspection.h"
+#include "InspectionJson.h"
+#include "InspectionText.h"
+#include "ProgressBar.h"
+#include "klv/parse_error.h"
+#include "mxf/engines/MXFReader.h"
+
+namespace {
+
+enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
+
+/// The size of a file in octets, or none if it is something that cannot seek, such as a pipe.
+std::optional<std::uint64_t> sizeOf(std::istream& file) {
+    const std::streamoff size = file.seekg(0, std::ios::end).tellg();
+    file.clear();
+    if (size < 0) {
+        return std::nullopt;
+    }
+    file.seekg(0);
+    return static_cast<std::uint64_t>(size);
+}
+
+/// Reads @p file from its beginning to its end.
+void inspectFile(std::istream& file, Inspection& inspection) {
+    MXFReader reader;
+    reader.setStructureHandler(&inspection.structure);
+    reader.setBodyHandler(&inspection.body);
+    reader.setErrorHandler(&inspection.findings);
+    try {
+        // The reader takes a stream without octets for no file at all, and calls no handler.
+        if (file.peek() == std::istream::traits_type::eof() && !file.bad()) {
+            inspection.findings.readingEnded(findings::emptyFile);
+        } else {
+            reader.read(file);
+        }
+    } catch (const klvutil::parse_error& error) {
+        // What was read up to here has reached the handlers, so that there is something to show.
+        inspection.findings.readingEnded(error);
+    } catch (const std::exception& error) {
+        inspection.findings.readingEnded(findings::readingFailed, error.what());
+    }
+}
+
+/// Opens @p name and tells on standard error if that is not possible.
+bool open(std::ifstream& file, const std::string& name) {
+    std::error_code reason;
+    if (std::filesystem::is_directory(name, reason)) {
+        reason = std::make_error_code(std::errc::is_a_directory);
+    } else {
+        file.open(name, std::ios::binary);
+        if (file) {
+            return true;
+        }
+        reason = std::error_code(errno, std::generic_category());
+    }
+    std::cerr << "inspect: " << name << ": " << reason.message() << '\n';
+    return false;
+}
+
+ExitCode inspect(const std::string& name, bool json) {
+    std::ifstream file;
+    if (!open(file, name)) {
+        return Failure;
+    }
+    const auto size = sizeOf(file);
+    ProgressBar progress(size);
+    Inspection inspection(size, progress);
+    inspectFile(file, inspection);
+    progress.clear();
+    if (json) {
+        printJson(std::cout, inspection);
+    } else {
+        printText(std::cout, name, inspection);
+    }
+    if (!std::cout.flush()) {
+        std::cerr << "inspect: the report could not be written\n";
+        return Failure;
+    }
+    const bool intact = inspection.findings.count(klvutil::FindingLevel::error) == 0 &&
+                        inspection.findings.count(klvutil::FindingLevel::fatal) == 0;
+    return intact ? Success : Failure;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    namespace po = boost::program_options;
+    po::options_description options("Tells what an MXF file holds and what is wrong with it.\n\n"
+                                    "  inspect FILE [options]\n\n"
+                                    "Exits with 0 if there is no error, with 1 if there is one or if the file cannot "
+                                    "be read whole, and with 2 if it was called wrongly.\n\nOptions");
+    options.add_options()("json", "print one JSON object")("help", "print this text");
+    po::options_description all;
+    all.add(options).add_options()("file", po::value<std::string>());
+    po::positional_options_description positional;
+    positional.add("file", 1);
+    try {
+        po::variables_map arguments;
+        po::store(po::command_line_parser(argc, argv).options(all).positional(positional).run(), arguments);
+        if (arguments.count("help") != 0) {
+            std::cout << options;
+            return Success;
+        }
+        if (arguments.count("file") == 0) {
+            throw po::error("no file is given");
+        }
+        return inspect(arguments["file"].as<std::string>(), arguments.count("json") != 0);
+    } catch (const po::error& error) {
+        std::cerr << "inspect: " << error.what() << "\nTry inspect --help.\n";
+        return BadUsage;
+    }
+}
