@@ -10,9 +10,10 @@ class Locator;
 /// Receives findings about the data that is read or written. An application implements it to log what is wrong with
 /// a file and to decide whether to go on.
 ///
-/// Per stream the calls come in this order: setLocator (an engine that knows positions better may call it a second
-/// time), startStream, any number of reports, endStream. endStream also comes after a requested stop and before an
-/// exception leaves the parse; the locator must not be used after it.
+/// Per stream the calls come in this order: setLocator, startStream, setLocator again from an engine that knows the
+/// positions of packs better, any number of reports, endStream. endStream also comes after a requested stop and before
+/// an exception leaves the parse; the locator must not be used after it. Reading one file makes two streams: the search
+/// for its first octet behind a run-in, and the file.
 ///
 /// The report operations may throw: the exception ends reading and reaches the caller of the parse.
 class BRYX_API ErrorHandler {

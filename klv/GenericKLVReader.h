@@ -20,8 +20,8 @@ public:
 
     /// Reads from @p start to the end of the stream.
     ///
-    /// @param start the position of the first key. A stream that can tell its position must stand there (else the
-    ///     requirement "correct currentPosition" fails); on another one, positions are counted from it.
+    /// @param start the position of the first key. A stream that can tell its position and seek must stand there (else
+    ///     the requirement "correct currentPosition" fails); on another one, positions are counted from it.
     /// @throws klvutil::parse_error where the data or the stream does not allow to go on; the error handler still gets
     ///     its endStream, the handler does not
     /// @throws util::assertion_failure "handler is present", or "valid chunk offset" when a handler asks for a chunk

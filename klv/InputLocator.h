@@ -2,8 +2,8 @@
 
 #include "klv/Locator.h"
 
-/// Reports the position that an input keeps of itself. The library's inputs count what they consume, so that no
-/// position is ever asked of the stream.
+/// Reports a position that somebody else keeps. The library's inputs count what they consume, so that no position is
+/// ever asked of the stream; an application with an input of its own can do the same.
 class BRYX_API InputLocator : public Locator {
 public:
     /// @param position kept up to date by the input, which outlives the locator

@@ -64,12 +64,13 @@ public:
 
     /// Asks which octets of a value are wanted next, and where to put them. Called while octets of the value are left.
     ///
-    /// @param length of the whole value
+    /// @param length of the whole value, as the data claims: it may be far more than there is, so size no buffer by it
+    ///     without a limit
     /// @param[in,out] offset of the chunk in the value; preset to the first octet not passed yet, and not to be less.
     ///     Octets before it are skipped.
     /// @param[in,out] size of the chunk; preset to all that is left, and to be at least 1 and at most what is left
     /// @param[out] buffer preset to null. If set, it has room for @p size octets: they are read straight into it and
-    ///     passed to value() in one call. If left null, the sender passes the octets in pieces of its own choosing.
+    ///     passed to value() in one call, during which it is still needed. If left null, the sender passes the octets in pieces of its own choosing.
     /// @return false to skip the rest of the value
     virtual bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                 std::uint8_t*& buffer) = 0;

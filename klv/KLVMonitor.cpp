@@ -26,12 +26,19 @@ void KLVMonitor::rebase(std::streampos base) {
 
 void KLVMonitor::startStream(bool accurateLengths) {
     util::require(accurateLengths, "accurate monitoring is possible");
+    open_.clear();
+    position_ = next_;
     next().startStream(accurateLengths);
 }
 
 void KLVMonitor::berLengthForm(std::uint8_t form) {
     headSize_ = klvutil::keySize + klvutil::berLengthFieldSize(form);
     next().berLengthForm(form);
+}
+
+std::uint64_t KLVMonitor::headSize() const {
+    util::require(headSize_ != 0, "has BER length form");
+    return headSize_;
 }
 
 template <class Start>
@@ -57,7 +64,7 @@ void KLVMonitor::end(End forward) {
 }
 
 bool KLVMonitor::startIndividualItem(const KLVKey& key, std::uint64_t length) {
-    return start(headSize_, length, [&](KLVHandler& h) { return h.startIndividualItem(key, length); });
+    return start(headSize(), length, [&](KLVHandler& h) { return h.startIndividualItem(key, length); });
 }
 void KLVMonitor::endIndividualItem(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endIndividualItem(key); });
@@ -69,32 +76,32 @@ void KLVMonitor::endLabel(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endLabel(key); });
 }
 bool KLVMonitor::startUniversalSet(const KLVKey& key, std::uint64_t length) {
-    return start(headSize_, length, [&](KLVHandler& h) { return h.startUniversalSet(key, length); });
+    return start(headSize(), length, [&](KLVHandler& h) { return h.startUniversalSet(key, length); });
 }
 void KLVMonitor::endUniversalSet(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endUniversalSet(key); });
 }
 bool KLVMonitor::startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm, KLVFieldForm lengthForm) {
-    return start(headSize_, length, [&](KLVHandler& h) { return h.startLocalSet(key, length, tagForm, lengthForm); });
+    return start(headSize(), length, [&](KLVHandler& h) { return h.startLocalSet(key, length, tagForm, lengthForm); });
 }
 void KLVMonitor::endLocalSet(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endLocalSet(key); });
 }
 bool KLVMonitor::startFixedLengthPack(const KLVKey& key, std::uint64_t length) {
-    return start(headSize_, length, [&](KLVHandler& h) { return h.startFixedLengthPack(key, length); });
+    return start(headSize(), length, [&](KLVHandler& h) { return h.startFixedLengthPack(key, length); });
 }
 void KLVMonitor::endFixedLengthPack(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endFixedLengthPack(key); });
 }
 bool KLVMonitor::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) {
-    return start(headSize_, length,
+    return start(headSize(), length,
                  [&](KLVHandler& h) { return h.startVariableLengthPack(key, length, itemLengthForm); });
 }
 void KLVMonitor::endVariableLengthPack(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endVariableLengthPack(key); });
 }
 bool KLVMonitor::startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) {
-    return start(headSize_, length, [&](KLVHandler& h) { return h.startWrapper(key, length, kind); });
+    return start(headSize(), length, [&](KLVHandler& h) { return h.startWrapper(key, length, kind); });
 }
 void KLVMonitor::endWrapper(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endWrapper(key); });

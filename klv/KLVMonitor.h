@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "klv/InputLocator.h"
 #include "klv/KLVFilter.h"
-#include "klv/Locator.h"
 
 /// Counts the octets of the events that pass and offers a locator with the positions that follow from them, for
 /// streams that cannot tell their position, such as pipes and the output of a writer.
@@ -13,14 +13,10 @@
 class BRYX_API KLVMonitor : public DullKLVFilter {
 public:
     /// The locator of a monitor.
-    class BRYX_API MonitoredLocator : public Locator {
+    class BRYX_API MonitoredLocator : public InputLocator {
     public:
-        explicit MonitoredLocator(const std::streampos& position) : position_(position) {}
+        using InputLocator::InputLocator;
         ~MonitoredLocator() override;
-        const std::streampos& streampos() const override { return position_; }
-
-    private:
-        const std::streampos& position_;
     };
 
     KLVMonitor();
@@ -34,12 +30,13 @@ public:
     /// Forgets what was counted: the octet that comes next has the position @p base.
     virtual void rebase(std::streampos base);
 
-    /// Requires "accurate monitoring is possible": accurate lengths.
+    /// Requires "accurate monitoring is possible": accurate lengths. What an aborted stream has left open is forgotten.
     void startStream(bool accurateLengths) override;
     void berLengthForm(std::uint8_t form) override;
 
-    // Each start event requires "wants value for unknown length" not to happen: a value of klvutil::unknownLength
-    // cannot be counted, so the next handler must not want it.
+    // Start events with a length require "has BER length form": that berLengthForm has come before; and fail with "wants
+    // value for unknown length" when the next handler wants a value of klvutil::unknownLength, since what is not known
+    // cannot be counted. End events require "in KLV triplet": a start event before.
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
     void endIndividualItem(const KLVKey& key) override;
     bool startLabel(const KLVKey& key) override;
@@ -62,6 +59,7 @@ private:
         std::streamoff end;
     };
 
+    std::uint64_t headSize() const;
     template <class Start>
     bool start(std::uint64_t headSize, std::uint64_t length, Start forward);
     template <class End>
@@ -70,6 +68,6 @@ private:
     std::vector<OpenTriplet> open_;
     std::streamoff next_ = 0;     ///< position of the octet that comes next
     std::streampos position_ = 0; ///< what the locator tells
-    std::uint64_t headSize_ = 0;  ///< octets of key and length in the form in force
+    std::uint64_t headSize_ = 0;  ///< octets of key and length in the form in force; 0 for none
     MonitoredLocator locator_{position_};
 };

@@ -11,7 +11,8 @@ public:
     explicit KLVTeller(const std::streampos& position) : locator_(position) {}
     ~KLVTeller() override;
 
-    const Locator& getLocator() const noexcept { return locator_; }
+    /// Valid as long as the filter is.
+    virtual const Locator& getLocator() const { return locator_; }
 
 private:
     InputLocator locator_;

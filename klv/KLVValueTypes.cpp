@@ -10,14 +10,7 @@ std::string toString(const MXFUID& uid) {
 }
 
 std::string toString(const UMID& umid) {
-    std::string text = "urn:smpte:umid:";
-    for (std::size_t group = 0; group < 8; ++group) {
-        if (group != 0) {
-            text += '.';
-        }
-        util::appendHex(text, umid.octets.data() + 4 * group, 4);
-    }
-    return text;
+    return "urn:smpte:umid:" + util::hexGroups(umid.octets.data(), umid.octets.size());
 }
 
 std::string toString(const Rational& rational) {

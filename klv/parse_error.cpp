@@ -7,4 +7,9 @@ parse_error::parse_error(const Finding& finding, std::streampos position, const 
 
 parse_error::~parse_error() = default;
 
+void fail(ErrorHandler* errorHandler, const Finding& finding, std::streampos position, const std::string& detail) {
+    report(errorHandler, finding, detail);
+    throw parse_error(finding, position, detail);
+}
+
 } // namespace klvutil

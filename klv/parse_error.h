@@ -29,4 +29,9 @@ private:
     std::streampos position_;
 };
 
+/// Ends a parse: reports @p finding to @p errorHandler, which may be null, and throws parse_error with the same text
+/// and identifier if the report returns.
+[[noreturn]] BRYX_API void fail(ErrorHandler* errorHandler, const Finding& finding, std::streampos position,
+                                const std::string& detail = {});
+
 } // namespace klvutil

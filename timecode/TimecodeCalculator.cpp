@@ -42,5 +42,10 @@ std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(int numerator, int 
     const bool whole = n % d == 0;
     const bool dropFrame = !whole && n % 30000 == 0 && d % 1001 == 0 && (n / 30000) % (d / 1001) == 0;
     const std::int64_t rate = whole ? n / d : dropFrame ? (n * 1001) / (d * 1000) : (n + d / 2) / d;
-    return createTimecodeCalculator(static_cast<std::uint8_t>(rate), dropFrame, false);
+    const auto frameRate = static_cast<std::uint8_t>(rate);
+    require(frameRate != 0, "non-zero frame rate");
+    if (dropFrame) {
+        return std::make_unique<NTSCDropFrameCalculator>(frameRate, std::uint8_t{1});
+    }
+    return std::make_unique<RegularTimecodeCalculator>(frameRate, std::uint8_t{1});
 }

@@ -57,3 +57,7 @@ BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(std::uint8
 /// @throws std::runtime_error "non-zero frame rate denominator", "non-zero frame rate" (also where the whole rate in
 ///     8 bits is 0), "positive frame rate" unless both have the same sign
 BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(int numerator, int denominator);
+
+/// A rate and a flag alone would be taken for a numerator and a denominator: say how many sub-frames, as in
+/// `createTimecodeCalculator(30, true, false)` or `createTimecodeCalculator(25, false, std::uint8_t{4})`.
+std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(int frameRate, bool dropFrame) = delete;

@@ -10,4 +10,15 @@ void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size) 
     }
 }
 
+std::string hexGroups(const std::uint8_t* octets, std::size_t size) {
+    std::string text;
+    for (std::size_t at = 0; at < size; at += 4) {
+        if (at != 0) {
+            text += '.';
+        }
+        appendHex(text, octets + at, 4);
+    }
+    return text;
+}
+
 } // namespace util

@@ -67,8 +67,9 @@ std::uint64_t KLVWalk::readBERLength() {
             length = (length << 8U) | input.readOctet();
         }
     }
-    if (length > static_cast<std::uint64_t>(KLVInput::maxPosition - input.position())) {
-        input.fail(findings::lengthOutOfRange);
+    // In a container, an item that does not fit is still told of, but not one of the length that stands for "unknown".
+    if (length > left() && (depth_ == 0 || length == klvutil::unknownLength)) {
+        input.fail(*overrun_);
     }
     if (form != lastForm_) {
         lastForm_ = form;

@@ -6,10 +6,11 @@
 #include <memory>
 
 #include "klv/Finding.h"
+#include "klv/internal/StreamAccess.h"
 #include "klv/parse_error.h"
 
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
-/// the position of the innermost triplet, whatever the stream buffer throws.
+/// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask is.
 class KLVInput {
 public:
     static constexpr std::streamoff maxPosition = std::numeric_limits<std::streamoff>::max();
@@ -57,13 +58,11 @@ public:
     }
 
 private:
-    template <class Operation>
-    auto guarded(Operation operation) -> decltype(operation());
     std::uint64_t readSome(std::uint8_t* to, std::uint64_t size);
-    std::streamoff askEnd();
     std::uint8_t* piece();
 
     std::istream& stream_;
+    klvutil::StreamExceptionsOff exceptionsOff_;
     std::streambuf& buffer_;
     std::streamoff position_;
     std::streamoff end_ = -1; ///< the end of a stream that can seek, when last asked; -1 when it cannot
@@ -71,10 +70,3 @@ private:
     std::streampos located_;
     std::unique_ptr<std::uint8_t[]> piece_;
 };
-
-namespace klvutil {
-
-/// The position at which @p stream stands, or -1 if it cannot tell or seek. The stream's state is not changed.
-std::streamoff tell(std::istream& stream);
-
-} // namespace klvutil

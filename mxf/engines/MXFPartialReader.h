@@ -10,7 +10,8 @@ class KLVHandler;
 class MXFStructureHandler;
 
 /// Reads single partitions, or the random index, of a file in a stream that can seek, without reading the rest: where
-/// a whole file would take long and only its structure or header metadata matters.
+/// a whole file would take long and only its structure or header metadata matters. The file may still be growing. Each
+/// call leaves the stream in a good state, somewhere.
 ///
 /// Nothing that is set is owned. Use by one thread at a time.
 class BRYX_API MXFPartialReader {
@@ -38,7 +39,8 @@ public:
     std::uint64_t skipRunIn();
 
     /// Reads the partition whose pack begins at stream position @p position, up to where its body begins. The structure
-    /// handler gets startStructure, the partition and endStructure. Requires "has stream".
+    /// handler gets startStructure, the partition and endStructure. What follows may be damaged or not be there yet.
+    /// Requires "has stream" and "position is in the file": not before its beginning.
     /// @return whether there was a partition
     /// @throws klvutil::parse_error where the data or the stream does not allow to go on
     bool readPartition(std::uint64_t position);

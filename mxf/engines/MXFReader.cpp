@@ -1,30 +1,18 @@
 #include "mxf/engines/MXFReader.h"
 
-#include <algorithm>
 #include <istream>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
-#include "klv/internal/KLVInput.h"
+#include "klv/internal/StreamAccess.h"
 #include "mxf/engines/MXFSplitter.h"
 #include "mxf/engines/internal/PrefixedStreambuf.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 
-namespace {
-
-/// Whether there is nothing more to read, and nothing wrong with the stream.
-bool atEnd(std::istream& stream) {
-    if (stream.good()) {
-        stream.peek();
-    }
-    return stream.rdstate() == std::ios::eofbit;
-}
-
-} // namespace
-
 void MXFReader::read(std::istream& stream) {
-    if (atEnd(stream)) {
+    const klvutil::StreamExceptionsOff exceptionsOff(stream);
+    if (klvutil::atEnd(stream)) {
         return;
     }
     DullMXFStructureHandler dullStructure;
@@ -37,7 +25,8 @@ void MXFReader::read(std::istream& stream) {
     reader.setHandler(&splitter);
     reader.setErrorHandler(errorHandler_);
 
-    const std::streamoff base = std::max<std::streamoff>(klvutil::tell(stream), 0);
+    const klvutil::StreamExtent extent = klvutil::extentOf(stream);
+    const std::streamoff base = extent.known() ? extent.position : 0;
     std::uint64_t runIn = 0;
     MXFRunInSkipper skipper;
     if (skipRunIn_) {

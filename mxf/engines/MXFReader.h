@@ -20,7 +20,8 @@ class MXFStructureHandler;
 /// @endcode
 ///
 /// Handlers are not owned and must outlive the call of read; those not set are done without. The stream need not be
-/// able to seek. A reader may read one stream after the other, by one thread at a time.
+/// able to seek. To stop before the end, throw an exception of your own from a handler: it comes out of read unchanged.
+/// A reader may read one stream after the other, by one thread at a time.
 class BRYX_API MXFReader {
 public:
     /// Whether octets before the header partition pack are looked past; true unless set. If not, the stream is taken

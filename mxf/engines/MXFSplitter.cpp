@@ -6,12 +6,13 @@
 #include "klv/ErrorHandler.h"
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFEngineFindings.h"
-#include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "mxf/structure/MXFStructureValidator.h"
+#include "mxf/structure/internal/MXFPartitionTracker.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;
+using Pack = MXFPartitionTracker::Pack;
 
 namespace {
 
@@ -23,41 +24,25 @@ std::uint64_t saturatingSum(std::uint64_t a, std::uint64_t b) {
 
 } // namespace
 
-const std::streampos& MXFSplitter::DelegatedLocator::streampos() const {
-    return held_ || locator_ == nullptr ? position_ : locator_->streampos();
-}
-
-void MXFSplitter::DelegatedLocator::follow(const Locator* locator) {
-    if (locator == nullptr) {
-        position_ = streampos();
-    }
-    locator_ = locator;
-    held_ = false;
-}
-
-void MXFSplitter::DelegatedLocator::hold(std::streampos position) {
-    position_ = position;
-    held_ = true;
-}
-
 MXFSplitter::MXFSplitter(MXFStructureHandler* structureHandler, KLVHandler* headerMetadataHandler,
                          KLVHandler* indexHandler, KLVHandler* bodyHandler, bool validate)
-    : structureHandler_(structureHandler), headerMetadataHandler_(headerMetadataHandler), indexHandler_(indexHandler),
-      bodyHandler_(bodyHandler) {
+    : headerMetadataHandler_(headerMetadataHandler), indexHandler_(indexHandler), bodyHandler_(bodyHandler) {
     util::require(structureHandler != nullptr, "structure handler is present");
     util::require(headerMetadataHandler != nullptr, "header metadata handler is present");
     util::require(indexHandler != nullptr, "index handler is present");
     util::require(bodyHandler != nullptr, "body handler is present");
     if (validate) {
         validator_ = std::make_unique<MXFStructureValidator>(structureHandler);
-        structureHandler_ = validator_.get();
+        structureHandler = validator_.get();
     }
+    tracker_ = std::make_unique<MXFPartitionTracker>(*structureHandler);
 }
 
 MXFSplitter::~MXFSplitter() = default;
 
 void MXFSplitter::setErrorHandler(ErrorHandler* errorHandler) {
     errorHandler_ = errorHandler;
+    tracker_->setErrorHandler(errorHandler);
     if (validator_) {
         validator_->setErrorHandler(errorHandler);
     }
@@ -66,7 +51,7 @@ void MXFSplitter::setErrorHandler(ErrorHandler* errorHandler) {
 void MXFSplitter::runIn(std::uint64_t length) {
     util::require(state_ == State::BeforeStart, "before start");
     runIn_ = length;
-    structureHandler_->runIn(length);
+    tracker_->structureHandler().runIn(length);
 }
 
 void MXFSplitter::setBase(std::uint64_t base) {
@@ -88,35 +73,36 @@ void MXFSplitter::startStream(bool accurateLengths) {
     util::require(state_ == State::BeforeStart, "before start");
     const auto start = static_cast<std::uint64_t>(std::streamoff{locator().streampos()});
     util::require(accurateLengths, "has accurate lengths");
-    if (!baseGiven_) {
-        base_ = start - std::min(runIn_, start);
-    }
-    delegatedLocator_.follow(locator_);
+    tracker_->start(baseGiven_ ? base_ : start - std::min(runIn_, start));
+    tracker_->locator().follow(*locator_);
     if (validator_) {
-        validator_->setLocator(delegatedLocator_);
+        validator_->setLocator(tracker_->locator());
     }
     if (errorHandler_ != nullptr) {
-        errorHandler_->setLocator(delegatedLocator_);
+        errorHandler_->setLocator(tracker_->locator());
     }
     form_ = klvutil::automaticBERLengthForm;
     depth_ = 0;
     delegateStarted_ = false;
-    partitionOpen_ = false;
     previousWasFill_ = false;
     state_ = State::InStream;
-    structureHandler_->startStructure();
+    tracker_->structureHandler().startStructure();
 }
 
 void MXFSplitter::endStream(bool stopped) {
     util::require(locator_ != nullptr, "has locator");
+    const klvutil::Finding* missing = nullptr;
     if (!stopped) {
         if (state_ == State::AfterPartitionPack) {
             openPartition();
         }
         if (state_ == State::InHeaderMetadata) {
-            findAtEnd(findings::incorrectHeaderByteCount);
+            missing = &findings::incorrectHeaderByteCount;
         } else if (state_ == State::InIndex) {
-            findAtEnd(findings::incorrectIndexByteCount);
+            missing = &findings::incorrectIndexByteCount;
+        }
+        if (missing != nullptr) {
+            klvutil::report(errorHandler_, *missing);
         }
     }
     endPartition(stopped);
@@ -124,13 +110,17 @@ void MXFSplitter::endStream(bool stopped) {
         if (validator_ && stopped) {
             validator_->stopRequested();
         }
-        structureHandler_->endStructure();
+        tracker_->structureHandler().endStructure();
     }
     state_ = State::BeforeStart;
     runIn_ = 0;
     baseGiven_ = false;
-    delegatedLocator_.follow(nullptr);
+    tracker_->locator().unfollow();
     locator_ = nullptr;
+    // There is nothing left to go on with, so a report is enough; but somebody must hear of it.
+    if (missing != nullptr && errorHandler_ == nullptr) {
+        throw klvutil::parse_error(*missing, tracker_->locator().streampos());
+    }
 }
 
 void MXFSplitter::berLengthForm(std::uint8_t form) {
@@ -160,7 +150,7 @@ KLVHandler& MXFSplitter::delegate() {
 KLVHandler& MXFSplitter::startedDelegate() {
     KLVHandler& handler = delegate();
     if (!delegateStarted_) {
-        handler.setLocator(delegatedLocator_);
+        handler.setLocator(tracker_->locator());
         handler.startStream(true);
         delegateStarted_ = true;
         if (form_ != klvutil::automaticBERLengthForm) {
@@ -179,7 +169,6 @@ void MXFSplitter::endDelegate(bool stopped) {
 
 /// A triplet other than a pack begins at the outermost level.
 void MXFSplitter::enterRegion(const KLVKey& key, const klvutil::Finding& unexpected) {
-    previousWasFill_ = false;
     if (state_ == State::AfterPartitionPack) {
         openPartition();
     }
@@ -226,37 +215,29 @@ void MXFSplitter::checkRegion(std::uint64_t end, const KLVKey* key) {
 }
 
 void MXFSplitter::openPartition() {
-    util::require(!partitionOpen_, "is not in partition");
     state_ = State::InHeaderMetadata;
-    partitionOpen_ = true;
-    genericStream_ = mxfutil::partitionStatus(packKey_) == MXFPartitionStatus::GenericStream;
-    headerEnd_ = saturatingSum(headerStart_, pack_.headerByteCount);
-    indexEnd_ = saturatingSum(headerEnd_, pack_.indexByteCount);
-    delegatedLocator_.hold(static_cast<std::streamoff>(packStart_));
-    structureHandler_->startPartition(packKey_, pack_, headerStart_ - base_);
-    delegatedLocator_.release();
-    checkRegion(headerStart_, nullptr);
+    genericStream_ = mxfutil::partitionStatus(tracker_->key()) == MXFPartitionStatus::GenericStream;
+    headerEnd_ = saturatingSum(tracker_->headerStart(), tracker_->pack().headerByteCount);
+    indexEnd_ = saturatingSum(headerEnd_, tracker_->pack().indexByteCount);
+    tracker_->openPartition();
+    checkRegion(tracker_->headerStart(), nullptr);
 }
 
 void MXFSplitter::endPartition(bool stopped) {
     endDelegate(stopped);
-    if (partitionOpen_) {
-        partitionOpen_ = false;
-        structureHandler_->endPartition(packKey_);
-    }
+    tracker_->closePartition();
 }
 
 bool MXFSplitter::startFixedLengthPack(const KLVKey& key, std::uint64_t length) {
-    const bool partition = mxfutil::isPartitionPackKey(key);
-    if (depth_ == 0 && (partition || key == mxfutil::randomIndexPackKey)) {
-        return startPack(key, length, partition);
+    if (depth_ == 0 && MXFPartitionTracker::packOf(key) != Pack::None) {
+        return startPack(key, length);
     }
     return startElement(key, length, findings::unexpectedFixedLengthPack,
                         [&](KLVHandler& next) { return next.startFixedLengthPack(key, length); });
 }
 
 /// A partition pack or the random index pack begins.
-bool MXFSplitter::startPack(const KLVKey& key, std::uint64_t length, bool partition) {
+bool MXFSplitter::startPack(const KLVKey& key, std::uint64_t length) {
     if (state_ == State::AfterPartitionPack) {
         openPartition();
     }
@@ -271,54 +252,27 @@ bool MXFSplitter::startPack(const KLVKey& key, std::uint64_t length, bool partit
     endPartition(false);
     ++depth_;
     triplet_ = MXFTripletPosition::of(locator(), form_, length);
-    state_ = partition ? State::InPartitionPack : State::InRandomIndexPack;
-    octets_.clear();
-    packCollected_ = length <= (partition ? mxfutil::maxPartitionPackSize : mxfutil::maxRandomIndexPackSize);
-    if (!packCollected_) {
-        if (partition) {
-            fail(findings::invalidPartitionPack, &key);
-        }
-        klvutil::report(errorHandler_, findings::invalidRandomIndexPack, toString(key));
+    const Pack pack = MXFPartitionTracker::packOf(key);
+    state_ = pack == Pack::Partition ? State::InPartitionPack : State::InRandomIndexPack;
+    const bool wanted = tracker_->startPack(pack, length, triplet_);
+    if (pack == Pack::Partition && !wanted) {
+        fail(findings::invalidPartitionPack, &key);
     }
-    return packCollected_;
+    return wanted;
 }
 
 void MXFSplitter::endFixedLengthPack(const KLVKey& key) {
     util::require(locator_ != nullptr, "has locator");
     previousWasFill_ = false;
-    if (state_ == State::InPartitionPack) {
-        --depth_;
-        decodePartitionPack(key);
-    } else if (state_ == State::InRandomIndexPack) {
-        util::require(key == mxfutil::randomIndexPackKey, "expected fixed length pack");
-        --depth_;
-        state_ = State::AfterRandomIndexPack;
-        if (packCollected_) {
-            decodeRandomIndexPack();
-        }
-    } else {
-        endElement(key, "expected fixed length pack", [&](KLVHandler& next) { next.endFixedLengthPack(key); });
+    if (state_ != State::InPartitionPack && state_ != State::InRandomIndexPack) {
+        return endElement(key, "expected fixed length pack", [&](KLVHandler& next) { next.endFixedLengthPack(key); });
     }
-}
-
-void MXFSplitter::decodePartitionPack(const KLVKey& key) {
-    packKey_ = key;
-    pack_ = {};
-    if (!mxfutil::readPartitionPack(octets_.data(), octets_.size(), pack_)) {
+    const bool partition = state_ == State::InPartitionPack;
+    util::require(partition || key == mxfutil::randomIndexPackKey, "expected fixed length pack");
+    --depth_;
+    state_ = partition ? State::AfterPartitionPack : State::AfterRandomIndexPack;
+    if (!tracker_->endPack(key, form_)) {
         fail(findings::invalidPartitionPack, &key);
-    }
-    packStart_ = triplet_.start;
-    headerStart_ = triplet_.end;
-    state_ = State::AfterPartitionPack;
-}
-
-void MXFSplitter::decodeRandomIndexPack() {
-    MXFRandomIndex index;
-    if (!mxfutil::readRandomIndex(octets_.data(), octets_.size(), form_, index)) {
-        klvutil::report(errorHandler_, findings::incorrectRandomIndexPackLength);
-    }
-    if (!index.empty()) {
-        structureHandler_->randomIndex(index);
     }
 }
 
@@ -337,7 +291,7 @@ bool MXFSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
 void MXFSplitter::endIndividualItem(const KLVKey& key) {
     if (state_ == State::AfterPartitionPack) {
         util::require(key == klvutil::fillKey, "expected individual item");
-        headerStart_ = triplet_.end;
+        tracker_->fill(triplet_.end);
         previousWasFill_ = true;
         return;
     }
@@ -415,7 +369,7 @@ void MXFSplitter::endWrapper(const KLVKey& key) {
 
 bool MXFSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                  std::uint8_t*& buffer) {
-    if (state_ == State::InPartitionPack || state_ == State::InRandomIndexPack) {
+    if (tracker_->collecting()) {
         return true;
     }
     util::require(isDelegating(), "expected value");
@@ -423,24 +377,13 @@ bool MXFSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, st
 }
 
 void MXFSplitter::value(const std::uint8_t* data, std::uint64_t size) {
-    if (state_ == State::InPartitionPack || state_ == State::InRandomIndexPack) {
-        octets_.insert(octets_.end(), data, data + size);
-        return;
+    if (tracker_->collecting()) {
+        return tracker_->value(data, size);
     }
     util::require(isDelegating(), "expected value");
     delegate().value(data, size);
 }
 
-/// At the end of the stream there is nothing to go on with: reporting is enough, but somebody must hear it.
-void MXFSplitter::findAtEnd(const klvutil::Finding& finding) const {
-    if (errorHandler_ == nullptr) {
-        throw klvutil::parse_error(finding, locator().streampos());
-    }
-    klvutil::report(errorHandler_, finding);
-}
-
 void MXFSplitter::fail(const klvutil::Finding& finding, const KLVKey* key) const {
-    const std::string detail = key == nullptr ? std::string() : toString(*key);
-    klvutil::report(errorHandler_, finding, detail);
-    throw klvutil::parse_error(finding, delegatedLocator_.streampos(), detail);
+    klvutil::fail(errorHandler_, finding, tracker_->locator().streampos(), key == nullptr ? "" : toString(*key));
 }

@@ -2,17 +2,16 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
 #include "klv/KLVHandler.h"
 #include "klv/Locator.h"
-#include "mxf/structure/MXFPartitionPack.h"
 #include "mxf/structure/MXFTripletPosition.h"
 #include "util/Api.h"
 
 class ErrorHandler;
+class MXFPartitionTracker;
 class MXFStructureHandler;
 class MXFStructureValidator;
 
@@ -29,7 +28,11 @@ class MXFStructureValidator;
 /// handler returns, or there is none, klvutil::parse_error follows with the same text. When a pack is met inside a
 /// header metadata or index region, the error is reported, the partition ends and reading goes on with the pack.
 ///
-/// The splitter is driven by a KLVReader and can take one stream after the other.
+/// At the end of a stream, a region that has not come to its end is an error as well. Without an error handler it is
+/// thrown when all handlers have been told of the end.
+///
+/// The splitter is driven by a KLVReader and can take one stream after the other. When an exception has ended a stream,
+/// make a new splitter.
 class BRYX_API MXFSplitter : public KLVHandler {
 public:
     /// The handlers are not owned. Requires each to be present: use DullMXFStructureHandler and DullKLVHandler for
@@ -67,8 +70,8 @@ public:
                         std::uint8_t*& buffer) override;
     void value(const std::uint8_t* data, std::uint64_t size) override;
 
-    /// Where findings go, those of the validator too; not owned. For the time of a stream it gets the splitter's own
-    /// locator, which shows the pack while its partition is checked.
+    /// Where findings go, those of the validator too; not owned. At the start of a stream it gets a locator of the
+    /// splitter's, which shows the pack while its partition is checked.
     virtual void setErrorHandler(ErrorHandler* errorHandler);
 
     /// Tells of a run-in that precedes the stream. Requires "before start".
@@ -91,20 +94,6 @@ private:
         AfterRandomIndexPack
     };
 
-    /// Shows the position of the reader's locator, or that of a pack which is looked at after it has been passed.
-    class DelegatedLocator : public Locator {
-    public:
-        const std::streampos& streampos() const override;
-        void follow(const Locator* locator);
-        void hold(std::streampos position);
-        void release() { held_ = false; }
-
-    private:
-        const Locator* locator_ = nullptr;
-        bool held_ = false;
-        std::streampos position_ = 0;
-    };
-
     const Locator& locator() const;
     bool isDelegating() const;
     KLVHandler& delegate();
@@ -118,30 +107,25 @@ private:
     void enterRegion(const KLVKey& key, const klvutil::Finding& unexpected);
     void checkRegion(std::uint64_t end, const KLVKey* key);
 
-    bool startPack(const KLVKey& key, std::uint64_t length, bool partition);
-    void decodePartitionPack(const KLVKey& key);
-    void decodeRandomIndexPack();
+    bool startPack(const KLVKey& key, std::uint64_t length);
     void openPartition();
     void endPartition(bool stopped);
 
-    void findAtEnd(const klvutil::Finding& finding) const;
     [[noreturn]] void fail(const klvutil::Finding& finding, const KLVKey* key) const;
 
+    std::unique_ptr<MXFPartitionTracker> tracker_;
     std::unique_ptr<MXFStructureValidator> validator_;
-    MXFStructureHandler* structureHandler_;
     KLVHandler* headerMetadataHandler_;
     KLVHandler* indexHandler_;
     KLVHandler* bodyHandler_;
     DullKLVHandler skippedBody_;
     ErrorHandler* errorHandler_ = nullptr;
     const Locator* locator_ = nullptr;
-    DelegatedLocator delegatedLocator_;
 
     State state_ = State::BeforeStart;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
     unsigned depth_ = 0; ///< triplets that are open
     bool delegateStarted_ = false;
-    bool partitionOpen_ = false;
     bool previousWasFill_ = false;
 
     std::uint64_t runIn_ = 0;
@@ -149,13 +133,7 @@ private:
     bool baseGiven_ = false;
 
     MXFTripletPosition triplet_; ///< of the outermost triplet
-    std::vector<std::uint8_t> octets_;
-    bool packCollected_ = false;
     bool genericStream_ = false;
-    KLVKey packKey_;
-    MXFPartitionPack pack_;
-    std::uint64_t packStart_ = 0;
-    std::uint64_t headerStart_ = 0;
     std::uint64_t headerEnd_ = 0;
     std::uint64_t indexEnd_ = 0;
 };

@@ -1,12 +1,15 @@
 #include "mxf/structure/MXFPartitionFilter.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "klv/internal/KLVValueDelivery.h"
 #include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFStructureFindings.h"
+#include "mxf/structure/internal/MXFPartitionTracker.h"
 
 namespace findings = mxfutil::findings;
+using Pack = MXFPartitionTracker::Pack;
 
 namespace {
 
@@ -18,10 +21,7 @@ public:
     explicit CollectedValue(const std::vector<std::uint8_t>& octets) : next_(octets.data()) {}
 
     void skip(std::uint64_t size) { next_ += size; }
-    void read(std::uint8_t* to, std::uint64_t size) {
-        std::copy(next_, next_ + size, to);
-        next_ += size;
-    }
+    void read(std::uint8_t* to, std::uint64_t size) { std::copy_n(readPiece(size), size, to); }
     const std::uint8_t* readPiece(std::uint64_t size) {
         next_ += size;
         return next_ - size;
@@ -31,16 +31,29 @@ private:
     const std::uint8_t* next_;
 };
 
+MXFStructureHandler& present(MXFStructureHandler* handler) {
+    util::require(handler != nullptr, "structure handler is present");
+    return *handler;
+}
+
 } // namespace
 
 MXFPartitionFilter::MXFPartitionFilter(MXFStructureHandler* structureHandler)
-    : structureHandler_(
-          (util::require(structureHandler != nullptr, "structure handler is present"), *structureHandler)) {}
+    : tracker_(std::make_unique<MXFPartitionTracker>(present(structureHandler))) {}
 
 MXFPartitionFilter::~MXFPartitionFilter() = default;
 
+void MXFPartitionFilter::setErrorHandler(ErrorHandler* errorHandler) {
+    tracker_->setErrorHandler(errorHandler);
+}
+
+const Locator& MXFPartitionFilter::getLocator() const {
+    return tracker_->locator();
+}
+
 void MXFPartitionFilter::setLocator(const Locator& locator) {
     locator_ = &locator;
+    tracker_->locator().follow(locator);
     next().setLocator(locator);
 }
 
@@ -49,16 +62,19 @@ void MXFPartitionFilter::startStream(bool accurateLengths) {
     util::require(locator_ != nullptr, "has locator");
     form_ = klvutil::automaticBERLengthForm;
     depth_ = 0;
-    collecting_ = Pack::None;
-    partitionOpen_ = false;
-    structureHandler_.startStructure();
+    tracker_->start(0);
+    tracker_->structureHandler().startStructure();
     next().startStream(accurateLengths);
 }
 
 void MXFPartitionFilter::endStream(bool stopped) {
+    if (!stopped) {
+        openPending();
+    }
+    tracker_->closePartition();
+    tracker_->structureHandler().endStructure();
     next().endStream(stopped);
-    closePartition();
-    structureHandler_.endStructure();
+    tracker_->locator().unfollow();
     locator_ = nullptr;
 }
 
@@ -67,120 +83,106 @@ void MXFPartitionFilter::berLengthForm(std::uint8_t form) {
     next().berLengthForm(form);
 }
 
-template <class Start>
-bool MXFPartitionFilter::enter(Start forward) {
-    ++depth_;
-    return forward(next());
+void MXFPartitionFilter::openPending() {
+    if (tracker_->pending()) {
+        tracker_->openPartition();
+    }
 }
 
-template <class End>
-void MXFPartitionFilter::leave(End forward) {
-    --depth_;
-    forward(next());
+/// A triplet other than a pack or the fill after it begins.
+void MXFPartitionFilter::enter() {
+    if (depth_++ == 0) {
+        openPending();
+    }
 }
 
 bool MXFPartitionFilter::startFixedLengthPack(const KLVKey& key, std::uint64_t length) {
-    const bool wanted = enter([&](KLVHandler& h) { return h.startFixedLengthPack(key, length); });
-    const bool partition = mxfutil::isPartitionPackKey(key);
-    if (depth_ != 1 || !(partition || key == mxfutil::randomIndexPackKey)) {
-        return wanted;
+    const Pack pack = depth_ == 0 ? MXFPartitionTracker::packOf(key) : Pack::None;
+    enter();
+    if (pack == Pack::None) {
+        return next().startFixedLengthPack(key, length);
     }
-    closePartition();
-    if (length > (partition ? mxfutil::maxPartitionPackSize : mxfutil::maxRandomIndexPackSize)) {
-        klvutil::report(errorHandler_, partition ? findings::invalidPartitionPack : findings::invalidRandomIndexPack);
-        return wanted;
-    }
-    collecting_ = partition ? Pack::Partition : Pack::RandomIndex;
-    packPosition_ = MXFTripletPosition::of(*locator_, form_, length);
-    nextWantsPack_ = wanted;
-    octets_.clear();
-    return true;
+    tracker_->closePartition();
+    nextWantsPack_ = next().startFixedLengthPack(key, length);
+    return tracker_->startPack(pack, length, MXFTripletPosition::of(*locator_, form_, length)) || nextWantsPack_;
 }
 
 void MXFPartitionFilter::endFixedLengthPack(const KLVKey& key) {
-    if (depth_ == 1 && collecting_ != Pack::None) {
-        if (collecting_ == Pack::Partition) {
-            partitionPack(key);
-        } else {
-            randomIndexPack();
+    if (--depth_ == 0 && MXFPartitionTracker::packOf(key) != Pack::None) {
+        const bool collected = tracker_->collecting();
+        if (!tracker_->endPack(key, form_)) {
+            klvutil::report(tracker_->errorHandler(), findings::invalidPartitionPack, toString(key));
         }
-        collecting_ = Pack::None;
-        if (nextWantsPack_) {
-            CollectedValue source(octets_);
-            klvutil::deliverValue(source, next(), octets_.size());
+        if (collected && nextWantsPack_) {
+            CollectedValue source(tracker_->octets());
+            klvutil::deliverValue(source, next(), tracker_->octets().size());
         }
     }
-    leave([&](KLVHandler& h) { h.endFixedLengthPack(key); });
-}
-
-void MXFPartitionFilter::partitionPack(const KLVKey& key) {
-    MXFPartitionPack pack;
-    if (!mxfutil::readPartitionPack(octets_.data(), octets_.size(), pack)) {
-        return klvutil::report(errorHandler_, findings::invalidPartitionPack);
-    }
-    partitionKey_ = key;
-    partitionOpen_ = true;
-    structureHandler_.startPartition(key, pack, packPosition_.end);
-}
-
-void MXFPartitionFilter::randomIndexPack() {
-    MXFRandomIndex index;
-    if (!mxfutil::readRandomIndex(octets_.data(), octets_.size(), form_, index)) {
-        klvutil::report(errorHandler_, findings::incorrectRandomIndexPackLength);
-    }
-    if (!index.empty()) {
-        structureHandler_.randomIndex(index);
-    }
-}
-
-void MXFPartitionFilter::closePartition() {
-    if (partitionOpen_) {
-        partitionOpen_ = false;
-        structureHandler_.endPartition(partitionKey_);
-    }
+    next().endFixedLengthPack(key);
 }
 
 bool MXFPartitionFilter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                         std::uint8_t*& buffer) {
-    return collecting_ != Pack::None || next().getValueBuffer(length, offset, size, buffer);
+    return tracker_->collecting() || next().getValueBuffer(length, offset, size, buffer);
 }
 
 void MXFPartitionFilter::value(const std::uint8_t* data, std::uint64_t size) {
-    if (collecting_ != Pack::None) {
-        octets_.insert(octets_.end(), data, data + size);
+    if (tracker_->collecting()) {
+        tracker_->value(data, size);
     } else {
         next().value(data, size);
     }
 }
 
 bool MXFPartitionFilter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
-    return enter([&](KLVHandler& h) { return h.startIndividualItem(key, length); });
+    if (depth_ == 0 && tracker_->pending() && key == klvutil::fillKey) {
+        tracker_->fill(MXFTripletPosition::of(*locator_, form_, length).end);
+        ++depth_;
+    } else {
+        enter();
+    }
+    return next().startIndividualItem(key, length);
 }
 void MXFPartitionFilter::endIndividualItem(const KLVKey& key) {
-    leave([&](KLVHandler& h) { h.endIndividualItem(key); });
+    --depth_;
+    next().endIndividualItem(key);
+}
+bool MXFPartitionFilter::startLabel(const KLVKey& key) {
+    if (depth_ == 0) {
+        openPending();
+    }
+    return next().startLabel(key);
 }
 bool MXFPartitionFilter::startUniversalSet(const KLVKey& key, std::uint64_t length) {
-    return enter([&](KLVHandler& h) { return h.startUniversalSet(key, length); });
+    enter();
+    return next().startUniversalSet(key, length);
 }
 void MXFPartitionFilter::endUniversalSet(const KLVKey& key) {
-    leave([&](KLVHandler& h) { h.endUniversalSet(key); });
+    --depth_;
+    next().endUniversalSet(key);
 }
 bool MXFPartitionFilter::startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
                                        KLVFieldForm lengthForm) {
-    return enter([&](KLVHandler& h) { return h.startLocalSet(key, length, tagForm, lengthForm); });
+    enter();
+    return next().startLocalSet(key, length, tagForm, lengthForm);
 }
 void MXFPartitionFilter::endLocalSet(const KLVKey& key) {
-    leave([&](KLVHandler& h) { h.endLocalSet(key); });
+    --depth_;
+    next().endLocalSet(key);
 }
 bool MXFPartitionFilter::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) {
-    return enter([&](KLVHandler& h) { return h.startVariableLengthPack(key, length, itemLengthForm); });
+    enter();
+    return next().startVariableLengthPack(key, length, itemLengthForm);
 }
 void MXFPartitionFilter::endVariableLengthPack(const KLVKey& key) {
-    leave([&](KLVHandler& h) { h.endVariableLengthPack(key); });
+    --depth_;
+    next().endVariableLengthPack(key);
 }
 bool MXFPartitionFilter::startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) {
-    return enter([&](KLVHandler& h) { return h.startWrapper(key, length, kind); });
+    enter();
+    return next().startWrapper(key, length, kind);
 }
 void MXFPartitionFilter::endWrapper(const KLVKey& key) {
-    leave([&](KLVHandler& h) { h.endWrapper(key); });
+    --depth_;
+    next().endWrapper(key);
 }

@@ -1,22 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "klv/KLVFilter.h"
 #include "mxf/structure/MXFStructureHandler.h"
-#include "mxf/structure/MXFTripletPosition.h"
 
 class ErrorHandler;
+class MXFPartitionTracker;
 
 /// Tells the partitions and the random index of the KLV stream that passes to a structure handler, and forwards every
 /// event: for handlers that want to know, beside the triplets themselves, which partition they are in.
 ///
-/// Unlike MXFSplitter it neither takes a partition apart nor checks the layout of the file. Packs are looked for among
-/// the outermost triplets only. The structure handler is called in the end event of a pack, so that the locator shows
-/// the pack, and before that event is forwarded; the header start it gets is the stream position of the first octet
-/// after the pack, where fill may follow. A pack's value is collected first and then passed on, as the next handler
-/// asks for it.
+/// The structure handler is called as MXFStructureHandler describes, each time before the event that the call follows
+/// from is forwarded. Unlike MXFSplitter the filter neither takes a partition apart nor checks the layout of the file.
+/// Packs are looked for among the outermost triplets only. A pack's value is collected first, and passed on as the next
+/// handler asks for it before the end event of the pack. Header starts count from position 0 of the stream.
 ///
 /// A pack that cannot be decoded is reported as "invalid partition pack" or "invalid random index pack" and passed
 /// over.
@@ -25,9 +24,15 @@ public:
     /// @param structureHandler told of partitions and random index; not owned. Requires "structure handler is present".
     explicit MXFPartitionFilter(MXFStructureHandler* structureHandler);
     ~MXFPartitionFilter() override;
+    MXFPartitionFilter(const MXFPartitionFilter&) = delete;
+    MXFPartitionFilter& operator=(const MXFPartitionFilter&) = delete;
 
     /// Where findings go; not owned. Without one, nothing is reported.
-    void setErrorHandler(ErrorHandler* errorHandler) { errorHandler_ = errorHandler; }
+    void setErrorHandler(ErrorHandler* errorHandler);
+
+    /// Shows what the stream's own locator shows, and the pack while its partition is told of: for a structure handler
+    /// that wants positions, such as MXFStructureValidator. Valid as long as the filter is.
+    const Locator& getLocator() const;
 
     void setLocator(const Locator& locator) override;
     /// Requires "has accurate lengths" and "has locator".
@@ -37,6 +42,7 @@ public:
 
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
     void endIndividualItem(const KLVKey& key) override;
+    bool startLabel(const KLVKey& key) override;
     bool startUniversalSet(const KLVKey& key, std::uint64_t length) override;
     void endUniversalSet(const KLVKey& key) override;
     bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm, KLVFieldForm lengthForm) override;
@@ -52,25 +58,12 @@ public:
     void value(const std::uint8_t* data, std::uint64_t size) override;
 
 private:
-    enum class Pack { None, Partition, RandomIndex };
+    void enter();
+    void openPending();
 
-    template <class Start>
-    bool enter(Start forward);
-    template <class End>
-    void leave(End forward);
-    void partitionPack(const KLVKey& key);
-    void randomIndexPack();
-    void closePartition();
-
-    MXFStructureHandler& structureHandler_;
-    ErrorHandler* errorHandler_ = nullptr;
+    std::unique_ptr<MXFPartitionTracker> tracker_;
     const Locator* locator_ = nullptr;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
     unsigned depth_ = 0; ///< triplets that are open
-    Pack collecting_ = Pack::None;
     bool nextWantsPack_ = false;
-    MXFTripletPosition packPosition_;
-    std::vector<std::uint8_t> octets_;
-    bool partitionOpen_ = false;
-    KLVKey partitionKey_;
 };

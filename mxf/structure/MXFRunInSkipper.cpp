@@ -1,13 +1,12 @@
 #include "mxf/structure/MXFRunInSkipper.h"
 
-#include <algorithm>
 #include <array>
 #include <istream>
 
 #include "klv/InputLocator.h"
 #include "klv/KLVFindings.h"
-#include "klv/internal/KLVInput.h"
 #include "klv/internal/ReportedStream.h"
+#include "klv/internal/StreamAccess.h"
 #include "klv/parse_error.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "mxf/structure/MXFStructureHandler.h"
@@ -23,16 +22,17 @@ constexpr std::array<std::uint8_t, 11> partitionPackPrefix{0x06, 0x0E, 0x2B, 0x3
 
 std::uint64_t MXFRunInSkipper::skip(std::istream& stream) {
     prefix_.clear();
-    const std::streamoff base = klvutil::tell(stream);
-    std::streampos position = std::max<std::streamoff>(base, 0);
+    const klvutil::StreamExceptionsOff exceptionsOff(stream);
+    const klvutil::StreamExtent extent = klvutil::extentOf(stream);
+    std::streampos position = extent.known() ? extent.position : 0;
     const InputLocator locator(position);
     std::uint64_t runIn = 0;
     klvutil::reportedStream(errorHandler_, locator, [&] {
         runIn = search(stream, position);
-        if (base < 0) {
+        if (!extent.known()) {
             prefix_.assign(partitionPackPrefix.begin(), partitionPackPrefix.end());
-        } else if (!stream.seekg(base + static_cast<std::streamoff>(runIn))) {
-            fail(klvutil::findings::unsuccessfulSeek, position);
+        } else if (!stream.seekg(extent.position + static_cast<std::streamoff>(runIn))) {
+            klvutil::fail(errorHandler_, klvutil::findings::unsuccessfulSeek, position);
         }
     });
     if (runIn != 0 && structureHandler_ != nullptr) {
@@ -43,15 +43,16 @@ std::uint64_t MXFRunInSkipper::skip(std::istream& stream) {
 
 /// Reads through the prefix of the key, counting @p position on, and returns the number of octets before it.
 std::uint64_t MXFRunInSkipper::search(std::istream& stream, std::streampos& position) const {
+    const auto fail = [&](const klvutil::Finding& finding) { klvutil::fail(errorHandler_, finding, position); };
     if (!stream.good()) {
-        fail(klvutil::findings::streamNotGood, position);
+        fail(klvutil::findings::streamNotGood);
     }
     std::uint64_t read = 0;
     std::size_t matched = 0;
     while (matched < partitionPackPrefix.size()) {
         const int octet = stream.get();
         if (octet == std::istream::traits_type::eof()) {
-            fail(stream.bad() ? findings::unsuccessfulGet : findings::invalidRunIn, position);
+            fail(stream.bad() ? findings::unsuccessfulGet : findings::invalidRunIn);
         }
         ++read;
         position += 1;
@@ -62,13 +63,8 @@ std::uint64_t MXFRunInSkipper::search(std::istream& stream, std::streampos& posi
             matched = octet == partitionPackPrefix[0] ? 1 : 0;
         }
         if (read - matched > limit_) {
-            fail(findings::invalidRunIn, position);
+            fail(findings::invalidRunIn);
         }
     }
     return read - matched;
-}
-
-void MXFRunInSkipper::fail(const klvutil::Finding& finding, std::streampos position) const {
-    klvutil::report(errorHandler_, finding);
-    throw klvutil::parse_error(finding, position);
 }

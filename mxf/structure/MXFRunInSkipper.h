@@ -5,9 +5,9 @@
 #include <iosfwd>
 #include <string>
 
-#include "klv/Finding.h"
 #include "util/Api.h"
 
+class ErrorHandler;
 class MXFStructureHandler;
 
 /// Finds the header partition pack behind a run-in: octets of another kind of file that an MXF file may begin with
@@ -43,7 +43,6 @@ public:
 
 private:
     std::uint64_t search(std::istream& stream, std::streampos& position) const;
-    [[noreturn]] void fail(const klvutil::Finding& finding, std::streampos position) const;
 
     std::uint64_t limit_;
     MXFStructureHandler* structureHandler_ = nullptr;

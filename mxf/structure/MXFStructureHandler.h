@@ -21,8 +21,8 @@ public:
     virtual void startStructure() = 0;
     virtual void endStructure() = 0;
 
-    /// A partition begins. Made with the first KLV triplet after the pack and the fill that follows it; during the call
-    /// a locator shows the first octet of the pack.
+    /// A partition begins. Made with the first KLV triplet after the pack and the fill that follows it, or with the end
+    /// of the stream; during the call the locator that the error handler has shows the first octet of the pack.
     ///
     /// @param key of the pack; mxfutil::partitionKind and partitionStatus read it
     /// @param headerStart the position of the first octet after the pack and its fill, where header metadata, index or

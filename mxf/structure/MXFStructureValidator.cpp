@@ -164,12 +164,12 @@ void MXFStructureValidator::checkFields(MXFPartitionKind kind, const MXFPartitio
 }
 
 void MXFStructureValidator::endPartition(const KLVKey& key) {
+    util::require(state_ == State::InHeaderOrBody || state_ == State::InFooter, "in partition");
     const bool footer = mxfutil::partitionKind(key) == MXFPartitionKind::Footer;
     if (state_ == State::InHeaderOrBody) {
         util::require(!footer, "is header or body partition");
         state_ = State::AfterHeaderOrBody;
     } else {
-        util::require(state_ == State::InFooter, "in partition");
         util::require(footer, "is footer partition");
         state_ = State::AfterFooter;
     }

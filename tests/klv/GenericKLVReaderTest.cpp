@@ -30,9 +30,10 @@ Log read(std::istream& stream, std::streamoff start = 0, const std::function<voi
     try {
         reader.parse(stream, start);
     } catch (const klvutil::parse_error& e) {
-        std::ostringstream text;
-        text << "parse_error " << e.what() << " @" << std::streamoff{e.position()};
-        log.push_back(text.str());
+        log.push_back(line(nullptr, "parse_error", e.what()) + " @" + std::to_string(std::streamoff{e.position()}));
+    } catch (int) {
+        EXPECT_EQ(errors.open, 0);
+        throw;
     }
     EXPECT_EQ(errors.open, 0);
     return log;
@@ -135,6 +136,13 @@ TEST(GenericKLVReader, NothingIsReadPastAContainer) {
               "packItem 2 @0, parse_error incorrect variable length pack length @0");
     const std::string nested = octets::key(keys::item) + octets::of({5, 1, 2});
     EXPECT_EQ(end(keys::universalSet, nested), "item 00000001 5 @20, parse_error incorrect universal set length @20");
+    // That the item before was a container changes nothing, nor how large the claim is.
+    EXPECT_EQ(end(keys::universalSet, klv(keys::localSet, "") + nested).substr(21),
+              "parse_error incorrect universal set length @40");
+    const std::string huge = octets::key(keys::item) + octets::length((std::uint64_t{1} << 63U) + 7, 0x88);
+    EXPECT_EQ(end(keys::universalSet, huge).substr(0, 26), "item 00000001 922337203685");
+    EXPECT_EQ(lastLine(klv(keys::universalSet, octets::key(keys::item) + octets::length(~0ULL, 0x88)) + after),
+              "parse_error incorrect universal set length @20");
     // Tags, lengths and keys that do not fit end the parse at once.
     EXPECT_EQ(lastLine(klv(keys::localSet, octets::of({0})) + after), "parse_error incorrect local set length @0");
     EXPECT_EQ(lastLine(klv(keys::localSet, octets::of({0, 1, 0})) + after),
@@ -164,57 +172,39 @@ TEST(GenericKLVReader, DeliversTheChunksAskedFor) {
     for (int i = 0; i < 200000; ++i) {
         value += static_cast<char>(i * 31 >> 3);
     }
-    const std::string data = klv(keys::item, value) + klv(keys::item, "next");
-    std::vector<std::uint8_t> own(value.size());
-    const auto delivered = [&](const decltype(EventRecorder::chunk)& chunk) {
-        std::string values;
-        for (const bool pipe : {false, true}) {
+    std::uint8_t own[10000];
+    std::string half; // every second piece of 10,000 octets
+    for (std::size_t i = 10000; i < value.size(); i += 20000) {
+        half += value.substr(i, 10000);
+    }
+    using Chunk = decltype(EventRecorder::chunk);
+    const Chunk firstThree = [](auto, auto& offset, auto& size, auto&) { return size = 3, offset == 0; };
+    const Chunk everySecond = [&](auto length, auto& offset, auto& size, auto& buffer) {
+        offset += 10000;
+        size = 10000;
+        buffer = own;
+        return offset < length;
+    };
+    for (const auto& [chunk, expected] :
+         {std::pair{Chunk(), value}, {firstThree, value.substr(0, 3)}, {everySecond, half}}) {
+        for (const std::size_t atATime : {0U, 4096U}) {
             Log log;
             EventRecorder recorder(log);
             recorder.chunk = chunk;
             GenericKLVReader reader;
             reader.setHandler(&recorder);
-            if (pipe) {
-                PipeStream stream(data, 4096);
-                reader.parse(stream, 0);
-                EXPECT_EQ(recorder.values, values);
-            } else {
-                std::istringstream stream(data);
-                reader.parse(stream, 0);
-            }
-            values = recorder.values;
+            std::istringstream file(klv(keys::item, value));
+            PipeStream pipe(file.str(), atATime);
+            reader.parse(atATime == 0 ? static_cast<std::istream&>(file) : pipe, 0);
+            EXPECT_EQ(recorder.values, expected);
+            EXPECT_EQ(log.back(), "endStream 0 @200020");
         }
-        return values;
-    };
-    EXPECT_EQ(delivered({}), value + "next");
-    EXPECT_EQ(delivered([&](auto length, auto& offset, auto& size, auto&) {
-                  return length == 4 || (size = std::min<std::uint64_t>(size, 3), offset == 0);
-              }),
-              value.substr(0, 3) + "next");
-    // Every second piece of 10,000 octets, straight into a buffer of the handler's own.
-    std::string half;
-    for (std::size_t i = 10000; i < value.size(); i += 20000) {
-        half += value.substr(i, 10000);
     }
-    EXPECT_EQ(delivered([&](auto length, auto& offset, auto& size, auto& buffer) {
-                  if (length == 4 || offset + 10000 >= length) {
-                      return false;
-                  }
-                  offset += 10000;
-                  size = 10000;
-                  buffer = own.data();
-                  return true;
-              }),
-              half);
     for (const auto& [from, count] : {std::pair<std::uint64_t, std::uint64_t>{0, 0}, {0, 5}, {5, 1}, {~0ULL, 2}}) {
-        EXPECT_THROW(read(klv(keys::item, "abcd"),
-                          [&, f = from, c = count](EventRecorder& r) {
-                              r.chunk = [=](auto, auto& offset, auto& size, auto&) {
-                                  offset = f;
-                                  size = c;
-                                  return true;
-                              };
-                          }),
+        const auto wrong = [f = from, c = count](auto, auto& offset, auto& size, auto&) {
+            return offset = f, size = c, true;
+        };
+        EXPECT_THROW(read(klv(keys::item, "abcd"), [&](EventRecorder& r) { r.chunk = wrong; }),
                      util::assertion_failure);
     }
 }
@@ -281,6 +271,37 @@ TEST(GenericKLVReader, FailingStreams) {
         EXPECT_EQ(e.id(), findings::streamNotGood.id);
     }
     EXPECT_TRUE(log.empty());
+}
+
+TEST(GenericKLVReader, GrowingFiles) {
+    std::stringstream stream(octets::key(keys::item) + octets::length(20000) + "first");
+    const Log log = read(stream, 0, [&](EventRecorder& r) {
+        r.wants = false;
+        r.onEvent = [&](const std::string& text) {
+            if (text.rfind("item ", 0) == 0) {
+                stream.seekp(0, std::ios::end);
+                stream << std::string(19995, 'x');
+            }
+        };
+    });
+    EXPECT_EQ(log.back(), "endStream 0 @20020");
+}
+
+TEST(GenericKLVReader, ExceptionsOfHandlersPassThrough) {
+    for (const char* event : {"startStream", "item", "value", "/item", "endStream"}) {
+        Log log;
+        std::istringstream stream(klv(keys::item, "abc"));
+        EXPECT_THROW(read(stream, 0,
+                          [&](EventRecorder& r) {
+                              r.onEvent = [&](const std::string& text) {
+                                  if (text.rfind(event, 0) == 0) {
+                                      throw 42;
+                                  }
+                              };
+                          }),
+                     int)
+            << event;
+    }
 }
 
 TEST(GenericKLVReader, PositionsCountFromTheStart) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <istream>
+#include <sstream>
 #include <streambuf>
 #include <string>
 
@@ -27,7 +28,7 @@ private:
     std::size_t next_ = 0;
 };
 
-/// A stream whose buffer throws when it has handed out its octets, as one over a failing disk.
+/// A stream whose buffer throws something odd when it has handed out its octets, as one over a failing disk.
 class FailingStream : private std::streambuf, public std::istream {
 public:
     explicit FailingStream(std::string data)
@@ -36,7 +37,26 @@ public:
     }
 
 private:
-    std::streambuf::int_type underflow() override { throw std::ios_base::failure("input/output error"); }
+    std::streambuf::int_type underflow() override { throw 42; }
 
     std::string data_;
+};
+
+/// A stream in memory that tells its position but cannot seek: a seek fails, or throws.
+class TellingStream : private std::stringbuf, public std::istream {
+public:
+    TellingStream(const std::string& data, bool throws)
+        : std::stringbuf(data), std::istream(static_cast<std::stringbuf*>(this)), throws_(throws) {}
+
+private:
+    std::stringbuf::pos_type seekoff(std::stringbuf::off_type offset, std::ios::seekdir way,
+                                     std::ios::openmode mode) override {
+        return offset == 0 && way == std::ios::cur ? std::stringbuf::seekoff(offset, way, mode) : seekpos(0, mode);
+    }
+    std::stringbuf::pos_type seekpos(std::stringbuf::pos_type, std::ios::openmode) override {
+        return throws_ ? throw std::ios_base::failure("no seeking")
+                       : std::stringbuf::pos_type(std::stringbuf::off_type(-1));
+    }
+
+    bool throws_;
 };

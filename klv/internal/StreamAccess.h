@@ -1,0 +1,70 @@
+#pragma once
+
+#include <istream>
+
+#if defined(__GLIBCXX__)
+#    include <cxxabi.h>
+#endif
+
+/// @file
+/// The one home of what the library asks of a caller's input stream beside its octets. Nothing here throws what a
+/// stream buffer or the stream's exception mask would.
+
+namespace klvutil {
+
+/// Runs @p operation on a stream buffer. Returns false if it throws, whatever it throws; only the unwinding of a
+/// cancelled thread passes through.
+template <class Operation>
+bool runs(Operation operation) {
+    try {
+        operation();
+        return true;
+#if defined(__GLIBCXX__)
+    } catch (const abi::__forced_unwind&) {
+        throw;
+#endif
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Takes the exception mask off a stream while it exists, so that faults show in the stream's state alone: the library
+/// has its own way of telling them. The mask is put back without acting on the state.
+class StreamExceptionsOff {
+public:
+    explicit StreamExceptionsOff(std::istream& stream) : stream_(stream), mask_(stream.exceptions()) {
+        stream.exceptions(std::ios::goodbit);
+    }
+    ~StreamExceptionsOff() {
+        try {
+            stream_.exceptions(mask_);
+        } catch (const std::ios_base::failure&) {
+            // The mask is set all the same. What made it throw has been told as an exception of the library, or is the
+            // end of the stream.
+            static_cast<void>(mask_);
+        }
+    }
+    StreamExceptionsOff(const StreamExceptionsOff&) = delete;
+    StreamExceptionsOff& operator=(const StreamExceptionsOff&) = delete;
+
+private:
+    std::istream& stream_;
+    std::ios::iostate mask_;
+};
+
+/// Where a stream stands and where it ends.
+struct StreamExtent {
+    std::streamoff position = -1;
+    std::streamoff end = -1;
+
+    bool known() const noexcept { return position >= 0; }
+};
+
+/// The extent of @p stream, or an unknown one if it cannot both tell and seek. The stream stays where it is, and its
+/// state as well.
+StreamExtent extentOf(std::istream& stream);
+
+/// Whether there is nothing more to read, and nothing wrong with the stream. Its end-of-file state is set then.
+bool atEnd(std::istream& stream);
+
+} // namespace klvutil

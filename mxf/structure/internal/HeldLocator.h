@@ -1,0 +1,32 @@
+#pragma once
+
+#include "klv/Locator.h"
+
+/// Shows the position of the locator it follows, or one that it holds: that of a pack which is dealt with after it has
+/// been passed. When it follows none any more, the last position stays.
+class HeldLocator : public Locator {
+public:
+    const std::streampos& streampos() const override {
+        return held_ || locator_ == nullptr ? position_ : locator_->streampos();
+    }
+
+    void follow(const Locator& locator) {
+        locator_ = &locator;
+        held_ = false;
+    }
+    void unfollow() {
+        position_ = streampos();
+        locator_ = nullptr;
+    }
+
+    void hold(std::streampos position) {
+        position_ = position;
+        held_ = true;
+    }
+    void release() { held_ = false; }
+
+private:
+    const Locator* locator_ = nullptr;
+    bool held_ = false;
+    std::streampos position_ = 0;
+};
