@@ -5,7 +5,7 @@
 namespace util {
 
 assertion_failure::assertion_failure(const char* condition)
-    : std::logic_error(std::string("assertion failure: ") + condition) {}
+    : std::runtime_error(std::string("assertion failure: ") + condition) {}
 
 assertion_failure::~assertion_failure() = default;
 

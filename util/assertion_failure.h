@@ -10,7 +10,7 @@ namespace util {
 /// inside the library, never the fault of the data that is read.
 ///
 /// what() is "assertion failure: " followed by the condition that should have held, such as "handler is present".
-class BRYX_API assertion_failure : public std::logic_error {
+class BRYX_API assertion_failure : public std::runtime_error {
 public:
     explicit assertion_failure(const char* condition);
     assertion_failure(const assertion_failure&) = default;

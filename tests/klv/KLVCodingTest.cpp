@@ -10,6 +10,7 @@
 #include "klv/KLVValueTypes.h"
 #include "klv/ValueCoding.h"
 #include "mxf/engines/MXFEngineFindings.h"
+#include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
 #include "util/assertion_failure.h"
@@ -126,6 +127,7 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
 #define ADD(name, base, index, level, message) byId.emplace(name.id, message);
     BRYX_KLV_FINDINGS(ADD)
     BRYX_STRUCTURE_FINDINGS(ADD)
+    BRYX_PRIMER_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD
     for (const auto& [id, message] : byId) {
