@@ -1,0 +1,20 @@
+#pragma once
+
+#include "klv/KLVValueTypes.h"
+#include "util/Api.h"
+
+/// A source of identifiers for new sets: derive from it to make them reproducible.
+class BRYX_API MXFUIDGenerator {
+public:
+    virtual ~MXFUIDGenerator();
+
+    /// An identifier that has not been handed out before.
+    virtual MXFUID generateUID() = 0;
+};
+
+/// Hands out fresh random UUIDs, as new sets have them. Requires "UuidCreate succeeded".
+class BRYX_API BRYXDefaultUIDGenerator : public MXFUIDGenerator {
+public:
+    ~BRYXDefaultUIDGenerator() override;
+    MXFUID generateUID() override;
+};

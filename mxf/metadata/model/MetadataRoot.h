@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <ios>
+#include <map>
+#include <memory>
+#include <variant>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "klv/KLVKey.h"
+#include "klv/KLVValueTypes.h"
+#include "util/Api.h"
+
+/// A set of header metadata (ST 377-1 §9): the base of the classes of all sets.
+///
+/// A model is a tree. A set owns the sets to which it has strong references, and a set has one owner at a time; the
+/// root of the tree, usually a Preface, has none. An owner holds its sets by shared pointer, a set its owner by weak
+/// pointer only, so that the whole tree goes with the last pointer to its root. Weak references lead to sets without
+/// owning them.
+///
+/// Properties that a class does not know are kept as dark properties, exactly as they were read, and written back.
+///
+/// Sets are made by the create() of their class and held by std::shared_ptr. They are not synchronised. Every failed
+/// requirement throws util::assertion_failure and leaves the model as it was.
+class BRYX_API MetadataRoot : public std::enable_shared_from_this<MetadataRoot> {
+public:
+    /// The value of a dark property: octets, or the set that it refers to, where that is known of it.
+    using DarkValue = std::variant<std::vector<std::uint8_t>, std::shared_ptr<MetadataRoot>>;
+    using DarkProperties = std::map<KLVKey, DarkValue>;
+
+    virtual ~MetadataRoot();
+    MetadataRoot(const MetadataRoot&) = delete;
+    MetadataRoot& operator=(const MetadataRoot&) = delete;
+
+    /// Identifies the set in its file; a fresh UUID unless set.
+    const MXFUID& getInstanceUID() const noexcept { return instanceUID_; }
+    void setInstanceUID(const MXFUID& instanceUID) noexcept { instanceUID_ = instanceUID; }
+
+    /// Sets a dark property to octets. A set that the property referred to is released.
+    void setDarkProperty(const KLVKey& key, const std::vector<std::uint8_t>& value);
+    /// Requires "property is present" and "property is a non-reference value".
+    const std::vector<std::uint8_t>& getDarkProperty(const KLVKey& key) const;
+    bool hasDarkProperty(const KLVKey& key) const;
+    /// Removes a dark property, if there is one, and releases a set that it refers to.
+    void removeDarkProperty(const KLVKey& key);
+
+    /// Whether a dark property refers to a set. Requires "property is present".
+    bool isReferenceDarkProperty(const KLVKey& key) const;
+    /// Sets a dark property to a strong reference. Requires what every new strong reference does: "object is not owned"
+    /// and "object does not own this".
+    void setReferenceDarkProperty(const KLVKey& key, const std::shared_ptr<MetadataRoot>& target);
+    /// The set that a dark property refers to. Requires "property is present" and "property is a reference".
+    std::shared_ptr<MetadataRoot> getReferenceDarkProperty(const KLVKey& key) const;
+
+    /// All dark properties, in the order of their keys.
+    DarkProperties::const_iterator beginDarkProperties() const noexcept { return dark_.begin(); }
+    DarkProperties::const_iterator endDarkProperties() const noexcept { return dark_.end(); }
+
+    /// Where the set was read: the stream position of the first octet of its key, and of the octet after it. Each is
+    /// absent in a set that was not read; getting it then fails the requirement "streampos is present".
+    void setStartStreampos(std::streampos position) { start_ = position; }
+    std::streampos getStartStreampos() const { return present(start_); }
+    bool hasStartStreampos() const noexcept { return start_.has_value(); }
+    void removeStartStreampos() noexcept { start_ = boost::none; }
+    void setEndStreampos(std::streampos position) { end_ = position; }
+    std::streampos getEndStreampos() const { return present(end_); }
+    bool hasEndStreampos() const noexcept { return end_.has_value(); }
+    void removeEndStreampos() noexcept { end_ = boost::none; }
+
+    /// The set that has the strong reference to this one; empty for a root, and when the owner is gone.
+    std::shared_ptr<MetadataRoot> getOwner() { return owner_.lock(); }
+    std::shared_ptr<const MetadataRoot> getOwner() const { return owner_.lock(); }
+    bool hasOwner() const noexcept { return !owner_.expired(); }
+    /// The last set that is reached from owner to owner; this set itself if it has none.
+    std::shared_ptr<MetadataRoot> getTopOwner();
+    std::shared_ptr<const MetadataRoot> getTopOwner() const;
+
+protected:
+    MetadataRoot();
+
+    /// This set gets a strong reference to @p added. Requires "object is not owned" and "object does not own this".
+    void takeOwnership(const std::shared_ptr<MetadataRoot>& added);
+    /// This set gives up its strong reference to @p removed. Requires "current owner is this".
+    void releaseOwnership(const std::shared_ptr<MetadataRoot>& removed);
+    /// Both at once, after all requirements have been checked. Either set may be empty.
+    void swapOwnership(const std::shared_ptr<MetadataRoot>& removed, const std::shared_ptr<MetadataRoot>& added);
+
+private:
+    void swapOwnership(const KLVKey& key, const std::shared_ptr<MetadataRoot>& added);
+    const DarkValue& darkValue(const KLVKey& key) const;
+    static std::streampos present(const boost::optional<std::streampos>& position);
+
+    std::weak_ptr<MetadataRoot> owner_;
+    MXFUID instanceUID_;
+    DarkProperties dark_;
+    boost::optional<std::streampos> start_;
+    boost::optional<std::streampos> end_;
+};
