@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
 #include <vector>
 
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
+#include "util/Api.h"
 #include "util/byte_order.h"
 
 /// @file
@@ -107,11 +109,50 @@ struct ValueCoding {
     }
 };
 
-/// A batch of labels or identifiers. An empty batch may state any element size; it is written with the true one.
+/// A boolean: one octet, 0 for false and 1 for true. Any other value is read as true.
+template <>
+struct ValueCoding<bool> {
+    static void read(OctetReader& from, bool& value) { value = *from.take(1) != 0; }
+    static void write(OctetWriter& to, bool value) { to.write(static_cast<std::uint8_t>(value ? 1 : 0)); }
+};
+
+/// Octets that are not looked into: all that are left.
+template <>
+struct ValueCoding<std::vector<std::uint8_t>> {
+    static void read(OctetReader& from, std::vector<std::uint8_t>& value) {
+        const std::size_t size = from.left();
+        const std::uint8_t* octets = from.take(size);
+        value.assign(octets, octets + size);
+    }
+    static void write(OctetWriter& to, const std::vector<std::uint8_t>& value) { to.put(value.data(), value.size()); }
+};
+
+/// Text of 8-bit characters (ISO/IEC 646): all octets that are left, up to a terminating NUL.
+template <>
+struct ValueCoding<std::string> {
+    BRYX_API static void read(OctetReader& from, std::string& value);
+    BRYX_API static void write(OctetWriter& to, const std::string& value);
+};
+
+/// Text in UTF-16: all octets that are left, up to a terminating NUL. It is written without one. Throws
+/// util::utf8::invalid_utf16 for unpaired surrogates, and util::utf8::invalid_code_point when writing.
+template <>
+struct ValueCoding<std::wstring> {
+    BRYX_API static void read(OctetReader& from, std::wstring& value);
+    BRYX_API static void write(OctetWriter& to, const std::wstring& value);
+};
+
+/// An array or batch of elements of fixed size. An empty one may state any element size; it is written with the true
+/// one.
 template <class T>
 struct ValueCoding<std::vector<T>> {
-    static_assert(detail::HasOctets<T>::value, "batches hold labels or identifiers");
-    static constexpr std::uint32_t elementSize = sizeof(T::octets);
+    /// Octets of an element. The types that batches hold have no padding: their size in memory is that on the wire.
+    static constexpr std::uint32_t elementSize() {
+        static_assert(std::is_integral_v<T> || std::is_enum_v<T> || detail::HasOctets<T>::value ||
+                          std::is_same_v<T, Rational>,
+                      "batches hold integers, labels, identifiers or rationals");
+        return sizeof(T);
+    }
 
     static void read(OctetReader& from, std::vector<T>& batch) {
         const auto count = from.read<std::uint32_t>();
@@ -120,10 +161,10 @@ struct ValueCoding<std::vector<T>> {
         if (count == 0) {
             return;
         }
-        if (size != elementSize) {
+        if (size != elementSize()) {
             throw std::length_error("unexpected size of a batch element");
         }
-        if (count > from.left() / elementSize) {
+        if (count > from.left() / size) {
             throw std::length_error("too few octets");
         }
         batch.resize(count);
@@ -134,7 +175,7 @@ struct ValueCoding<std::vector<T>> {
 
     static void write(OctetWriter& to, const std::vector<T>& batch) {
         to.write(static_cast<std::uint32_t>(batch.size()));
-        to.write(elementSize);
+        to.write(elementSize());
         for (const T& element : batch) {
             to.write(element);
         }
@@ -149,6 +190,26 @@ void OctetReader::read(T& value) {
 template <class T>
 void OctetWriter::write(const T& value) {
     ValueCoding<T>::write(*this, value);
+}
+
+/// The value that @p octets hold as a whole. Throws std::length_error if there are too few or too many of them, and
+/// what the coding of the type throws.
+template <class T>
+T readValue(const std::vector<std::uint8_t>& octets) {
+    OctetReader from(octets.data(), octets.size());
+    T value = from.read<T>();
+    if (from.left() != 0) {
+        throw std::length_error("too many octets");
+    }
+    return value;
+}
+
+/// The octets of @p value.
+template <class T>
+std::vector<std::uint8_t> writeValue(const T& value) {
+    std::vector<std::uint8_t> octets;
+    OctetWriter(octets).write(value);
+    return octets;
 }
 
 } // namespace klvutil

@@ -14,6 +14,7 @@
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
 #include "util/assertion_failure.h"
+#include "util/utf8.h"
 
 TEST(KLVKey, VersionOctetTakesNoPart) {
     KLVKey a = keys::item;
@@ -107,16 +108,44 @@ TEST(ValueTypes, TextAndCalendarForms) {
     EXPECT_EQ(time.tm_mday, 7);
     EXPECT_EQ(time.tm_hour * 10000 + time.tm_min * 100 + time.tm_sec, 102030);
 
-    std::vector<std::uint8_t> written;
-    klvutil::OctetWriter(written).write(timestamp);
-    EXPECT_EQ(octets::of(written), octets::of({0x07, 0xDE, 3, 7, 10, 20, 30, 50}));
-    EXPECT_EQ(klvutil::OctetReader(written.data(), written.size()).read<MXFTimestamp>(), timestamp);
-    EXPECT_THROW(klvutil::OctetReader(written.data(), 7).read<MXFTimestamp>(), std::length_error);
+    EXPECT_EQ(octets::of(klvutil::writeValue(timestamp)), octets::of({0x07, 0xDE, 3, 7, 10, 20, 30, 50}));
+    EXPECT_EQ(klvutil::readValue<MXFTimestamp>(klvutil::writeValue(timestamp)), timestamp);
 
     EXPECT_EQ(toString(Rational{-25, 1}), "-25/1");
     EXPECT_EQ(
         toString(MXFUID{{0x6b, 0xa7, 0xb8, 0x10, 0x9d, 0xad, 0x11, 0xd1, 0x80, 0xb4, 0, 0xc0, 0x4f, 0xd4, 0x30, 0xc8}}),
         "urn:uuid:6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+}
+
+TEST(ValueCoding, ValuesOfAllTypesBothWays) {
+    const auto coded = [](const auto& value, const std::string& octets) {
+        using T = std::decay_t<decltype(value)>;
+        EXPECT_EQ(octets::of(klvutil::writeValue(value)), octets);
+        std::vector<std::uint8_t> wire(octets.begin(), octets.end());
+        EXPECT_EQ(klvutil::readValue<T>(wire), value);
+        if constexpr (!std::is_same_v<T, std::string> && !std::is_same_v<T, std::vector<std::uint8_t>>) {
+            wire.push_back(1);
+            EXPECT_THROW(klvutil::readValue<T>(wire), std::length_error);
+        }
+    };
+    coded(std::int16_t{-2}, octets::of({0xFF, 0xFE}));
+    coded(std::int64_t{-1}, std::string(8, '\xFF'));
+    coded(true, octets::of({1}));
+    coded(Rational{25, 1}, octets::of({0, 0, 0, 25, 0, 0, 0, 1}));
+    coded(MXFProductVersion{4, 15, 0, 143, MXFProductVersion::Release::Released},
+          octets::of({0, 4, 0, 15, 0, 0, 0, 143, 0, 1}));
+    coded(std::string("en-GB"), "en-GB");
+    coded(std::wstring(L"A\U0001F3AC"), octets::of({0, 'A', 0xD8, 0x3C, 0xDF, 0xAC}));
+    coded(std::vector<std::uint8_t>{1, 2, 3}, octets::of({1, 2, 3}));
+    coded(std::vector<std::uint32_t>{7, 8}, octets::of({0, 0, 0, 2, 0, 0, 0, 4, 0, 0, 0, 7, 0, 0, 0, 8}));
+    coded(std::vector<KLVKey>{}, octets::of({0, 0, 0, 0, 0, 0, 0, 16}));
+    EXPECT_EQ(klvutil::readValue<std::wstring>({0, 'a', 0, 0, 0, 'b'}), L"a");
+    EXPECT_EQ(klvutil::readValue<std::string>({'a', 0, 'b'}), "a");
+    EXPECT_EQ(klvutil::readValue<std::vector<KLVKey>>({0, 0, 0, 0, 0, 0, 0, 0}).size(), 0U);
+    EXPECT_THROW(klvutil::readValue<std::wstring>({0xD8, 0}), util::utf8::invalid_utf16);
+    EXPECT_THROW(klvutil::readValue<std::vector<std::uint32_t>>({0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 4, 1}),
+                 std::length_error);
+    EXPECT_THROW(klvutil::readValue<std::vector<std::uint32_t>>({0, 0, 0, 1, 0, 0, 0, 2, 1, 2}), std::length_error);
 }
 
 TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
