@@ -1,0 +1,87 @@
+#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
+
+#include <utility>
+
+#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/structure/MXFPrimerFindings.h"
+#include "mxf/structure/MXFStaticTags.h"
+
+namespace findings = mxfutil::findings;
+
+namespace {
+
+/// The longest value of a primer pack that is read: room for every tag, with entries twice as long as they are.
+constexpr std::uint64_t maxPrimerPackSize = 8 + 65536 * 2 * mxfutil::primerEntrySize;
+
+} // namespace
+
+MXFHeaderMetadataParser::~MXFHeaderMetadataParser() = default;
+
+void MXFHeaderMetadataParser::startStream(bool accurateLengths) {
+    MXFPrimedSetParser::startStream(accurateLengths);
+    if (primerSeen_) {
+        previous_ = std::move(primer_);
+        hasPrevious_ = true;
+    }
+    primer_.clear();
+    primerSeen_ = false;
+    inPrimerPack_ = false;
+    handler_.startMetadata();
+}
+
+void MXFHeaderMetadataParser::endStream(bool stopped) {
+    handler_.endMetadata();
+    MXFPrimedSetParser::endStream(stopped);
+}
+
+bool MXFHeaderMetadataParser::startFixedLengthPack(const KLVKey& key, std::uint64_t length) {
+    if (key != mxfutil::primerPackKey) {
+        return MXFPrimedSetParser::startFixedLengthPack(key, length);
+    }
+    if (length > maxPrimerPackSize) {
+        klvutil::report(errorHandler(), findings::invalidPrimerPack, "too many octets");
+        return false;
+    }
+    octets_.clear();
+    inPrimerPack_ = true;
+    return true;
+}
+
+void MXFHeaderMetadataParser::endFixedLengthPack(const KLVKey& key) {
+    if (key != mxfutil::primerPackKey) {
+        return MXFPrimedSetParser::endFixedLengthPack(key);
+    }
+    if (!std::exchange(inPrimerPack_, false)) {
+        return;
+    }
+    primer_ =
+        mxfutil::readPrimerPack(octets_.data(), octets_.size(), hasPrevious_ ? &previous_ : nullptr, errorHandler());
+    primerSeen_ = true;
+    handler_.primer({primer_.begin(), primer_.end()});
+}
+
+bool MXFHeaderMetadataParser::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
+                                             std::uint8_t*& buffer) {
+    return inPrimerPack_ || MXFPrimedSetParser::getValueBuffer(length, offset, size, buffer);
+}
+
+void MXFHeaderMetadataParser::value(const std::uint8_t* data, std::uint64_t size) {
+    if (inPrimerPack_) {
+        octets_.insert(octets_.end(), data, data + size);
+    } else {
+        MXFPrimedSetParser::value(data, size);
+    }
+}
+
+bool MXFHeaderMetadataParser::wantsSet(const KLVKey& key) {
+    return handler_.handlesSet(key);
+}
+
+const KLVKey* MXFHeaderMetadataParser::unknownTag(std::uint16_t tag) {
+    klvutil::report(errorHandler(), findings::tagMissingInPrimer, mxfutil::tagText(tag));
+    return mxfutil::staticLabel(tag);
+}
+
+void MXFHeaderMetadataParser::primedSet(MXFPrimedSet& set) {
+    handler_.primedSet(set);
+}

@@ -1,0 +1,3 @@
+#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+
+MXFMetadataHandler::~MXFMetadataHandler() = default;
