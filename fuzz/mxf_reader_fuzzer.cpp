@@ -1,5 +1,6 @@
-/// Reads the input as an MXF file through a stream that seeks and through a pipe that hands out octet by octet. Both must
-/// make the same calls at the same positions, with the same octets, and nothing worse than a parse_error may come of it.
+/// Reads the input as an MXF file through a stream that seeks and through a pipe that hands out octet by octet. Both
+/// must make the same calls at the same positions, with the same octets, and nothing worse than a parse_error may come
+/// of it.
 
 #include <cstdio>
 #include <cstdlib>

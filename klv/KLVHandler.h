@@ -70,7 +70,8 @@ public:
     ///     Octets before it are skipped.
     /// @param[in,out] size of the chunk; preset to all that is left, and to be at least 1 and at most what is left
     /// @param[out] buffer preset to null. If set, it has room for @p size octets: they are read straight into it and
-    ///     passed to value() in one call, during which it is still needed. If left null, the sender passes the octets in pieces of its own choosing.
+    ///     passed to value() in one call, during which it is still needed. If left null, the sender passes the octets in
+    ///     pieces of its own choosing.
     /// @return false to skip the rest of the value
     virtual bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                 std::uint8_t*& buffer) = 0;

@@ -34,9 +34,9 @@ public:
     void startStream(bool accurateLengths) override;
     void berLengthForm(std::uint8_t form) override;
 
-    // Start events with a length require "has BER length form": that berLengthForm has come before; and fail with "wants
-    // value for unknown length" when the next handler wants a value of klvutil::unknownLength, since what is not known
-    // cannot be counted. End events require "in KLV triplet": a start event before.
+    // Start events with a length require "has BER length form": that berLengthForm has come before. They fail with
+    // "wants value for unknown length" when the next handler wants a value of klvutil::unknownLength, since what is not
+    // known cannot be counted. End events require "in KLV triplet": a start event before.
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
     void endIndividualItem(const KLVKey& key) override;
     bool startLabel(const KLVKey& key) override;

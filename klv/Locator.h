@@ -13,7 +13,8 @@ public:
     /// triplet's key; between triplets, that of the octet that comes next. The items of local sets and of
     /// variable-length packs have no key of their own: in them the position is that of the set or pack.
     ///
-    /// Positions are those of the stream, in octets. On a stream that cannot tell its position they count from the start
-    /// position that reading was given, which is 0 for a whole file. The reference stays valid, and its value changes, as reading goes on.
+    /// Positions are those of the stream, in octets. On a stream that cannot tell its position they count from the
+    /// start position that reading was given, which is 0 for a whole file. The reference stays valid, and its value
+    /// changes, as reading goes on.
     virtual const std::streampos& streampos() const = 0;
 };

@@ -44,7 +44,8 @@ public:
 /// A calculator for @p frameRate frames a second.
 /// @param dropFrame whether labels are dropped to follow 30000/1001 Hz or a multiple of it
 /// @param subFrames sub-frames per frame; 0 means 1
-/// @throws std::runtime_error "non-zero frame rate"; "valid drop frame rate" unless a drop-frame rate is a multiple of 30
+/// @throws std::runtime_error "non-zero frame rate"; "valid drop frame rate" unless a drop-frame rate is a multiple
+///     of 30
 BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(std::uint8_t frameRate, bool dropFrame,
                                                                       std::uint8_t subFrames);
 

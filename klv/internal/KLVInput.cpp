@@ -26,7 +26,7 @@ KLVInput::KLVInput(std::istream& stream, std::streamoff start)
     : stream_(checkGood(stream, start)), exceptionsOff_(stream), buffer_(*stream.rdbuf()), position_(start),
       triplet_(start), located_(start) {
     const klvutil::StreamExtent extent = klvutil::extentOf(stream);
-    if (extent.known()) {
+    if (extent.canSeek()) {
         position_ = extent.position;
         end_ = extent.end;
         triplet_ = position_;

@@ -10,7 +10,7 @@
 #include "klv/parse_error.h"
 
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
-/// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask is.
+/// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask.
 class KLVInput {
 public:
     static constexpr std::streamoff maxPosition = std::numeric_limits<std::streamoff>::max();

@@ -52,16 +52,16 @@ private:
     std::ios::iostate mask_;
 };
 
-/// Where a stream stands and where it ends.
+/// Where a stream stands, or -1 if it cannot tell, and where it ends, or -1 if it cannot seek.
 struct StreamExtent {
     std::streamoff position = -1;
     std::streamoff end = -1;
 
-    bool known() const noexcept { return position >= 0; }
+    bool canTell() const noexcept { return position >= 0; }
+    bool canSeek() const noexcept { return end >= 0; }
 };
 
-/// The extent of @p stream, or an unknown one if it cannot both tell and seek. The stream stays where it is, and its
-/// state as well.
+/// The extent of @p stream. The stream stays where it is, and its state as well.
 StreamExtent extentOf(std::istream& stream);
 
 /// Whether there is nothing more to read, and nothing wrong with the stream. Its end-of-file state is set then.

@@ -1,6 +1,8 @@
 #include "mxf/engines/MXFPartialReader.h"
 
+#include <algorithm>
 #include <istream>
+#include <vector>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
@@ -12,47 +14,28 @@
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFSplitter.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFRunInSkipper.h"
+#include "mxf/structure/MXFTripletPosition.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
 namespace {
 
-/// Passes one partition on, and stops reading when all that is wanted of it has come.
-class SinglePartitionGrabber : public MXFStructureHandler {
+/// Passes the first partition on, and nothing of what follows.
+class SinglePartitionGrabber : public DullMXFStructureHandler {
 public:
     SinglePartitionGrabber(MXFStructureHandler& next, bool& stop) : next_(next), stop_(stop) {}
 
     bool grabbed() const { return grabbed_; }
 
-    /// Reading was left behind the stop: what has been started is ended.
-    void finish() {
-        if (partitionOpen_) {
-            endPartition(key_);
-        }
-        if (structureOpen_) {
-            endStructure();
-        }
-    }
-
-    void runIn(std::uint64_t length) override { next_.runIn(length); }
-    void startStructure() override {
-        structureOpen_ = true;
-        next_.startStructure();
-    }
-    void endStructure() override {
-        structureOpen_ = false;
-        next_.endStructure();
-    }
+    void startStructure() override { next_.startStructure(); }
+    void endStructure() override { next_.endStructure(); }
     void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
         grabbed_ = true;
-        partitionOpen_ = true;
-        key_ = key;
-        stop_ = stop_ || (pack.headerByteCount == 0 && pack.indexByteCount == 0);
         next_.startPartition(key, pack, headerStart);
     }
     void endPartition(const KLVKey& key) override {
-        partitionOpen_ = false;
         stop_ = true;
         next_.endPartition(key);
     }
@@ -62,30 +45,77 @@ private:
     MXFStructureHandler& next_;
     bool& stop_;
     bool grabbed_ = false;
-    bool structureOpen_ = false;
-    bool partitionOpen_ = false;
-    KLVKey key_;
 };
 
-/// Stops reading where the body begins.
-class StartStreamStopper : public DullKLVHandler {
+/// Looks at a partition pack and the fill that follows it.
+class PackSurvey : public DullKLVHandler {
 public:
-    explicit StartStreamStopper(bool& stop) : stop_(stop) {}
-    void startStream(bool) override { stop_ = true; }
+    explicit PackSurvey(bool& stop) : stop_(stop) {}
+
+    /// The stream position at which the body begins, if a partition pack that can be read was met; else 0.
+    std::uint64_t bodyStart() const {
+        MXFPartitionPack pack;
+        if (!mxfutil::readPartitionPack(octets_.data(), octets_.size(), pack)) {
+            return 0;
+        }
+        const std::uint64_t most = static_cast<std::uint64_t>(KLVInput::maxPosition) - headerStart_;
+        const std::uint64_t header = std::min(pack.headerByteCount, most);
+        return headerStart_ + header + std::min(pack.indexByteCount, most - header);
+    }
+
+    void setLocator(const Locator& locator) override { locator_ = &locator; }
+    void berLengthForm(std::uint8_t form) override { form_ = form; }
+    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
+        const bool first =
+            headerStart_ == 0 && mxfutil::isPartitionPackKey(key) && length <= mxfutil::maxPartitionPackSize;
+        stop_ = stop_ || !first;
+        position_ = MXFTripletPosition::of(*locator_, form_, length);
+        return first;
+    }
+    void endFixedLengthPack(const KLVKey&) override { reached(); }
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
+        stop_ = stop_ || key != klvutil::fillKey;
+        position_ = MXFTripletPosition::of(*locator_, form_, length);
+        return false;
+    }
+    void endIndividualItem(const KLVKey&) override { reached(); }
+    bool startLabel(const KLVKey&) override { return stop(); }
+    bool startUniversalSet(const KLVKey&, std::uint64_t) override { return stop(); }
+    bool startLocalSet(const KLVKey&, std::uint64_t, KLVFieldForm, KLVFieldForm) override { return stop(); }
+    bool startVariableLengthPack(const KLVKey&, std::uint64_t, KLVFieldForm) override { return stop(); }
+    bool startWrapper(const KLVKey&, std::uint64_t, KLVWrapperKind) override { return stop(); }
+    bool getValueBuffer(std::uint64_t, std::uint64_t&, std::uint64_t&, std::uint8_t*&) override { return true; }
+    void value(const std::uint8_t* data, std::uint64_t size) override {
+        octets_.insert(octets_.end(), data, data + size);
+    }
 
 private:
+    bool stop() {
+        stop_ = true;
+        return false;
+    }
+    void reached() {
+        if (!stop_) {
+            headerStart_ = position_.end;
+        }
+    }
+
     bool& stop_;
+    const Locator* locator_ = nullptr;
+    std::uint8_t form_ = klvutil::automaticBERLengthForm;
+    MXFTripletPosition position_;
+    std::vector<std::uint8_t> octets_;
+    std::uint64_t headerStart_ = 0;
 };
 
-/// Keeps the head of the first triplet, where that is a random index pack.
-class RandomIndexPackHead : public DullKLVHandler {
+/// Keeps the size of a random index pack.
+class RandomIndexPackSurvey : public DullKLVHandler {
 public:
-    /// Octets of the whole pack; 0 if there is none.
-    std::uint64_t packSize = 0;
+    std::uint64_t packSize = 0; ///< octets of the whole pack; 0 if there is none
 
     void berLengthForm(std::uint8_t form) override { form_ = form; }
     bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
-        if (key == mxfutil::randomIndexPackKey) {
+        if (key == mxfutil::randomIndexPackKey && length <= mxfutil::maxRandomIndexPackSize) {
             packSize = mxfutil::randomIndexPackSize(form_, length);
         }
         return false;
@@ -98,59 +128,70 @@ private:
 /// A caller's stream for one operation: in a clean state before, and after, however the operation ends.
 class CleanStream {
 public:
-    explicit CleanStream(std::istream& stream) : exceptionsOff_(stream), stream_(stream) { stream_.clear(); }
+    explicit CleanStream(std::istream& stream) : exceptionsOff_(stream), stream_(stream) {
+        stream_.clear();
+        extent_ = klvutil::extentOf(stream_);
+    }
     ~CleanStream() { stream_.clear(); }
     CleanStream(const CleanStream&) = delete;
     CleanStream& operator=(const CleanStream&) = delete;
 
+    const klvutil::StreamExtent& extent() const { return extent_; }
+
+    /// Whether a seek beyond the end fails is up to the stream buffer, so that the end decides.
     void seek(std::uint64_t position) {
-        const bool representable = position <= static_cast<std::uint64_t>(KLVInput::maxPosition);
-        if (!representable || !stream_.seekg(static_cast<std::streamoff>(position))) {
-            throw klvutil::parse_error(klvutil::findings::unsuccessfulSeek, static_cast<std::streamoff>(position));
+        const auto end = static_cast<std::uint64_t>(std::max<std::streamoff>(extent_.end, 0));
+        if (position > end || !stream_.seekg(static_cast<std::streamoff>(position))) {
+            const auto shown = std::min(position, static_cast<std::uint64_t>(KLVInput::maxPosition));
+            throw klvutil::parse_error(klvutil::findings::unsuccessfulSeek, static_cast<std::streamoff>(shown));
         }
     }
 
-    void read(KLVHandler& handler, ErrorHandler* errorHandler, std::uint64_t position, bool& stop) {
+    /// Reads from @p position up to the first triplet boundary at or beyond @p end.
+    void read(KLVHandler& handler, ErrorHandler* errorHandler, std::uint64_t position, std::uint64_t end, bool& stop) {
+        stream_.clear();
         seek(position);
         GenericKLVReader reader;
         reader.setHandler(&handler);
         reader.setErrorHandler(errorHandler);
-        reader.parse(stream_, static_cast<std::streamoff>(position), stop);
+        reader.parse(stream_, static_cast<std::streamoff>(position), static_cast<std::streamoff>(end), stop);
+    }
+
+    /// The same, for what has no say in whether there is anything to report.
+    void survey(KLVHandler& handler, std::uint64_t position, std::uint64_t end, bool& stop) {
+        try {
+            read(handler, nullptr, position, end, stop);
+        } catch (const klvutil::parse_error&) {
+            stop = true;
+        }
     }
 
     /// The position of the random index pack whose overall length ends the stream: where that length leads to the key,
     /// and the length field there leads back to the end.
     bool findRandomIndexPack(std::uint64_t& position) {
-        const klvutil::StreamExtent extent = klvutil::extentOf(stream_);
-        util::require(extent.known(), "successful seekg()");
-        const auto size = static_cast<std::uint64_t>(extent.end);
+        util::require(extent_.canSeek(), "successful seekg()");
+        const auto size = static_cast<std::uint64_t>(extent_.end);
         std::uint8_t octets[mxfutil::overallLengthSize];
         if (size < sizeof octets) {
             return false;
         }
         seek(size - sizeof octets);
-        if (!stream_.read(reinterpret_cast<char*>(octets), sizeof octets)) {
-            return false;
-        }
+        stream_.read(reinterpret_cast<char*>(octets), sizeof octets);
         const std::uint64_t overall = util::loadBigEndian<std::uint32_t>(octets);
-        if (overall > size) {
+        if (!stream_ || overall == 0 || overall > size) {
             return false;
         }
         position = size - overall;
-        RandomIndexPackHead head;
+        RandomIndexPackSurvey head;
         bool stop = false;
-        try {
-            read(head, nullptr, position, stop);
-        } catch (const klvutil::parse_error&) {
-            return false;
-        }
-        stream_.clear();
-        return head.packSize == overall;
+        survey(head, position, position + 1, stop);
+        return !stop && head.packSize == overall;
     }
 
 private:
     klvutil::StreamExceptionsOff exceptionsOff_;
     std::istream& stream_;
+    klvutil::StreamExtent extent_;
 };
 
 } // namespace
@@ -162,13 +203,13 @@ void MXFPartialReader::setInputStream(std::istream* stream) {
 
 std::uint64_t MXFPartialReader::skipRunIn() {
     util::require(stream_ != nullptr, "has stream");
-    const klvutil::StreamExtent extent = klvutil::extentOf(*stream_);
-    if (!extent.known()) {
+    const CleanStream stream(*stream_);
+    if (!stream.extent().canSeek()) {
         const std::streampos position = 0;
         klvutil::reportedStream(errorHandler_, InputLocator(position),
                                 [&] { klvutil::fail(errorHandler_, klvutil::findings::unsuccessfulSeek, position); });
     }
-    base_ = static_cast<std::uint64_t>(extent.position);
+    base_ = static_cast<std::uint64_t>(stream.extent().position);
     MXFRunInSkipper skipper;
     skipper.setErrorHandler(errorHandler_);
     skipper.setStructureHandler(structureHandler_);
@@ -179,24 +220,20 @@ bool MXFPartialReader::readPartition(std::uint64_t position) {
     util::require(stream_ != nullptr, "has stream");
     util::require(position >= base_, "position is in the file");
     CleanStream stream(*stream_);
+    bool stop = false;
+    // Where the body begins is looked up first, so that nothing of it is touched: in a file that is still being
+    // written, its first triplet need not be whole.
+    PackSurvey survey(stop);
+    stream.survey(survey, position, static_cast<std::uint64_t>(KLVInput::maxPosition), stop);
+    stop = false;
     DullMXFStructureHandler dullStructure;
     DullKLVHandler dull;
-    bool stop = false;
     SinglePartitionGrabber grabber(structureHandler_ != nullptr ? *structureHandler_ : dullStructure, stop);
-    StartStreamStopper body(stop);
-    MXFSplitter splitter(&grabber, headerMetadataHandler_ != nullptr ? headerMetadataHandler_ : &dull, &dull, &body,
+    MXFSplitter splitter(&grabber, headerMetadataHandler_ != nullptr ? headerMetadataHandler_ : &dull, &dull, &dull,
                          false);
     splitter.setErrorHandler(errorHandler_);
     splitter.setBase(base_);
-    try {
-        stream.read(splitter, errorHandler_, position, stop);
-    } catch (const klvutil::parse_error&) {
-        // What comes after the partition's own content may be cut off, as in a file that is still being written.
-        if (!stop) {
-            throw;
-        }
-    }
-    grabber.finish();
+    stream.read(splitter, errorHandler_, position, std::max(survey.bodyStart(), position + 1), stop);
     return grabber.grabbed();
 }
 
@@ -212,6 +249,6 @@ bool MXFPartialReader::readRandomIndexPack() {
     MXFSplitter splitter(structureHandler_, &dull, &dull, &dull, false);
     splitter.setErrorHandler(errorHandler_);
     bool stop = false;
-    stream.read(splitter, errorHandler_, position, stop);
+    stream.read(splitter, errorHandler_, position, position + 1, stop);
     return true;
 }

@@ -26,7 +26,7 @@ void MXFReader::read(std::istream& stream) {
     reader.setErrorHandler(errorHandler_);
 
     const klvutil::StreamExtent extent = klvutil::extentOf(stream);
-    const std::streamoff base = extent.known() ? extent.position : 0;
+    const std::streamoff base = extent.canTell() ? extent.position : 0;
     std::uint64_t runIn = 0;
     MXFRunInSkipper skipper;
     if (skipRunIn_) {

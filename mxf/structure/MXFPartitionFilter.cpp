@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "klv/ErrorHandler.h"
 #include "klv/internal/KLVValueDelivery.h"
 #include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFStructureFindings.h"
@@ -63,6 +64,9 @@ void MXFPartitionFilter::startStream(bool accurateLengths) {
     form_ = klvutil::automaticBERLengthForm;
     depth_ = 0;
     tracker_->start(0);
+    if (ErrorHandler* const errorHandler = tracker_->errorHandler()) {
+        errorHandler->setLocator(tracker_->locator());
+    }
     tracker_->structureHandler().startStructure();
     next().startStream(accurateLengths);
 }

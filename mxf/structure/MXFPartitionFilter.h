@@ -27,7 +27,8 @@ public:
     MXFPartitionFilter(const MXFPartitionFilter&) = delete;
     MXFPartitionFilter& operator=(const MXFPartitionFilter&) = delete;
 
-    /// Where findings go; not owned. Without one, nothing is reported.
+    /// Where findings go; not owned. Without one, nothing is reported. At the start of a stream it gets the locator of
+    /// getLocator.
     void setErrorHandler(ErrorHandler* errorHandler);
 
     /// Shows what the stream's own locator shows, and the pack while its partition is told of: for a structure handler

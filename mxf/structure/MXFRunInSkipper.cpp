@@ -24,12 +24,12 @@ std::uint64_t MXFRunInSkipper::skip(std::istream& stream) {
     prefix_.clear();
     const klvutil::StreamExceptionsOff exceptionsOff(stream);
     const klvutil::StreamExtent extent = klvutil::extentOf(stream);
-    std::streampos position = extent.known() ? extent.position : 0;
+    std::streampos position = extent.canTell() ? extent.position : 0;
     const InputLocator locator(position);
     std::uint64_t runIn = 0;
     klvutil::reportedStream(errorHandler_, locator, [&] {
         runIn = search(stream, position);
-        if (!extent.known()) {
+        if (!extent.canSeek()) {
             prefix_.assign(partitionPackPrefix.begin(), partitionPackPrefix.end());
         } else if (!stream.seekg(extent.position + static_cast<std::streamoff>(runIn))) {
             klvutil::fail(errorHandler_, klvutil::findings::unsuccessfulSeek, position);

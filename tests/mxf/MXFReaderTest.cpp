@@ -293,6 +293,8 @@ TEST(MXFSplitter, RandomIndexPacks) {
               Log{"warning incorrect random index value @144"});
     const Log tooLong = after(key + octets::length(1U << 25U, 0x84) + std::string(1U << 25U, '\0'));
     EXPECT_EQ(tooLong.at(0).substr(0, 31), "error invalid random index pack");
+    EXPECT_EQ(after(key + octets::length(1U << 25U, 0x84) + "cut").at(0).substr(0, 31),
+              "error invalid random index pack");
     // No entries, no call: then it counts as missing.
     const std::string empty = klv(mxfutil::randomIndexPackKey, octets::of({0, 0, 0, 24}));
     EXPECT_EQ(after(empty).back().substr(0, 26), "error missing random index");
@@ -339,40 +341,62 @@ TEST(MXFSplitter, StopsAndTakesTheNextStream) {
     EXPECT_EQ(log.at(7), "B form 132 @312");
 }
 
+/// Behind each partition's own content there is damage, or nothing yet. None of it matters, and none of it is reported.
 TEST(MXFPartialReader, NeedsNoMoreThanThePartition) {
-    FileBuilder b;
-    b.pack.footerPartition = 1;
-    b.partition(Kind::Header, set, {}, picture + "no triplet").partition(Kind::Body, set);
-    const std::uint64_t cutPack = b.file.size();
-    const std::string start = b.file + octets::key(mxfutil::partitionPackKey(Kind::Body, Status::OpenComplete)) +
-                              octets::length(87) + std::string(87, ' ');
-    b.file = start;
-    b.partition(Kind::Body, {}, {}, picture + "no triplet", Status::GenericStream).partition(Kind::Body, set);
-    b.file.resize(b.file.size() - 1);
-    for (const std::ios::iostate mask : {std::ios::goodbit, std::ios::failbit | std::ios::badbit | std::ios::eofbit}) {
-        std::istringstream stream(b.file);
-        stream.exceptions(mask);
-        Log log;
-        StructureRecorder structure(log);
-        MXFPartialReader reader;
-        reader.setInputStream(&stream);
-        reader.setStructureHandler(&structure);
-        for (const std::size_t partition : {0U, 1U, 2U}) { // up to garbage, a pack that is cut, a generic stream
-            log.clear();
-            EXPECT_TRUE(reader.readPartition(b.randomIndex[partition].byteOffset));
-            EXPECT_EQ(log.size(), 4U);
-            EXPECT_EQ(log.back(), "endStructure");
-        }
-        for (const std::uint64_t position : {b.randomIndex[3].byteOffset, cutPack}) {
-            EXPECT_THROW(reader.readPartition(position), klvutil::parse_error);
-            EXPECT_EQ(stream.tellg() >= 0, true);
-            EXPECT_EQ(stream.exceptions(), mask);
+    const std::string cutPack = octets::key(mxfutil::partitionPackKey(Kind::Body, Status::OpenComplete)) +
+                                octets::length(87) + std::string(87, ' ');
+    const std::string cutElement = octets::key(keys::picture) + octets::length(1000) + "abc";
+    const std::ios::iostate all = std::ios::failbit | std::ios::badbit | std::ios::eofbit;
+    for (const std::string& behind :
+         {std::string(), std::string("no triplet"), picture.substr(0, 5), cutElement, cutPack}) {
+        for (const Status status : {Status::ClosedComplete, Status::GenericStream}) {
+            for (const std::string& header : {std::string(), set}) {
+                FileBuilder b;
+                b.fillAfterPack = header.empty() ? "" : fill;
+                b.partition(Kind::Body, header, {}, behind, status);
+                std::istringstream stream("12345" + b.file);
+                stream.exceptions(all);
+                Log log;
+                StructureRecorder structure(log);
+                FindingRecorder errors(log);
+                MXFPartialReader reader;
+                reader.setInputStream(&stream);
+                reader.setStructureHandler(&structure);
+                reader.setErrorHandler(&errors);
+                EXPECT_TRUE(reader.readPartition(5));
+                EXPECT_EQ(log.size(), 4U) << joined(log);
+                EXPECT_EQ(errors.open, 0);
+                EXPECT_EQ(stream.exceptions(), all);
+                EXPECT_EQ(stream.rdstate(), std::ios::goodbit);
+            }
         }
     }
-    std::istringstream growing(b.file.substr(0, 124 + set.size() + 21));
+}
+
+/// What is wrong with the partition itself is said, and thrown where nobody listens.
+TEST(MXFPartialReader, TellsWhatIsWrongWithThePartition) {
+    FileBuilder b;
+    b.partition(Kind::Header, set + set, {}, picture);
+    std::istringstream stream(b.file.substr(0, b.file.size() - picture.size() - set.size()));
+    stream.exceptions(std::ios::failbit);
+    Log log;
+    FindingRecorder errors(log);
     MXFPartialReader reader;
-    reader.setInputStream(&growing);
+    reader.setInputStream(&stream);
+    EXPECT_THROW(reader.readPartition(0), klvutil::parse_error);
+    reader.setErrorHandler(&errors);
     EXPECT_TRUE(reader.readPartition(0));
+    EXPECT_EQ(joined(log), "error incorrect headerByteCount @144");
+    log.clear();
+    EXPECT_THROW(reader.readPartition(124), klvutil::parse_error);
+    EXPECT_EQ(log.at(0).substr(0, 26), "error unexpected local set");
+    EXPECT_THROW(reader.readPartition(1000), klvutil::parse_error);
+    EXPECT_FALSE(reader.readPartition(144)); // nothing there yet
+    stream.seekg(50);
+    EXPECT_THROW(reader.skipRunIn(), klvutil::parse_error);
+    EXPECT_EQ(log.back(), "fatal invalid run-in @144");
+    EXPECT_EQ(stream.rdstate(), std::ios::goodbit);
+    EXPECT_EQ(errors.open, 0);
 }
 
 TEST(MXFPartialReader, ReadsPartitionsAndRandomIndex) {
@@ -416,6 +440,12 @@ TEST(MXFPartialReader, ReadsPartitionsAndRandomIndex) {
         const bool inVersion = octet == 60 - 7;
         EXPECT_EQ(reader.readRandomIndexPack(), inEntries || inVersion) << octet;
         EXPECT_EQ(log.empty(), !(inEntries || inVersion));
+    }
+    const FileBuilder empty = FileBuilder().partition(Kind::Header, set);
+    for (const std::string& end : {std::string(4, '\0'), std::string("\0\0\0\x14", 4)}) {
+        std::istringstream none(empty.file + end);
+        reader.setInputStream(&none);
+        EXPECT_FALSE(reader.readRandomIndexPack());
     }
     std::istringstream tiny("abc");
     reader.setInputStream(&tiny);
@@ -478,6 +508,17 @@ TEST(Damage, PacksWithEachOctetFlipped) {
     // What nothing contradicts cannot be found: of each pack the versions of its keys and labels, the status, the KAG
     // size, the labels themselves, and the octets of the fill.
     EXPECT_LT(clean, offsets.size() * 3 * 2 / 3);
+}
+
+/// A std::ifstream lets itself be sought beyond its end.
+TEST(Damage, SkipsBeyondTheEndOfARealFile) {
+    const std::string path = testing::TempDir() + "bryx_cut.mxf";
+    FileBuilder b;
+    b.partition(Kind::Header, {}, {}, klv(keys::picture, std::string(50000, 'x')));
+    std::ofstream(path, std::ios::binary) << b.file.substr(0, 20000);
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(Reading(file, true, false).log.back(), "parse_error unsuccessful seekg() @124");
+    std::filesystem::remove(path);
 }
 
 class Samples : public testing::TestWithParam<std::filesystem::path> {};

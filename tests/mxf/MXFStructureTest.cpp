@@ -316,7 +316,7 @@ TEST(MXFPartitionFilter, TellsPartitionsAndPassesEveryEventOn) {
     Log plain;
     Log filtered;
     Log told;
-    const auto parse = [&](Log& log, bool filter) {
+    const auto parse = [&](Log& log, bool filter, bool wants) {
         EventRecorder recorder(log);
         StructureRecorder structure(told);
         FindingRecorder errors(told);
@@ -325,6 +325,7 @@ TEST(MXFPartitionFilter, TellsPartitionsAndPassesEveryEventOn) {
         partitions.setErrorHandler(&errors);
         validator.setErrorHandler(&errors);
         validator.setLocator(partitions.getLocator());
+        recorder.wants = wants;
         partitions.setHandler(&recorder);
         GenericKLVReader reader;
         reader.setErrorHandler(&errors);
@@ -333,7 +334,10 @@ TEST(MXFPartitionFilter, TellsPartitionsAndPassesEveryEventOn) {
         reader.parse(stream, 0);
         return recorder.values;
     };
-    EXPECT_EQ(parse(plain, false), parse(filtered, true));
+    EXPECT_EQ(parse(plain, false, false), parse(filtered, true, false));
+    EXPECT_EQ(plain, filtered);
+    told.clear();
+    EXPECT_EQ(parse(plain, false, true), parse(filtered, true, true));
     EXPECT_EQ(plain, filtered);
     EXPECT_EQ(told, (Log{"startStructure", "partition 2 0 149", "/partition 2", "partition 3 203 352", "/partition 3",
                          "partition 4 397 546", "/partition 4", "randomIndex 3",

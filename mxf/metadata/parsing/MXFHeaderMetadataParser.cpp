@@ -11,7 +11,7 @@ namespace findings = mxfutil::findings;
 namespace {
 
 /// The longest value of a primer pack that is read: room for every tag, with entries twice as long as they are.
-constexpr std::uint64_t maxPrimerPackSize = 8 + 65536 * 2 * mxfutil::primerEntrySize;
+constexpr std::uint64_t maxPrimerPackSize = 8 + mxfutil::primerEntrySize * 2 * 65536;
 
 } // namespace
 

@@ -26,6 +26,9 @@ bool MXFPartitionTracker::startPack(Pack pack, std::uint64_t length, const MXFTr
     const std::uint64_t longest =
         pack == Pack::Partition ? mxfutil::maxPartitionPackSize : mxfutil::maxRandomIndexPackSize;
     collecting_ = length <= longest ? pack : Pack::None;
+    if (!collecting() && pack == Pack::RandomIndex) {
+        klvutil::report(errorHandler_, findings::invalidRandomIndexPack);
+    }
     return collecting();
 }
 
@@ -40,7 +43,6 @@ bool MXFPartitionTracker::endPack(const KLVKey& key, std::uint8_t form) {
         return pending_;
     }
     if (collected == Pack::None) {
-        klvutil::report(errorHandler_, findings::invalidRandomIndexPack, toString(key));
         return true;
     }
     MXFRandomIndex index;

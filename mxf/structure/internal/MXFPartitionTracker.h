@@ -33,7 +33,8 @@ public:
     void start(std::uint64_t base);
 
     /// A pack with a value of @p length octets starts; the partition that was open has been closed.
-    /// @return whether the value is wanted; not so if it is longer than such a pack can be
+    /// @return whether the value is wanted; not so if it is longer than such a pack can be, which is reported of a
+    ///     random index pack
     bool startPack(Pack pack, std::uint64_t length, const MXFTripletPosition& position);
     bool collecting() const { return collecting_ != Pack::None; }
     void value(const std::uint8_t* data, std::uint64_t size) { octets_.insert(octets_.end(), data, data + size); }
@@ -41,7 +42,7 @@ public:
 
     /// The pack ends. A random index is told of now, a partition when it is opened.
     /// @param form the BER length form of the pack
-    /// @return false if it is a partition pack that cannot be read; a random index pack is reported here
+    /// @return false if it is a partition pack that cannot be read
     bool endPack(const KLVKey& key, std::uint8_t form);
 
     /// Whether a partition pack has been read whose partition has not been opened.
