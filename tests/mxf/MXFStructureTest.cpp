@@ -128,7 +128,7 @@ Log findings(Kind kind, const std::function<void(MXFPartitionPack&)>& change) {
         frame.partition(Kind::Header, 0);
     }
     frame.log.clear();
-    frame.partition(kind, kind == Kind::Header ? 0 : 1000, [&](MXFPartitionPack& pack) { change(pack); });
+    frame.partition(kind, kind == Kind::Header ? 0 : 1000, change);
     frame.log.resize(frame.log.size() - 2);
     return frame.log;
 }
@@ -145,38 +145,37 @@ TEST(MXFStructureValidator, AWholeFileIsForwardedWithoutAFinding) {
 }
 
 TEST(MXFStructureValidator, FieldsOfAPack) {
-    const auto one = [](Kind kind, const std::function<void(MXFPartitionPack&)>& change) {
-        const Log log = findings(kind, change);
-        return log.size() == 1 ? log[0].substr(0, log[0].find(" @")) : "findings: " + std::to_string(log.size());
-    };
     using Pack = MXFPartitionPack;
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.minorVersion = 2; }),
-              "warning earlier version - 1.2 (implemented 1.3)");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.minorVersion = 4; }), "warning later version - 1.4 (implemented 1.3)");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.majorVersion = 2; }),
-              "error incompatible version - 2.3 (implemented 1.3)");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.majorVersion = 0; }), "error invalid version - 0.3 (implemented 1.3)");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.thisPartition = 1; }), "warning incorrect thisPartition");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.previousPartition = 1; }), "warning incorrect previousPartition");
-    EXPECT_EQ(one(Kind::Body, [](Pack& p) { p.footerPartition = 2000; }), "warning inconsistent footerPartition");
-    EXPECT_EQ(one(Kind::Body, [](Pack& p) { p.footerPartition = 0; }), "findings: 0");
-    EXPECT_EQ(one(Kind::Footer, [](Pack& p) { p.footerPartition = 0; }), "warning incorrect footerPartition");
-    EXPECT_EQ(one(Kind::Footer, [](Pack& p) { p.bodySID = 1; }), "warning non-zero bodySID in footer");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.bodyOffset = 1; }), "warning inconsistent bodySID and bodyOffset");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.indexSID = 1; }), "warning inconsistent indexSID and indexByteCount");
-    EXPECT_EQ(one(Kind::Header, [](Pack& p) { p.indexByteCount = 1; }),
-              "warning inconsistent indexSID and indexByteCount");
+    const auto expect = [](Kind kind, const std::string& finding, const std::function<void(Pack&)>& change) {
+        const Log log = findings(kind, change);
+        EXPECT_EQ(log.empty() ? "" : log[0].substr(0, log[0].find(" @")), finding);
+        EXPECT_LE(log.size(), 1U) << finding;
+    };
+    const std::string implemented = " (implemented 1.3)";
+    expect(Kind::Header, "warning earlier version - 1.2" + implemented, [](Pack& p) { p.minorVersion = 2; });
+    expect(Kind::Header, "warning later version - 1.4" + implemented, [](Pack& p) { p.minorVersion = 4; });
+    expect(Kind::Header, "error incompatible version - 2.3" + implemented, [](Pack& p) { p.majorVersion = 2; });
+    expect(Kind::Header, "error invalid version - 0.3" + implemented, [](Pack& p) { p.majorVersion = 0; });
+    expect(Kind::Header, "warning incorrect thisPartition", [](Pack& p) { p.thisPartition = 1; });
+    expect(Kind::Header, "warning incorrect previousPartition", [](Pack& p) { p.previousPartition = 1; });
+    expect(Kind::Body, "warning inconsistent footerPartition", [](Pack& p) { p.footerPartition = 2000; });
+    expect(Kind::Body, "", [](Pack& p) { p.footerPartition = 0; });
+    expect(Kind::Footer, "warning incorrect footerPartition", [](Pack& p) { p.footerPartition = 0; });
+    expect(Kind::Footer, "warning non-zero bodySID in footer", [](Pack& p) { p.bodySID = 1; });
+    expect(Kind::Header, "warning inconsistent bodySID and bodyOffset", [](Pack& p) { p.bodyOffset = 1; });
+    expect(Kind::Header, "warning inconsistent indexSID and indexByteCount", [](Pack& p) { p.indexSID = 1; });
+    expect(Kind::Header, "warning inconsistent indexSID and indexByteCount", [](Pack& p) { p.indexByteCount = 1; });
     const auto counts = [](std::uint32_t kag, std::uint64_t header, std::uint64_t index) {
         return [=](Pack& p) {
             p.kagSize = kag;
             p.headerByteCount = header;
             p.indexByteCount = index;
-            p.indexSID = index == 0 ? 0 : 2;
+            p.indexSID = 2;
         };
     };
-    EXPECT_EQ(one(Kind::Header, counts(512, 513, 1024)), "warning headerByteCount is not a multiple of kagSize");
-    EXPECT_EQ(one(Kind::Header, counts(512, 512, 5)), "warning indexByteCount is not a multiple of kagSize");
-    EXPECT_EQ(one(Kind::Header, counts(0, 513, 5)), "findings: 0");
+    expect(Kind::Header, "warning headerByteCount is not a multiple of kagSize", counts(512, 513, 1024));
+    expect(Kind::Header, "warning indexByteCount is not a multiple of kagSize", counts(512, 512, 5));
+    expect(Kind::Header, "", counts(0, 513, 5));
 
     // The footer is where the last announcement says, and the pack before is where it really stands.
     const auto announce = [](std::uint64_t at) { return [=](Pack& p) { p.footerPartition = at; }; };
