@@ -1,25 +1,49 @@
 #include "klv/Finding.h"
 
+#include <utility>
+
 #include "klv/ErrorHandler.h"
 
 namespace klvutil {
 
+namespace {
+
+std::string withDetail(std::string message, const std::string& detail) {
+    return detail.empty() ? message : message + " - " + detail;
+}
+
+void send(ErrorHandler& errorHandler, const Finding& finding, const std::string& message) {
+    switch (finding.level) {
+    case FindingLevel::warning:
+        return errorHandler.warning(finding.id, message);
+    case FindingLevel::error:
+        return errorHandler.error(finding.id, message);
+    case FindingLevel::fatal:
+        return errorHandler.fatalError(finding.id, message);
+    }
+}
+
+} // namespace
+
 std::string describe(const Finding& finding, const std::string& detail) {
-    return detail.empty() ? finding.message : finding.message + (" - " + detail);
+    return withDetail(finding.message, detail);
+}
+
+std::string describe(const Finding& finding, const std::string& subject, const std::string& detail) {
+    std::string message = finding.message;
+    message.replace(message.find('%'), 1, subject);
+    return withDetail(std::move(message), detail);
 }
 
 void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& detail) {
-    if (errorHandler == nullptr) {
-        return;
+    if (errorHandler != nullptr) {
+        send(*errorHandler, finding, describe(finding, detail));
     }
-    const std::string message = describe(finding, detail);
-    switch (finding.level) {
-    case FindingLevel::warning:
-        return errorHandler->warning(finding.id, message);
-    case FindingLevel::error:
-        return errorHandler->error(finding.id, message);
-    case FindingLevel::fatal:
-        return errorHandler->fatalError(finding.id, message);
+}
+
+void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& subject, const std::string& detail) {
+    if (errorHandler != nullptr) {
+        send(*errorHandler, finding, describe(finding, subject, detail));
     }
 }
 

@@ -37,8 +37,13 @@ constexpr util::uuid findingId(util::uuid base, std::uint8_t index) noexcept {
 /// The text reported for @p finding: its message, followed by " - " and @p detail when there is a detail.
 BRYX_API std::string describe(const Finding& finding, const std::string& detail = {});
 
+/// The text reported for a finding whose message names what it is about with a "%", in whose place @p subject stands.
+BRYX_API std::string describe(const Finding& finding, const std::string& subject, const std::string& detail);
+
 /// Reports @p finding to @p errorHandler at the finding's level; does nothing when there is no handler.
 BRYX_API void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& detail = {});
+BRYX_API void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& subject,
+                     const std::string& detail);
 
 } // namespace klvutil
 

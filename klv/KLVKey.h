@@ -36,6 +36,23 @@ BRYX_API std::string toString(const KLVKey& key);
 
 namespace klvutil {
 
+/// The key that @p text writes as toString() does, without the "urn:smpte:ul:": four groups of eight lower-case
+/// hexadecimal digits with points between them. For constants; any other text is taken for what its digits give.
+constexpr KLVKey key(const char (&text)[36]) {
+    KLVKey result;
+    std::size_t digits = 0;
+    for (std::size_t i = 0; i < 35; ++i) {
+        const char c = text[i];
+        if (c != '.') {
+            const auto digit = static_cast<std::uint8_t>(c <= '9' ? c - '0' : c - 'a' + 10);
+            std::uint8_t& octet = result[digits / 2];
+            octet = static_cast<std::uint8_t>(octet << 4U | digit);
+            ++digits;
+        }
+    }
+    return result;
+}
+
 /// The key of a KLV fill item (ST 377-1), as the library writes it. Compare with ==: the version does not matter.
 inline constexpr KLVKey fillKey{
     {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x01, 0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00}};

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "util/hex.h"
+#include "util/utc_clock.h"
 #include "util/uuid.h"
 
 std::string toString(const MXFUID& uid) {
@@ -34,4 +35,25 @@ std::tm klvutil::toCalendarTime(const MXFTimestamp& timestamp) {
     time.tm_sec = timestamp.second;
     time.tm_isdst = 0;
     return time;
+}
+
+MXFTimestamp klvutil::currentTimestamp() {
+    const util::UTCTime now = util::currentUTCTime();
+    MXFTimestamp result;
+    result.year = static_cast<std::int16_t>(now.calendar.tm_year + 1900);
+    result.month = static_cast<std::uint8_t>(now.calendar.tm_mon + 1);
+    result.day = static_cast<std::uint8_t>(now.calendar.tm_mday);
+    result.hour = static_cast<std::uint8_t>(now.calendar.tm_hour);
+    result.minute = static_cast<std::uint8_t>(now.calendar.tm_min);
+    result.second = static_cast<std::uint8_t>(now.calendar.tm_sec > 59 ? 59 : now.calendar.tm_sec); // a leap second
+    result.quarterMilli = static_cast<std::uint8_t>(now.milliseconds / 4);
+    return result;
+}
+
+std::string toString(const MXFProductVersion& version) {
+    std::string text;
+    MXFProductVersion::fields(version, [&](const char*, auto number) {
+        text += (text.empty() ? "" : ".") + std::to_string(static_cast<unsigned>(number));
+    });
+    return text;
 }

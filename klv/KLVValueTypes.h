@@ -98,6 +98,9 @@ namespace klvutil {
 /// sub-second part is dropped; day of the week and of the year are left 0.
 BRYX_API std::tm toCalendarTime(const MXFTimestamp& timestamp);
 
+/// The current time of the system's clock, in UTC.
+BRYX_API MXFTimestamp currentTimestamp();
+
 } // namespace klvutil
 
 /// A product version (ST 377-1).
@@ -134,3 +137,6 @@ struct MXFProductVersion {
     }
     friend bool operator!=(const MXFProductVersion& a, const MXFProductVersion& b) noexcept { return !(a == b); }
 };
+
+/// The five numbers with points between them, as in "4.15.0.143.1".
+BRYX_API std::string toString(const MXFProductVersion& version);

@@ -59,7 +59,11 @@ class OctetWriter {
 public:
     explicit OctetWriter(std::vector<std::uint8_t>& octets) noexcept : octets_(octets) {}
 
-    void put(const std::uint8_t* data, std::size_t size) { octets_.insert(octets_.end(), data, data + size); }
+    void put(const std::uint8_t* data, std::size_t size) {
+        const std::size_t end = octets_.size();
+        octets_.resize(end + size);
+        std::copy(data, data + size, octets_.begin() + static_cast<std::ptrdiff_t>(end));
+    }
 
     template <class T>
     void write(const T& value);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 #include "util/Api.h"
 
@@ -12,14 +13,14 @@ namespace util {
 /// what() is "assertion failure: " followed by the condition that should have held, such as "handler is present".
 class BRYX_API assertion_failure : public std::runtime_error {
 public:
-    explicit assertion_failure(const char* condition);
+    explicit assertion_failure(const std::string& condition);
     assertion_failure(const assertion_failure&) = default;
     assertion_failure& operator=(const assertion_failure&) = default;
     ~assertion_failure() override;
 };
 
 /// Throws assertion_failure with the given condition text.
-[[noreturn]] BRYX_API void failAssertion(const char* condition);
+[[noreturn]] BRYX_API void failAssertion(const std::string& condition);
 
 /// Throws assertion_failure with the text of @p condition unless @p holds.
 inline void require(bool holds, const char* condition) {

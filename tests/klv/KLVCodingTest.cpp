@@ -10,6 +10,7 @@
 #include "klv/KLVValueTypes.h"
 #include "klv/ValueCoding.h"
 #include "mxf/engines/MXFEngineFindings.h"
+#include "mxf/metadata/parsing/MXFMetadataFindings.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
@@ -146,6 +147,7 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
     BRYX_KLV_FINDINGS(ADD)
     BRYX_STRUCTURE_FINDINGS(ADD)
     BRYX_PRIMER_FINDINGS(ADD)
+    BRYX_METADATA_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD
     for (const auto& [id, message] : byId) {

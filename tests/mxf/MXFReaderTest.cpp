@@ -1,7 +1,5 @@
 #include "mxf/engines/MXFReader.h"
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -13,6 +11,7 @@
 #include "mxf/engines/MXFSplitter.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
+#include "support/Samples.h"
 #include "support/Streams.h"
 #include "util/assertion_failure.h"
 
@@ -21,24 +20,6 @@ using Kind = MXFPartitionKind;
 using Status = MXFPartitionStatus;
 
 namespace {
-
-/// The MXF files in the folder that BRYX_SAMPLES names.
-std::vector<std::filesystem::path> sampleFiles() {
-    std::vector<std::filesystem::path> files;
-    if (const char* folder = std::getenv("BRYX_SAMPLES")) {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.path().extension() == ".mxf") {
-                files.push_back(entry.path());
-            }
-        }
-    }
-    return files;
-}
-
-std::string contents(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Everything that reading @p stream calls, in one log.
 struct Reading {

@@ -2,35 +2,27 @@
 
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "mxf/metadata/model/MetadataObject.h"
+#include "mxf/metadata/parsing/MXFSetFactory.h"
+#include "support/Failure.h"
 #include "support/Octets.h"
-#include "util/assertion_failure.h"
 
 namespace {
 
 class Set : public MetadataObject {
+    BRYX_SET(Set, MetadataObject, "060e2b34.02530101.0f000000.00000000");
+
 public:
     using MetadataRoot::releaseOwnership;
     using MetadataRoot::takeOwnership;
     void swap(const std::shared_ptr<Set>& removed, const std::shared_ptr<Set>& added) { swapOwnership(removed, added); }
 };
 
-/// The condition that @p action fails.
-template <class Action>
-std::string failure(Action action) {
-    try {
-        action();
-        return "none";
-    } catch (const util::assertion_failure& e) {
-        return std::string(e.what()).substr(19);
-    }
-}
-
 } // namespace
 
 TEST(MetadataRoot, Ownership) {
-    const auto root = std::make_shared<Set>();
-    const auto a = std::make_shared<Set>();
-    const auto b = std::make_shared<Set>();
+    const auto root = Set::create();
+    const auto a = Set::create();
+    const auto b = Set::create();
     EXPECT_NE(root->getInstanceUID(), a->getInstanceUID());
     EXPECT_NE(BRYXDefaultUIDGenerator().generateUID(), BRYXDefaultUIDGenerator().generateUID());
     root->takeOwnership(a);
@@ -41,15 +33,16 @@ TEST(MetadataRoot, Ownership) {
     EXPECT_EQ(failure([&] { b->takeOwnership(root); }), "object does not own this");
     EXPECT_EQ(failure([&] { root->takeOwnership(root); }), "object does not own this");
     EXPECT_EQ(failure([&] { root->releaseOwnership(b); }), "current owner is this");
-    const auto c = std::make_shared<Set>();
+    const auto c = Set::create();
     EXPECT_EQ(failure([&] { root->swap(a, b); }), "object is not owned");
     EXPECT_EQ(a->getOwner(), root); // nothing has changed
     root->swap(a, c);
     EXPECT_FALSE(a->hasOwner());
     EXPECT_EQ(c->getOwner(), root);
-    Set loose;
+    class Loose : public Set {};
+    Loose loose;
     EXPECT_THROW(loose.takeOwnership(a), std::bad_weak_ptr);
-    auto owner = std::make_shared<Set>();
+    auto owner = Set::create();
     owner->takeOwnership(a);
     owner.reset();
     EXPECT_FALSE(a->hasOwner()); // the owner is gone
@@ -57,8 +50,8 @@ TEST(MetadataRoot, Ownership) {
 }
 
 TEST(MetadataRoot, DarkPropertiesAndOptionalValues) {
-    const auto set = std::make_shared<Set>();
-    const auto target = std::make_shared<Set>();
+    const auto set = Set::create();
+    const auto target = Set::create();
     const KLVKey key = keys::item;
     KLVKey otherVersion = key;
     otherVersion[7] = 9;

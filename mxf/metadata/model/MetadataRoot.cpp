@@ -1,5 +1,7 @@
 #include "mxf/metadata/model/MetadataRoot.h"
 
+#include <algorithm>
+
 #include "util/assertion_failure.h"
 #include "util/fresh_uuid.h"
 
@@ -62,6 +64,17 @@ std::shared_ptr<MetadataRoot> MetadataRoot::getReferenceDarkProperty(const KLVKe
     const auto* const target = std::get_if<std::shared_ptr<MetadataRoot>>(&darkValue(key));
     require(target != nullptr, "property is a reference");
     return *target;
+}
+
+bool MetadataRoot::isMissing(const KLVKey& label) const noexcept {
+    return std::find(missing_.begin(), missing_.end(), label) != missing_.end();
+}
+
+void MetadataRoot::forgetReading(const KLVKey& label) {
+    if (dark_.find(label) != dark_.end()) {
+        removeDarkProperty(label);
+    }
+    missing_.erase(std::remove(missing_.begin(), missing_.end(), label), missing_.end());
 }
 
 std::streampos MetadataRoot::present(const boost::optional<std::streampos>& position) {

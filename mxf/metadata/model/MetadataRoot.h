@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ios>
 #include <map>
@@ -11,6 +12,7 @@
 
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
+#include "mxf/metadata/model/MXFSetDeclaration.h"
 #include "util/Api.h"
 
 /// A set of header metadata (ST 377-1 §9): the base of the classes of all sets.
@@ -30,9 +32,17 @@ public:
     using DarkValue = std::variant<std::vector<std::uint8_t>, std::shared_ptr<MetadataRoot>>;
     using DarkProperties = std::map<KLVKey, DarkValue>;
 
+    /// The name of the class in messages.
+    static constexpr const char* className = "MetadataRoot";
+    /// Whether sets of the class may also be coded with BER item lengths, as those that hold long texts.
+    static constexpr bool allowsBERLengths = false;
+
     virtual ~MetadataRoot();
     MetadataRoot(const MetadataRoot&) = delete;
     MetadataRoot& operator=(const MetadataRoot&) = delete;
+
+    /// The class of the set: its name, its key and its properties, for working with sets whatever class they have.
+    virtual const MXFSetDescription& getDescription() const = 0;
 
     /// Identifies the set in its file; a fresh UUID unless set.
     const MXFUID& getInstanceUID() const noexcept { return instanceUID_; }
@@ -57,6 +67,9 @@ public:
     /// All dark properties, in the order of their keys.
     DarkProperties::const_iterator beginDarkProperties() const noexcept { return dark_.begin(); }
     DarkProperties::const_iterator endDarkProperties() const noexcept { return dark_.end(); }
+
+    /// Whether a required property was missing where the set was read, and has not been set since.
+    bool isMissing(const KLVKey& label) const noexcept;
 
     /// Where the set was read: the stream position of the first octet of its key, and of the octet after it. Each is
     /// absent in a set that was not read; getting it then fails the requirement "streampos is present".
@@ -87,7 +100,67 @@ protected:
     /// Both at once, after all requirements have been checked. Either set may be empty.
     void swapOwnership(const std::shared_ptr<MetadataRoot>& removed, const std::shared_ptr<MetadataRoot>& added);
 
+    // What the accessors of derived classes do with their members.
+
+    template <class Member, class Value>
+    void assign(Member& member, const Value& value) {
+        member = value;
+    }
+    template <class Target>
+    void assign(std::shared_ptr<Target>& member, const std::shared_ptr<Target>& target) {
+        swapOwnership(member, target);
+        member = target;
+    }
+    template <class Value>
+    void clear(boost::optional<Value>& member) {
+        member = boost::none;
+    }
+    template <class Target>
+    void clear(boost::optional<std::vector<std::shared_ptr<Target>>>& member) {
+        while (!mxfutil::detail::elements(member).empty()) {
+            removeElement(member, member->size() - 1);
+        }
+        member = boost::none;
+    }
+    template <class Target>
+    void clear(std::shared_ptr<Target>& member) {
+        assign(member, std::shared_ptr<Target>());
+    }
+    template <class Target>
+    void clear(std::weak_ptr<Target>& member) {
+        member.reset();
+    }
+    template <class Member, class Target>
+    void insertElement(Member& member, std::size_t index, const std::shared_ptr<Target>& target) {
+        takeOwnership(target);
+        try {
+            auto& list = mxfutil::detail::writableElements(member);
+            list.insert(list.begin() + static_cast<std::ptrdiff_t>(index), target);
+        } catch (...) {
+            releaseOwnership(target);
+            throw;
+        }
+    }
+    template <class Member>
+    void removeElement(Member& member, std::size_t index) {
+        auto& list = mxfutil::detail::writableElements(member);
+        releaseOwnership(list[index]);
+        list.erase(list.begin() + static_cast<std::ptrdiff_t>(index));
+    }
+
+    /// A property has been set: what was kept of it because it could not be read, or was missing, is past.
+    void wasSet(const MXFPropertyLabel& property) {
+        if (!dark_.empty() || !missing_.empty()) {
+            forgetReading(property.label());
+        }
+    }
+
 private:
+    friend class MetadataRootFactory; // which notes what it could not read
+    friend class dangling_ref_base;   // which gives references their targets
+
+    void setMissing(const KLVKey& label) { missing_.push_back(label); }
+    void forgetReading(const KLVKey& label);
     void swapOwnership(const KLVKey& key, const std::shared_ptr<MetadataRoot>& added);
     const DarkValue& darkValue(const KLVKey& key) const;
     static std::streampos present(const boost::optional<std::streampos>& position);
@@ -95,6 +168,7 @@ private:
     std::weak_ptr<MetadataRoot> owner_;
     MXFUID instanceUID_;
     DarkProperties dark_;
+    std::vector<KLVKey> missing_; ///< labels of required properties
     boost::optional<std::streampos> start_;
     boost::optional<std::streampos> end_;
 };

@@ -74,7 +74,8 @@ void MXFHeaderMetadataParser::value(const std::uint8_t* data, std::uint64_t size
 }
 
 bool MXFHeaderMetadataParser::wantsSet(const KLVKey& key) {
-    return handler_.handlesSet(key);
+    wanted_ = handler_.handlesSet(key);
+    return true; // to be looked into at least
 }
 
 const KLVKey* MXFHeaderMetadataParser::unknownTag(std::uint16_t tag) {
@@ -83,5 +84,9 @@ const KLVKey* MXFHeaderMetadataParser::unknownTag(std::uint16_t tag) {
 }
 
 void MXFHeaderMetadataParser::primedSet(MXFPrimedSet& set) {
-    handler_.primedSet(set);
+    if (wanted_) {
+        handler_.primedSet(set);
+    } else {
+        handler_.unhandledSet(set);
+    }
 }

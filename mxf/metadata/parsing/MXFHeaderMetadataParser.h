@@ -13,8 +13,7 @@ class MXFMetadataHandler;
 ///
 /// Each region has its own primer, which is checked against that of the region before. A tag that the primer lacks is
 /// reported as "tag missing in primer"; a static one is decoded all the same, with any other the item is skipped.
-/// Everything that is neither the primer pack nor a set that the handler wants is forwarded to the next handler, if one
-/// is set.
+/// Everything that is neither the primer pack nor a local set is forwarded to the next handler, if one is set.
 class BRYX_API MXFHeaderMetadataParser : public MXFPrimedSetParser {
 public:
     /// @param handler not owned
@@ -36,6 +35,7 @@ private:
     void primedSet(MXFPrimedSet& set) override;
 
     MXFMetadataHandler& handler_;
+    bool wanted_ = false; ///< the set being read
     MXFPrimer primer_;
     MXFPrimer previous_; ///< of the region before
     bool hasPrevious_ = false;

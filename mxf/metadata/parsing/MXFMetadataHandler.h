@@ -23,9 +23,12 @@ public:
     /// The primer with which the sets that follow are coded, in the order of the tags.
     virtual void primer(const Primer& primer) = 0;
 
-    /// Whether sets with @p key are wanted. Asked for each set before it is decoded.
+    /// Whether sets with @p key are wanted. Asked for each set.
     virtual bool handlesSet(const KLVKey& key) = 0;
 
     /// A set that is wanted. The callee may take its contents.
     virtual void primedSet(MXFPrimedSet& set) = 0;
+
+    /// A set that is not wanted, for those who care what refers to what. Does nothing here.
+    virtual void unhandledSet(const MXFPrimedSet& set);
 };

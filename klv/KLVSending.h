@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+#include "klv/KLVHandler.h"
+#include "util/Api.h"
+
+namespace klvutil {
+
+/// Sends a value that is in memory to @p handler, chunk by chunk as the handler asks: what stands between the start and
+/// the end event of an item, for those who make events themselves.
+///
+/// Requires "valid chunk offset": that the handler asks for octets that are still to come.
+BRYX_API void sendValue(KLVHandler& handler, const std::uint8_t* data, std::uint64_t size);
+
+} // namespace klvutil

@@ -1,0 +1,9 @@
+#include "mxf/metadata/descriptors/PictureDescriptor.h"
+
+std::string toString(const MXFChromaticity& chromaticity) {
+    return std::to_string(chromaticity.x) + "," + std::to_string(chromaticity.y);
+}
+
+std::string toString(const MXFThreeChromaticities& primaries) {
+    return toString(primaries.green) + " " + toString(primaries.blue) + " " + toString(primaries.red);
+}

@@ -1,0 +1,46 @@
+#include "mxf/metadata/model/MXFPropertyValue.h"
+
+#include "klv/KLVCoding.h"
+#include "mxf/metadata/model/MetadataRoot.h"
+#include "util/hex.h"
+#include "util/utf8.h"
+
+namespace mxfutil {
+
+namespace {
+
+/// Labels and other identifiers may stand in one another's place, and the octets tell which it is.
+std::string identifier(const std::array<std::uint8_t, 16>& octets) {
+    const KLVKey key{octets};
+    return klvutil::isSMPTEKey(key) ? toString(key) : toString(MXFUID{octets});
+}
+
+struct Text {
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    std::string operator()(std::int64_t value) const { return std::to_string(value); }
+    std::string operator()(std::uint64_t value) const { return std::to_string(value); }
+    std::string operator()(const std::string& value) const { return value; }
+    std::string operator()(const std::wstring& value) const { return util::utf8::fromWide(value); }
+    std::string operator()(const KLVKey& value) const { return identifier(value.octets); }
+    std::string operator()(const MXFUID& value) const { return identifier(value.octets); }
+    std::string operator()(const std::vector<std::uint8_t>& value) const {
+        std::string text;
+        util::appendHex(text, value.data(), value.size());
+        return text;
+    }
+    std::string operator()(const std::shared_ptr<const MetadataRoot>& value) const {
+        return value == nullptr ? std::string() : toString(value->getInstanceUID());
+    }
+    template <class Record>
+    std::string operator()(const Record& value) const {
+        return toString(value);
+    }
+};
+
+} // namespace
+
+std::string toText(const MXFScalar& value) {
+    return std::visit(Text(), value);
+}
+
+} // namespace mxfutil

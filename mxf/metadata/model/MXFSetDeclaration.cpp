@@ -1,0 +1,19 @@
+#include "mxf/metadata/model/MXFSetDeclaration.h"
+
+#include <string>
+
+#include "util/assertion_failure.h"
+
+namespace mxfutil::detail {
+
+void failPresent(const char* setName, const char* propertyName) {
+    util::failAssertion(std::string(setName) + "." + propertyName + " is present");
+}
+
+void requireIndex(std::size_t index, std::size_t end, const char* setName, const char* propertyName) {
+    if (index >= end) {
+        util::failAssertion("valid " + std::string(setName) + "." + propertyName + " index");
+    }
+}
+
+} // namespace mxfutil::detail

@@ -1,0 +1,349 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "mxf/metadata/model/MXFPropertyLabel.h"
+#include "util/Api.h"
+
+/// @file
+/// The words in which the class of a set is written down. Each property is one line, and everything else follows from
+/// that line: the accessors, reading and coding, the primer, comparison, printing.
+///
+///     class BRYX_API TimelineTrack : public Track {
+///         BRYX_SET(TimelineTrack, Track, "060e2b34.02530101.0d010101.01013b00");
+///
+///         /// Edit units per second.
+///         BRYX_REQUIRED(EditRate, editRate, Rational, 0x4B01);
+///         /// The edit unit in which the track starts.
+///         BRYX_REQUIRED(Origin, origin, std::int64_t, 0x4B02);
+///     };
+///     using TimelineTrackFactory = MXFSetFactory<TimelineTrack>;
+///
+/// A property line says: the name in accessors, the name in messages, the type of the value or the class referred to,
+/// and how files name it, as the constructors of MXFPropertyLabel do. Two properties never share a line. The class that
+/// BRYX_ABSTRACT_SET declares has no create().
+///
+/// The accessors of a property P:
+///
+///     required value         getP, setP
+///     optional value         getP, setP, hasP, removeP; getP requires "Class.p is present"
+///     required reference     getP, setP; without a target, the pointer is empty
+///     optional reference     getP, setP, hasP, removeP; getP requires "Class.p is present"
+///     references             getPCount, getPAt, addP, insertPAt, removePAt; an index requires "valid Class.p index"
+///     optional references    hasP and removeP, of all together, as well
+///
+/// A strong reference owns its target: setting it requires what MetadataRoot::swapOwnership() does. A required property
+/// that was missing where the set was read has the value of a new set, and is not coded until it is set; the same goes
+/// for one whose value could not be read, which is coded as it was.
+///
+/// An application adds sets of its own in the same way. Then mxf/metadata/parsing/MXFSetFactory.h must be included
+/// where such sets are made, and an MXFMetadataModelFactory lists their factories.
+
+template <class Set, bool concrete = Set::isConcrete>
+class MXFSetFactory;
+class MXFSetDescription;
+
+namespace mxfutil {
+
+/// The description of a class of sets, which the library holds for its own, and mxf/metadata/parsing/MXFSetFactory.h
+/// makes for others.
+template <class Set>
+BRYX_API const MXFSetDescription& describeSet();
+
+namespace detail {
+
+/// The lines that a class may have after BRYX_SET.
+inline constexpr int maxSetLines = 250;
+
+/// Stands for a line of a class, so that what is written on it can be found by overload resolution.
+template <int number>
+struct Line {};
+
+/// What a line of a class says when it declares no property.
+struct NoProperty {};
+
+/// What a line that declares a property says. @p Member tells the kind: a value, an optional one, a shared pointer for
+/// a strong reference, a weak pointer for a weak one, a vector of shared pointers for strong references.
+template <class Set, class Member>
+struct PropertyLine {
+    const char* name;
+    MXFPropertyLabel label;
+    bool required;
+    Member Set::*member;
+};
+
+template <class Set, class Member>
+constexpr PropertyLine<Set, Member> propertyLine(const char* name, MXFPropertyLabel label, bool required,
+                                                 Member Set::*member) {
+    return {name, label, required, member};
+}
+
+/// Lets allocate_shared construct sets, whose constructors are protected.
+template <class T>
+struct SetAllocator {
+    using value_type = T;
+
+    SetAllocator() = default;
+    template <class U>
+    SetAllocator(const SetAllocator<U>& /*other*/) noexcept {} // NOLINT: allocators convert
+
+    T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
+    void deallocate(T* memory, std::size_t count) noexcept { std::allocator<T>().deallocate(memory, count); }
+    template <class U>
+    void construct(U* place) {
+        ::new (static_cast<void*>(place)) U();
+    }
+
+    friend bool operator==(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return true; }
+    friend bool operator!=(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return false; }
+};
+
+/// Sees what the lines of a class say.
+template <class Set>
+struct SetLines;
+
+/// Throws assertion_failure: "setName.propertyName is present".
+[[noreturn]] BRYX_API void failPresent(const char* setName, const char* propertyName);
+
+inline void requirePresent(bool present, const char* setName, const char* propertyName) {
+    if (!present) {
+        failPresent(setName, propertyName);
+    }
+}
+
+/// Requires "valid setName.propertyName index": that @p index is below @p end.
+BRYX_API void requireIndex(std::size_t index, std::size_t end, const char* setName, const char* propertyName);
+
+template <class Value>
+bool isHeld(const boost::optional<Value>& member) noexcept {
+    return member.has_value();
+}
+template <class Target>
+bool isHeld(const std::shared_ptr<Target>& member) noexcept {
+    return member != nullptr;
+}
+template <class Target>
+bool isHeld(const std::weak_ptr<Target>& member) noexcept {
+    return !member.expired();
+}
+
+/// What an optional member holds. Requires that it holds something.
+template <class Value>
+const Value& held(const boost::optional<Value>& member, const char* setName, const char* propertyName) {
+    requirePresent(isHeld(member), setName, propertyName);
+    return *member;
+}
+template <class Target>
+const std::shared_ptr<Target>& held(const std::shared_ptr<Target>& member, const char* setName,
+                                    const char* propertyName) {
+    requirePresent(isHeld(member), setName, propertyName);
+    return member;
+}
+template <class Target>
+std::shared_ptr<Target> held(const std::weak_ptr<Target>& member, const char* setName, const char* propertyName) {
+    requirePresent(isHeld(member), setName, propertyName);
+    return member.lock();
+}
+
+/// The targets of a member that holds references; none if it is absent.
+template <class Target>
+const std::vector<std::shared_ptr<Target>>& elements(const std::vector<std::shared_ptr<Target>>& member) noexcept {
+    return member;
+}
+template <class Target>
+const std::vector<std::shared_ptr<Target>>&
+elements(const boost::optional<std::vector<std::shared_ptr<Target>>>& member) noexcept {
+    static const std::vector<std::shared_ptr<Target>> none;
+    return member ? *member : none;
+}
+
+/// The same for changing them, which makes an absent member present.
+template <class Target>
+std::vector<std::shared_ptr<Target>>& writableElements(std::vector<std::shared_ptr<Target>>& member) noexcept {
+    return member;
+}
+template <class Target>
+std::vector<std::shared_ptr<Target>>& writableElements(boost::optional<std::vector<std::shared_ptr<Target>>>& member) {
+    if (!member) {
+        member.emplace();
+    }
+    return *member;
+}
+
+template <class Member>
+auto elementAt(const Member& member, std::size_t index, const char* setName, const char* propertyName) {
+    requireIndex(index, elements(member).size(), setName, propertyName);
+    return elements(member)[index];
+}
+
+} // namespace detail
+} // namespace mxfutil
+
+// NOLINTBEGIN(bugprone-macro-parentheses): what stands for a type or a name cannot have parentheses
+
+#define BRYX_DETAIL_SET(Class, BaseClass, keyText, concrete)                                                           \
+public:                                                                                                                \
+    using Base = BaseClass;                                                                                            \
+    static constexpr const char* className = #Class;                                                                   \
+    static constexpr KLVKey classKey = klvutil::key(keyText);                                                          \
+    static constexpr bool isConcrete = concrete;                                                                       \
+                                                                                                                       \
+private:                                                                                                               \
+    using Self = Class;                                                                                                \
+    static constexpr int firstLine = __LINE__;                                                                         \
+    static ::mxfutil::detail::NoProperty property(...) {                                                               \
+        return {};                                                                                                     \
+    }                                                                                                                  \
+    template <class>                                                                                                   \
+    friend struct ::mxfutil::detail::SetAllocator;                                                                     \
+    template <class>                                                                                                   \
+    friend struct ::mxfutil::detail::SetLines
+
+/// Begins the declaration of a set that files hold; @p keyText is the key of the set as klvutil::key() takes it.
+#define BRYX_SET(Class, BaseClass, keyText)                                                                            \
+public:                                                                                                                \
+    /** A new set with a fresh instance UID and default values. */                                                     \
+    static std::shared_ptr<Class> create() {                                                                           \
+        return std::allocate_shared<Class>(::mxfutil::detail::SetAllocator<Class>());                                  \
+    }                                                                                                                  \
+    const MXFSetDescription& getDescription() const override {                                                         \
+        return ::mxfutil::describeSet<Class>();                                                                        \
+    }                                                                                                                  \
+    BRYX_DETAIL_SET(Class, BaseClass, keyText, true)
+
+/// Begins the declaration of a class of sets that has more special ones only.
+#define BRYX_ABSTRACT_SET(Class, BaseClass, keyText) BRYX_DETAIL_SET(Class, BaseClass, keyText, false)
+
+#define BRYX_DETAIL_LINE(name, required, ...)                                                                          \
+    static constexpr auto property(::mxfutil::detail::Line<__LINE__>) {                                                \
+        return ::mxfutil::detail::propertyLine(#name, MXFPropertyLabel(__VA_ARGS__), required, &Self::name##_);        \
+    }                                                                                                                  \
+    static_assert(__LINE__ - firstLine < ::mxfutil::detail::maxSetLines, "a set has too many lines")
+
+#define BRYX_DETAIL_SETTER(Name, name, Argument, ...)                                                                  \
+    void set##Name(const Argument& value) {                                                                            \
+        assign(name##_, value);                                                                                        \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }
+
+#define BRYX_DETAIL_HAS_AND_REMOVE(Name, name, ...)                                                                    \
+    bool has##Name() const noexcept {                                                                                  \
+        return ::mxfutil::detail::isHeld(name##_);                                                                     \
+    }                                                                                                                  \
+    void remove##Name() {                                                                                              \
+        clear(name##_);                                                                                                \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }
+
+#define BRYX_DETAIL_OPTIONAL_REFERENCE(Name, name, Target, Pointer, ...)                                               \
+public:                                                                                                                \
+    std::shared_ptr<Target> get##Name() {                                                                              \
+        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+    }                                                                                                                  \
+    std::shared_ptr<const Target> get##Name() const {                                                                  \
+        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+    }                                                                                                                  \
+    BRYX_DETAIL_SETTER(Name, name, std::shared_ptr<Target>, __VA_ARGS__)                                               \
+    BRYX_DETAIL_HAS_AND_REMOVE(Name, name, __VA_ARGS__)                                                                \
+                                                                                                                       \
+private:                                                                                                               \
+    Pointer<Target> name##_;                                                                                           \
+    BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
+
+#define BRYX_DETAIL_REFERENCES(Name, name, Target, ...)                                                                \
+public:                                                                                                                \
+    std::size_t get##Name##Count() const noexcept {                                                                    \
+        return ::mxfutil::detail::elements(name##_).size();                                                            \
+    }                                                                                                                  \
+    std::shared_ptr<Target> get##Name##At(std::size_t index) {                                                         \
+        return ::mxfutil::detail::elementAt(name##_, index, className, #name);                                         \
+    }                                                                                                                  \
+    std::shared_ptr<const Target> get##Name##At(std::size_t index) const {                                             \
+        return ::mxfutil::detail::elementAt(name##_, index, className, #name);                                         \
+    }                                                                                                                  \
+    void add##Name(const std::shared_ptr<Target>& target) {                                                            \
+        insert##Name##At(get##Name##Count(), target);                                                                  \
+    }                                                                                                                  \
+    void insert##Name##At(std::size_t index, const std::shared_ptr<Target>& target) {                                  \
+        ::mxfutil::detail::requireIndex(index, get##Name##Count() + 1, className, #name);                              \
+        ::mxfutil::detail::requirePresent(target != nullptr, className, #name);                                        \
+        insertElement(name##_, index, target);                                                                         \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }                                                                                                                  \
+    void remove##Name##At(std::size_t index) {                                                                         \
+        ::mxfutil::detail::requireIndex(index, get##Name##Count(), className, #name);                                  \
+        removeElement(name##_, index);                                                                                 \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }
+
+/// A value that every set of the class has.
+#define BRYX_REQUIRED(Name, name, Type, ...)                                                                           \
+public:                                                                                                                \
+    const Type& get##Name() const noexcept {                                                                           \
+        return name##_;                                                                                                \
+    }                                                                                                                  \
+    BRYX_DETAIL_SETTER(Name, name, Type, __VA_ARGS__)                                                                  \
+                                                                                                                       \
+private:                                                                                                               \
+    Type name##_{};                                                                                                    \
+    BRYX_DETAIL_LINE(name, true, __VA_ARGS__)
+
+/// A value that a set need not have.
+#define BRYX_OPTIONAL(Name, name, Type, ...)                                                                           \
+public:                                                                                                                \
+    const Type& get##Name() const {                                                                                    \
+        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+    }                                                                                                                  \
+    BRYX_DETAIL_SETTER(Name, name, Type, __VA_ARGS__)                                                                  \
+    BRYX_DETAIL_HAS_AND_REMOVE(Name, name, __VA_ARGS__)                                                                \
+                                                                                                                       \
+private:                                                                                                               \
+    boost::optional<Type> name##_;                                                                                     \
+    BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
+
+/// A set that every set of the class owns.
+#define BRYX_STRONG_REFERENCE(Name, name, Target, ...)                                                                 \
+public:                                                                                                                \
+    std::shared_ptr<Target> get##Name() {                                                                              \
+        return name##_;                                                                                                \
+    }                                                                                                                  \
+    std::shared_ptr<const Target> get##Name() const {                                                                  \
+        return name##_;                                                                                                \
+    }                                                                                                                  \
+    BRYX_DETAIL_SETTER(Name, name, std::shared_ptr<Target>, __VA_ARGS__)                                               \
+                                                                                                                       \
+private:                                                                                                               \
+    std::shared_ptr<Target> name##_;                                                                                   \
+    BRYX_DETAIL_LINE(name, true, __VA_ARGS__)
+
+/// A set that a set may own.
+#define BRYX_OPTIONAL_STRONG_REFERENCE(Name, name, Target, ...)                                                        \
+    BRYX_DETAIL_OPTIONAL_REFERENCE(Name, name, Target, std::shared_ptr, __VA_ARGS__)
+
+/// A set that a set may point at without owning it, and without keeping it in being.
+#define BRYX_OPTIONAL_WEAK_REFERENCE(Name, name, Target, ...)                                                          \
+    BRYX_DETAIL_OPTIONAL_REFERENCE(Name, name, Target, std::weak_ptr, __VA_ARGS__)
+
+/// Sets that every set of the class owns, in their order.
+#define BRYX_STRONG_REFERENCES(Name, name, Target, ...)                                                                \
+    BRYX_DETAIL_REFERENCES(Name, name, Target, __VA_ARGS__)                                                            \
+                                                                                                                       \
+private:                                                                                                               \
+    std::vector<std::shared_ptr<Target>> name##_;                                                                      \
+    BRYX_DETAIL_LINE(name, true, __VA_ARGS__)
+
+/// Sets that a set may own, in their order. Adding one makes the property present, removing the last leaves it empty.
+#define BRYX_OPTIONAL_STRONG_REFERENCES(Name, name, Target, ...)                                                       \
+    BRYX_DETAIL_REFERENCES(Name, name, Target, __VA_ARGS__)                                                            \
+    BRYX_DETAIL_HAS_AND_REMOVE(Name, name, __VA_ARGS__)                                                                \
+                                                                                                                       \
+private:                                                                                                               \
+    boost::optional<std::vector<std::shared_ptr<Target>>> name##_;                                                     \
+    BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
+
+// NOLINTEND(bugprone-macro-parentheses)

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "mxf/metadata/model/MXFPropertyValue.h"
+#include "mxf/metadata/model/MetadataRoot.h"
+#include "mxf/metadata/model/dangling_ref.h"
+#include "util/Api.h"
+
+namespace mxfutil {
+
+/// Where the model below @p a differs from that below @p b first, as the way that leads there with the name of the
+/// property, or an empty text if they are equal: in every set, instance UID, property and dark property, to the octet.
+BRYX_API std::string firstDifference(const MetadataRoot& a, const MetadataRoot& b);
+
+} // namespace mxfutil
+
+/// The values of the properties of one set, as they are coded, by label.
+using MXFProperties = std::map<KLVKey, std::vector<std::uint8_t>>;
+
+/// Sets that another set owns, in the order of its references.
+using MXFOwnedSets = std::list<std::shared_ptr<const MetadataRoot>>;
+
+/// A property of a class of sets, for working with sets whatever class they have. Lives as long as the library.
+class BRYX_API MXFProperty {
+public:
+    enum class Kind : std::uint8_t { Value, StrongReference, WeakReference };
+
+    virtual ~MXFProperty();
+    MXFProperty(const MXFProperty&) = delete;
+    MXFProperty& operator=(const MXFProperty&) = delete;
+
+    /// The name in messages, without and with the class before it: "version", "Preface.version".
+    const char* name() const noexcept { return name_; }
+    std::string fullName() const;
+
+    const KLVKey& label() const noexcept { return label_; }
+    /// The static or fixed local tag; 0 if each file gives the property one.
+    std::uint16_t tag() const noexcept { return tag_; }
+    bool isRequired() const noexcept { return required_; }
+    Kind kind() const noexcept { return kind_; }
+
+    /// Whether @p set has the property: an optional one that is there, a required one that was not missing in the file,
+    /// a reference that leads to a set. Requires "set has property": that its description lists this property.
+    bool isPresent(const MetadataRoot& set) const;
+
+    /// The value of the property in @p set; of an absent one, a default or an empty reference. Requires "set has
+    /// property".
+    MXFPropertyValue value(const MetadataRoot& set) const;
+
+protected:
+    MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind);
+
+    /// What set and property are called when a reference that must be there is not.
+    [[noreturn]] void failPresent() const;
+
+private:
+    friend class MetadataRootFactory;
+    friend std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& b);
+
+    virtual bool holdsValue(const MetadataRoot& set) const = 0;
+    virtual MXFPropertyValue getValue(const MetadataRoot& set) const = 0;
+    /// Reads the value into @p set. Throws std::exception, and leaves the set as it is, if that is not possible.
+    virtual void read(const std::shared_ptr<MetadataRoot>& set, const std::vector<std::uint8_t>& octets,
+                      MXFPendingReferences& pending) const = 0;
+    /// Appends the coded value in @p set, which holds one, to @p octets, and what it owns by it to @p owned.
+    virtual void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const = 0;
+
+    const char* setName_;
+    const char* name_;
+    KLVKey label_;
+    std::uint16_t tag_;
+    bool required_;
+    Kind kind_;
+};
+
+/// A class of sets that files hold. Lives as long as the library.
+class BRYX_API MXFSetDescription {
+public:
+    using Properties = std::vector<const MXFProperty*>;
+
+    MXFSetDescription(const char* name, const KLVKey& key, const std::type_info& type, Properties properties);
+
+    /// The name of the class.
+    const char* name() const noexcept { return name_; }
+    /// The key of the set in files.
+    const KLVKey& key() const noexcept { return key_; }
+    const std::type_info& type() const noexcept { return type_; }
+    /// All properties, those of base classes first, each class's in the order of its declaration.
+    const Properties& properties() const noexcept { return properties_; }
+
+private:
+    const char* name_;
+    KLVKey key_;
+    const std::type_info& type_;
+    Properties properties_;
+};

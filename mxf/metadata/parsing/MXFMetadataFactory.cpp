@@ -1,0 +1,3 @@
+#include "mxf/metadata/parsing/MXFMetadataFactory.h"
+
+MXFMetadataFactory::~MXFMetadataFactory() = default;

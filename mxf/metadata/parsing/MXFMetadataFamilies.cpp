@@ -1,0 +1,133 @@
+#include "mxf/metadata/parsing/MXFMetadataFamilies.h"
+
+#include "mxf/metadata/acquisition/LensUnitMetadata.h"
+#include "mxf/metadata/acquisition/UserDefinedAcquisitionMetadata.h"
+#include "mxf/metadata/descriptive/AS11SegmentationFramework.h"
+#include "mxf/metadata/descriptive/AS11UKDPPFramework.h"
+#include "mxf/metadata/descriptive/GenericStreamTextBasedSet.h"
+#include "mxf/metadata/descriptive/TextBasedDMFramework.h"
+#include "mxf/metadata/descriptive/UTF16TextBasedSet.h"
+#include "mxf/metadata/descriptive/UTF8TextBasedSet.h"
+#include "mxf/metadata/descriptors/AES3AudioDescriptor.h"
+#include "mxf/metadata/descriptors/ANCDataDescriptor.h"
+#include "mxf/metadata/descriptors/AVCVideoSubDescriptor.h"
+#include "mxf/metadata/descriptors/AudioChannelLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/ContainerConstraintsSubDescriptor.h"
+#include "mxf/metadata/descriptors/GroupOfSoundfieldGroupsLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/MPEG4VideoSubDescriptor.h"
+#include "mxf/metadata/descriptors/MPEGAudioDescriptor.h"
+#include "mxf/metadata/descriptors/MultipleDescriptor.h"
+#include "mxf/metadata/descriptors/RGBAPictureDescriptor.h"
+#include "mxf/metadata/descriptors/SoundfieldGroupLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/VBIDataDescriptor.h"
+#include "mxf/metadata/parsing/MXFSetFactory.h"
+#include "mxf/metadata/structural/DMSegment.h"
+#include "mxf/metadata/structural/DMSourceClip.h"
+#include "mxf/metadata/structural/EventTrack.h"
+#include "mxf/metadata/structural/Filler.h"
+#include "mxf/metadata/structural/MaterialPackage.h"
+#include "mxf/metadata/structural/NetworkLocator.h"
+#include "mxf/metadata/structural/Preface.h"
+#include "mxf/metadata/structural/Sequence.h"
+#include "mxf/metadata/structural/SourcePackage.h"
+#include "mxf/metadata/structural/StaticTrack.h"
+#include "mxf/metadata/structural/TextLocator.h"
+#include "mxf/metadata/structural/TimecodeComponent.h"
+#include "mxf/metadata/structural/TimelineTrack.h"
+
+// The classes of each family, in the order in which their factories are asked. To add a class, add it here.
+
+#define BRYX_FORMAT_SETS(ROW)                                                                                          \
+    ROW(Preface)                                                                                                       \
+    ROW(Identification)                                                                                                \
+    ROW(ContentStorage)                                                                                                \
+    ROW(EssenceContainerData)                                                                                          \
+    ROW(NetworkLocator)                                                                                                \
+    ROW(TextLocator)                                                                                                   \
+    ROW(MaterialPackage)                                                                                               \
+    ROW(SourcePackage)                                                                                                 \
+    ROW(TimelineTrack)                                                                                                 \
+    ROW(EventTrack)                                                                                                    \
+    ROW(StaticTrack)                                                                                                   \
+    ROW(Sequence)                                                                                                      \
+    ROW(SourceClip)                                                                                                    \
+    ROW(Filler)                                                                                                        \
+    ROW(TimecodeComponent)                                                                                             \
+    ROW(CommentMarker)                                                                                                 \
+    ROW(DMSegment)                                                                                                     \
+    ROW(DMSourceClip)                                                                                                  \
+    ROW(MultipleDescriptor)                                                                                            \
+    ROW(CDCIPictureDescriptor)                                                                                         \
+    ROW(RGBAPictureDescriptor)                                                                                         \
+    ROW(SoundDescriptor)                                                                                               \
+    ROW(DataDescriptor)                                                                                                \
+    ROW(AudioChannelLabelSubDescriptor)                                                                                \
+    ROW(SoundfieldGroupLabelSubDescriptor)                                                                             \
+    ROW(GroupOfSoundfieldGroupsLabelSubDescriptor)                                                                     \
+    ROW(ContainerConstraintsSubDescriptor)
+
+#define BRYX_MPEG_SETS(ROW)                                                                                            \
+    ROW(MPEGVideoDescriptor)                                                                                           \
+    ROW(MPEG4VideoSubDescriptor)                                                                                       \
+    ROW(AVCVideoSubDescriptor)                                                                                         \
+    ROW(MPEGAudioDescriptor)
+
+#define BRYX_AES3_SETS(ROW)                                                                                            \
+    ROW(WaveAudioDescriptor)                                                                                           \
+    ROW(AES3AudioDescriptor)
+
+#define BRYX_AMWA_SETS(ROW)                                                                                            \
+    ROW(AS11CoreFramework)                                                                                             \
+    ROW(AS11UKDPPFramework)                                                                                            \
+    ROW(AS11SegmentationFramework)
+
+#define BRYX_ACQUISITION_SETS(ROW)                                                                                     \
+    ROW(LensUnitMetadata)                                                                                              \
+    ROW(CameraUnitMetadata)                                                                                            \
+    ROW(UserDefinedAcquisitionMetadata)
+
+#define BRYX_TEXT_BASED_SETS(ROW)                                                                                      \
+    ROW(TextBasedDMFramework)                                                                                          \
+    ROW(GenericStreamTextBasedSet)                                                                                     \
+    ROW(UTF8TextBasedSet)                                                                                              \
+    ROW(UTF16TextBasedSet)
+
+#define BRYX_VBIANC_SETS(ROW)                                                                                          \
+    ROW(VBIDataDescriptor)                                                                                             \
+    ROW(ANCDataDescriptor)
+
+// Sets find their descriptions here, also those that an application makes.
+#define BRYX_DESCRIBE(Set) template BRYX_API const MXFSetDescription& mxfutil::describeSet<Set>();
+
+#define BRYX_MAKE_FACTORY(Set) std::make_shared<Set##Factory>(),
+
+#define BRYX_DEFINE_FAMILY(Family, SETS)                                                                               \
+    SETS(BRYX_DESCRIBE)                                                                                                \
+    Family::Family() : MXFMetadataFamily({SETS(BRYX_MAKE_FACTORY)}) {}
+
+BRYX_DEFINE_FAMILY(MXFFormatMetadataModelFactory, BRYX_FORMAT_SETS)
+BRYX_DEFINE_FAMILY(MXFMPEGMetadataModelFactory, BRYX_MPEG_SETS)
+BRYX_DEFINE_FAMILY(MXFAES3MetadataModelFactory, BRYX_AES3_SETS)
+BRYX_DEFINE_FAMILY(MXFAMWAMetadataModelFactory, BRYX_AMWA_SETS)
+BRYX_DEFINE_FAMILY(MXFAcquisitionMetadataModelFactory, BRYX_ACQUISITION_SETS)
+BRYX_DEFINE_FAMILY(MXFTextBasedDMModelFactory, BRYX_TEXT_BASED_SETS)
+BRYX_DEFINE_FAMILY(MXFVBIANCMetadataModelFactory, BRYX_VBIANC_SETS)
+
+MXFMetadataFamily::MXFMetadataFamily(const std::vector<std::shared_ptr<MetadataRootFactory>>& factories)
+    : own_(factories), factories_(own_.begin(), own_.end()) {}
+
+MXFMetadataFamily::MXFMetadataFamily(const MXFMetadataFamily& other) : MXFMetadataModelFactory(other) {
+    for (const auto& factory : other.own_) {
+        own_.push_back(factory->clone());
+    }
+    factories_.assign(own_.begin(), own_.end());
+}
+
+MXFMetadataFamily::~MXFMetadataFamily() = default;
+
+void MXFMetadataFamily::setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) {
+    for (const auto& factory : own_) {
+        factory->setErrorHandler(errorHandler);
+    }
+    MXFMetadataModelFactory::setErrorHandler(std::move(errorHandler));
+}

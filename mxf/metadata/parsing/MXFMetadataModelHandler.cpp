@@ -1,0 +1,3 @@
+#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+
+MXFMetadataModelHandler::~MXFMetadataModelHandler() = default;

@@ -1,0 +1,6 @@
+#include "mxf/metadata/structural/Identification.h"
+
+#include "util/fresh_uuid.h"
+
+Identification::Identification()
+    : thisGenerationUID_{util::freshUUID().octets}, modificationDate_(klvutil::currentTimestamp()) {}

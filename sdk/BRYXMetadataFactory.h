@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "mxf/metadata/parsing/MXFMetadataFamilies.h"
+#include "util/Api.h"
+
+/// The factory of all sets that the library knows. A copy has factories of its own.
+class BRYX_API BRYXMetadataFactory : public MXFMetadataModelFactory {
+public:
+    BRYXMetadataFactory();
+    BRYXMetadataFactory(const BRYXMetadataFactory& other);
+    BRYXMetadataFactory& operator=(const BRYXMetadataFactory&) = delete;
+    ~BRYXMetadataFactory() override;
+
+    /// All families report to the error handler.
+    void setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) override;
+    const std::vector<std::shared_ptr<MXFMetadataFactory>>& getFactories() override { return factories_; }
+
+private:
+    void add(std::shared_ptr<MXFMetadataFamily> family);
+
+    std::vector<std::shared_ptr<MXFMetadataFamily>> families_;
+    std::vector<std::shared_ptr<MXFMetadataFactory>> factories_; ///< the same
+};
