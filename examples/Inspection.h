@@ -7,6 +7,7 @@
 #include <deque>
 #include <exception>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,7 +19,10 @@
 #include "klv/Finding.h"
 #include "klv/Locator.h"
 #include "klv/parse_error.h"
+#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
+#include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "sdk/BRYXMetadataFactory.h"
 
 /// @file
 /// The handlers through which inspect learns what a file holds. Each keeps what the report needs and no more: however
@@ -193,6 +197,7 @@ public:
     void runIn(std::uint64_t length) override { runIn_ = length; }
 
     void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t /*headerStart*/) override {
+        partitionOffset_ = positions_.position();
         labels_ += pack.essenceContainers.size();
         if (labels_ <= maxLabels) {
             partitions_.add({positions_.position(), key, pack});
@@ -209,6 +214,8 @@ public:
     }
 
     std::uint64_t runIn() const { return runIn_; }
+    /// Of the pack of the partition that began last, in octets from the first of the file.
+    std::uint64_t partitionOffset() const { return partitionOffset_; }
     const Partitions& partitions() const { return partitions_; }
     const std::optional<RandomIndex>& randomIndex() const { return randomIndex_; }
 
@@ -217,9 +224,87 @@ private:
 
     const FindingCollector& positions_;
     std::uint64_t runIn_ = 0;
+    std::uint64_t partitionOffset_ = 0;
     std::uint64_t labels_ = 0; ///< essence container labels in all packs
     Partitions partitions_;
     std::optional<RandomIndex> randomIndex_;
+};
+
+// ---- Header metadata ----
+
+struct FoundModel {
+    std::uint64_t partition; ///< offset of its pack, in octets from the first of the file
+    MXFMetadataModelHandler::Model model;
+};
+
+/// The sets that @p property of @p set refers to, if it owns them.
+inline std::vector<std::shared_ptr<const MetadataRoot>> ownedBy(const MetadataRoot& set, const MXFProperty& property) {
+    std::vector<std::shared_ptr<const MetadataRoot>> sets;
+    if (property.kind() == MXFProperty::Kind::StrongReference) {
+        mxfutil::forEachReference(property.value(set), [&](const auto& target) { sets.push_back(target); });
+    }
+    return sets;
+}
+
+/// Calls @p visit with @p set and all sets that it owns, depth first.
+template <class Visit>
+void forEachSet(const MetadataRoot& set, const Visit& visit) {
+    visit(set);
+    for (const MXFProperty* property : set.getDescription().properties()) {
+        for (const auto& owned : ownedBy(set, *property)) {
+            forEachSet(*owned, visit);
+        }
+    }
+}
+
+/// Collects the models of header metadata.
+class MetadataCollector final : public MXFMetadataModelHandler {
+public:
+    using Models = BoundedList<FoundModel, 256>;
+
+    MetadataCollector(FindingCollector& findings, const StructureCollector& structure) : structure_(structure) {
+        modelParser_.setErrorHandler(&findings);
+        headerParser_.setErrorHandler(&findings);
+        // The factory shares its error handler. This one belongs to somebody else, and so the pointer owns nothing.
+        factory_.setErrorHandler({std::shared_ptr<void>(), &findings});
+    }
+
+    /// The handler of header metadata for the reader.
+    KLVHandler& handler() { return headerParser_; }
+
+    void startMetadata() override { inRegion_ = true; }
+    void endMetadata() override { inRegion_ = false; }
+    void model(const Model& model) override {
+        for (const auto& set : model) {
+            forEachSet(*set, [&](const MetadataRoot&) { ++sets_; });
+        }
+        if (sets_ <= maxSets) {
+            models_.add({structure_.partitionOffset(), model});
+        } else {
+            models_.omit();
+        }
+    }
+
+    /// Reading has ended, perhaps within header metadata. What was read of that makes a model too.
+    void readingEnded() {
+        if (inRegion_) {
+            modelParser_.setErrorHandler(nullptr); // much is bound to be missing
+            modelParser_.endMetadata();
+        }
+    }
+
+    const Models& models() const { return models_; }
+
+private:
+    static constexpr std::uint64_t maxSets = 200000;
+
+    const StructureCollector& structure_;
+    BRYXMetadataFactory factory_;
+    MXFMetadataModelParser modelParser_{factory_, *this};
+    MXFHeaderMetadataParser headerParser_{modelParser_};
+    bool inRegion_ = false;
+    std::uint64_t sets_ = 0; ///< in all models
+    Models models_;
 };
 
 // ---- Body ----
@@ -380,5 +465,6 @@ struct Inspection {
     std::optional<std::uint64_t> fileSize; ///< none for a pipe
     FindingCollector findings;
     StructureCollector structure{findings};
+    MetadataCollector metadata{findings, structure};
     BodyCounter body;
 };

@@ -58,6 +58,61 @@ inline nlohmann::ordered_json toJson(const MXFRandomIndexEntry& entry) {
     return value;
 }
 
+inline nlohmann::ordered_json toJson(const MXFScalar& value) {
+    if (const bool* truth = std::get_if<bool>(&value)) {
+        return *truth;
+    }
+    if (const auto* number = std::get_if<std::int64_t>(&value)) {
+        return *number;
+    }
+    if (const auto* number = std::get_if<std::uint64_t>(&value)) {
+        return *number;
+    }
+    return mxfutil::toText(value);
+}
+
+inline nlohmann::ordered_json toJson(const MXFPropertyValue& value) {
+    if (const auto* single = std::get_if<MXFScalar>(&value)) {
+        return toJson(*single);
+    }
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (const MXFScalar& element : std::get<std::vector<MXFScalar>>(value)) {
+        values.push_back(toJson(element));
+    }
+    return values;
+}
+
+inline nlohmann::ordered_json toJson(const MetadataRoot& set) {
+    const MXFSetDescription& description = set.getDescription();
+    nlohmann::ordered_json properties = nlohmann::ordered_json::array();
+    for (const MXFProperty* property : description.properties()) {
+        if (property->isPresent(set)) {
+            properties.push_back({{"name", property->name()},
+                                  {"ul", toString(property->label())},
+                                  {"value", toJson(property->value(set))}});
+        }
+    }
+    nlohmann::ordered_json dark = nlohmann::ordered_json::array();
+    for (auto property = set.beginDarkProperties(); property != set.endDarkProperties(); ++property) {
+        const MXFScalar value = std::visit([](const auto& content) { return MXFScalar(content); }, property->second);
+        dark.push_back({{"ul", toString(property->first)}, {"value", toJson(value)}});
+    }
+    return {{"set", description.name()},
+            {"key", toString(description.key())},
+            {"instanceUID", toString(set.getInstanceUID())},
+            {"offset", static_cast<std::uint64_t>(std::streamoff{set.getStartStreampos()})},
+            {"properties", properties},
+            {"dark", dark}};
+}
+
+inline nlohmann::ordered_json toJson(const FoundModel& found) {
+    nlohmann::ordered_json sets = nlohmann::ordered_json::array();
+    for (const auto& root : found.model) {
+        forEachSet(*root, [&](const MetadataRoot& set) { sets.push_back(toJson(set)); });
+    }
+    return {{"partition", found.partition}, {"sets", sets}};
+}
+
 inline nlohmann::ordered_json toJson(const ReportedFinding& finding) {
     return {{"level", name(finding.level)},
             {"position", finding.position},
@@ -134,6 +189,7 @@ inline void printJson(std::ostream& out, const Inspection& inspection) {
     } else {
         json.member("randomIndex", nullptr);
     }
+    json.list("metadata", inspection.metadata.models());
     json.list("essence", inspection.body.essence());
     json.member("systemElements", inspection.body.systemElements());
     json.list("otherElements", inspection.body.others());

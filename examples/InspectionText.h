@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "Inspection.h"
+#include "mxf/structure/MXFLabelNames.h"
+#include "util/hex.h"
 
 /// Prints rows of text in columns that are as wide as their widest cell.
 class Table {
@@ -188,6 +190,100 @@ inline void printStructure(std::ostream& out, const StructureCollector& structur
                       structure.randomIndex().value_or(StructureCollector::RandomIndex{}), randomIndexRow);
 }
 
+/// A text in quotes, with nothing in it that a terminal would act on.
+inline std::string inQuotes(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        const auto octet = static_cast<std::uint8_t>(c);
+        if (octet < 0x20 || octet == 0x7F) {
+            result += "\\x";
+            util::appendHex(result, &octet, 1);
+        } else {
+            result += c;
+        }
+    }
+    return result + '"';
+}
+
+/// A value as people read it; long ones are cut.
+inline std::string describe(const MXFScalar& value) {
+    constexpr std::size_t maxSize = 200;
+    std::string text = mxfutil::toText(value);
+    if (text.size() > maxSize) {
+        text.resize(maxSize);
+        text += "...";
+    }
+    if (std::holds_alternative<std::string>(value) || std::holds_alternative<std::wstring>(value)) {
+        return inQuotes(text);
+    }
+    if (const auto* label = std::get_if<KLVKey>(&value)) {
+        const char* const name = mxfutil::labelName(*label);
+        return name == nullptr ? text : std::string(name) + " (" + text + ")";
+    }
+    return text.empty() ? "nothing" : text;
+}
+
+inline std::string describe(const MXFPropertyValue& value) {
+    constexpr std::size_t maxElements = 16;
+    if (const auto* single = std::get_if<MXFScalar>(&value)) {
+        return describe(*single);
+    }
+    const auto& elements = std::get<std::vector<MXFScalar>>(value);
+    std::string text;
+    for (std::size_t i = 0; i < std::min(elements.size(), maxElements); ++i) {
+        text += (i == 0 ? "" : ", ") + describe(elements[i]);
+    }
+    if (elements.size() > maxElements) {
+        text += " and " + std::to_string(elements.size() - maxElements) + " more";
+    }
+    return elements.empty() ? "none" : text;
+}
+
+/// Prints a set and, indented below the references to them, the sets that it owns.
+inline void printSet(std::ostream& out, const MetadataRoot& set, const std::string& indent) {
+    out << indent << set.getDescription().name() << "  " << toString(set.getInstanceUID()) << "  at offset "
+        << std::streamoff{set.getStartStreampos()} << '\n';
+    for (const MXFProperty* property : set.getDescription().properties()) {
+        if (!property->isPresent(set)) {
+            continue;
+        }
+        const auto owned = ownedBy(set, *property);
+        out << indent << "  " << property->name()
+            << (owned.empty() ? ": " + describe(property->value(set)) : std::string()) << '\n';
+        for (const auto& target : owned) {
+            printSet(out, *target, indent + "    ");
+        }
+    }
+    for (auto dark = set.beginDarkProperties(); dark != set.endDarkProperties(); ++dark) {
+        const MXFScalar value = std::visit([](const auto& content) { return MXFScalar(content); }, dark->second);
+        out << indent << "  dark " << toString(dark->first) << ": " << describe(value) << '\n';
+    }
+}
+
+/// The header metadata of the first partition that has any, and of others where they do not repeat it.
+inline void printMetadata(std::ostream& out, const MetadataCollector::Models& models) {
+    const FoundModel* previous = nullptr;
+    models.forEach([&](const FoundModel& found) {
+        out << "\nHeader metadata of the partition at offset " << found.partition;
+        if (previous != nullptr && found.model.size() == previous->model.size() &&
+            mxfutil::firstDifference(*found.model.front(), *previous->model.front()).empty()) {
+            out << ": as before\n";
+            return;
+        }
+        out << '\n';
+        for (const auto& set : found.model) {
+            printSet(out, *set, "  ");
+        }
+        previous = &found;
+    });
+    if (previous == nullptr) {
+        out << "\nHeader metadata: none\n";
+    }
+    if (models.omitted() != 0) {
+        out << "  ... and that of " << models.omitted() << " more partitions\n";
+    }
+}
+
 inline void printBody(std::ostream& out, const BodyCounter& body) {
     const Table essence({{"key"}, {"kind"}, {"elements", Table::Right}, {"octets", Table::Right}});
     essence.print(out, "Essence", "elements", body.essence(), [](const ElementCount& count) {
@@ -220,6 +316,7 @@ inline void printFindings(std::ostream& out, const FindingCollector& findings) {
 inline void printText(std::ostream& out, const std::string& name, const Inspection& inspection) {
     printFile(out, name, inspection);
     printStructure(out, inspection.structure);
+    printMetadata(out, inspection.metadata.models());
     printBody(out, inspection.body);
     printFindings(out, inspection.findings);
 }

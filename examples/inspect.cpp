@@ -43,6 +43,7 @@ std::optional<std::uint64_t> sizeOf(std::istream& file) {
 void inspectFile(std::istream& file, Inspection& inspection) {
     MXFReader reader;
     reader.setStructureHandler(&inspection.structure);
+    reader.setHeaderMetadataHandler(&inspection.metadata.handler());
     reader.setBodyHandler(&inspection.body);
     reader.setErrorHandler(&inspection.findings);
     try {
@@ -54,8 +55,10 @@ void inspectFile(std::istream& file, Inspection& inspection) {
         }
     } catch (const klvutil::parse_error& error) {
         // What was read up to here has reached the handlers, so that there is something to show.
+        inspection.metadata.readingEnded();
         inspection.findings.readingEnded(error);
     } catch (const std::exception& error) {
+        inspection.metadata.readingEnded();
         inspection.findings.readingEnded(findings::readingFailed, error.what());
     }
 }

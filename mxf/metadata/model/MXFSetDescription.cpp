@@ -27,14 +27,35 @@ void requireProperty(const MetadataRoot& set, const MXFProperty* property) {
 
 } // namespace
 
+bool MXFProperty::isCodable(const MetadataRoot& set) const {
+    // What could not be read stands among the dark properties.
+    return holdsValue(set) && !set.isMissing(label_) && !set.hasDarkProperty(label_);
+}
+
 bool MXFProperty::isPresent(const MetadataRoot& set) const {
     requireProperty(set, this);
-    return holdsValue(set) && !set.isMissing(label_) && !set.hasDarkProperty(label_);
+    return isCodable(set) || !set.getUnresolvedReferences(label_).empty();
 }
 
 MXFPropertyValue MXFProperty::value(const MetadataRoot& set) const {
     requireProperty(set, this);
-    return getValue(set);
+    const std::vector<MXFUID> uids = set.getUnresolvedReferences(label_);
+    MXFPropertyValue resolved = getValue(set);
+    if (uids.empty()) {
+        return resolved;
+    }
+    if (std::holds_alternative<MXFScalar>(resolved)) {
+        return MXFScalar(uids.front());
+    }
+    // The sets that are there stand in the order of the UIDs, between those that are not.
+    std::vector<MXFScalar> values(uids.begin(), uids.end());
+    auto place = values.begin();
+    for (MXFScalar& element : std::get<std::vector<MXFScalar>>(resolved)) {
+        const MXFUID& uid = std::get<std::shared_ptr<const MetadataRoot>>(element)->getInstanceUID();
+        place = std::find(place, values.end(), MXFScalar(uid));
+        *place++ = std::move(element);
+    }
+    return values;
 }
 
 MXFSetDescription::MXFSetDescription(const char* name, const KLVKey& key, const std::type_info& type,
@@ -95,10 +116,10 @@ std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& 
         return "MetadataRoot.instanceUID";
     }
     for (const MXFProperty* const property : description.properties()) {
-        if (property->isPresent(a) != property->isPresent(b)) {
+        if (property->isCodable(a) != property->isCodable(b)) {
             return property->fullName();
         }
-        if (!property->isPresent(a)) {
+        if (!property->isCodable(a)) {
             continue;
         }
         // References are compared as the instance UIDs that they are coded as, and then by what they lead to.

@@ -47,22 +47,25 @@ public:
     Kind kind() const noexcept { return kind_; }
 
     /// Whether @p set has the property: an optional one that is there, a required one that was not missing in the file,
-    /// a reference that leads to a set. Requires "set has property": that its description lists this property.
+    /// a reference, be it unresolved. Requires "set has property": that its description lists this property.
     bool isPresent(const MetadataRoot& set) const;
 
-    /// The value of the property in @p set; of an absent one, a default or an empty reference. Requires "set has
+    /// The value of the property in @p set; of an absent one, a default or an empty reference. References that could not
+    /// all be resolved stand as the instance UIDs of their targets where the target is not there. Requires "set has
     /// property".
     MXFPropertyValue value(const MetadataRoot& set) const;
 
 protected:
     MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind);
 
-    /// What set and property are called when a reference that must be there is not.
-    [[noreturn]] void failPresent() const;
-
 private:
     friend class MetadataRootFactory;
     friend std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& b);
+
+    /// Whether the value is one that was set or could be read.
+    bool isCodable(const MetadataRoot& set) const;
+
+    [[noreturn]] void failPresent() const;
 
     virtual bool holdsValue(const MetadataRoot& set) const = 0;
     virtual MXFPropertyValue getValue(const MetadataRoot& set) const = 0;

@@ -70,7 +70,13 @@ bool MetadataRoot::isMissing(const KLVKey& label) const noexcept {
     return std::find(missing_.begin(), missing_.end(), label) != missing_.end();
 }
 
+std::vector<MXFUID> MetadataRoot::getUnresolvedReferences(const KLVKey& label) const {
+    const auto at = unresolved_.find(label);
+    return at == unresolved_.end() ? std::vector<MXFUID>() : at->second;
+}
+
 void MetadataRoot::forgetReading(const KLVKey& label) {
+    unresolved_.erase(label);
     if (dark_.find(label) != dark_.end()) {
         removeDarkProperty(label);
     }

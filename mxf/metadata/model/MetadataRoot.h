@@ -71,6 +71,10 @@ public:
     /// Whether a required property was missing where the set was read, and has not been set since.
     bool isMissing(const KLVKey& label) const noexcept;
 
+    /// The instance UIDs of all targets of a property, in their order, if not all of its references could be resolved
+    /// where the set was read, and it has not been set since; else none. They are not coded.
+    std::vector<MXFUID> getUnresolvedReferences(const KLVKey& label) const;
+
     /// Where the set was read: the stream position of the first octet of its key, and of the octet after it. Each is
     /// absent in a set that was not read; getting it then fails the requirement "streampos is present".
     void setStartStreampos(std::streampos position) { start_ = position; }
@@ -150,7 +154,7 @@ protected:
 
     /// A property has been set: what was kept of it because it could not be read, or was missing, is past.
     void wasSet(const MXFPropertyLabel& property) {
-        if (!dark_.empty() || !missing_.empty()) {
+        if (!dark_.empty() || !missing_.empty() || !unresolved_.empty()) {
             forgetReading(property.label());
         }
     }
@@ -169,6 +173,7 @@ private:
     MXFUID instanceUID_;
     DarkProperties dark_;
     std::vector<KLVKey> missing_; ///< labels of required properties
+    std::map<KLVKey, std::vector<MXFUID>> unresolved_;
     boost::optional<std::streampos> start_;
     boost::optional<std::streampos> end_;
 };

@@ -27,13 +27,22 @@ public:
     /// The set that has the reference.
     virtual const std::shared_ptr<MetadataRoot>& referencing() const noexcept = 0;
 
+    /// Notes on the referencing set that the reference leads to @p uid and has not been resolved, after all references
+    /// of the set that can be have been.
+    virtual void leaveUnresolved(const MXFUID& uid) = 0;
+
     /// The list that the reference is an element of, to tell one list from another; null if it stands alone.
     virtual const void* list() const noexcept = 0;
 
-    /// Takes all elements that have not been resolved out of that list.
+    /// Takes all elements that have not been resolved out of that list, after leaveUnresolved() of each.
     virtual void removeUnresolved() = 0;
 
 protected:
+    /// The UIDs of the targets of a property that has unresolved references.
+    static std::vector<MXFUID>& unresolved(MetadataRoot& owner, const KLVKey& label) {
+        return owner.unresolved_[label];
+    }
+
     static void takeOwnership(MetadataRoot& owner, const std::shared_ptr<MetadataRoot>& target) {
         owner.takeOwnership(target);
     }
@@ -47,11 +56,11 @@ template <class Owner, class Target>
 class dangling_ref_t : public dangling_ref_base {
 public:
     /// A strong reference.
-    dangling_ref_t(std::shared_ptr<Owner> owner, std::shared_ptr<Target> Owner::*member)
-        : owner_(std::move(owner)), strong_(member) {}
+    dangling_ref_t(std::shared_ptr<Owner> owner, const KLVKey& label, std::shared_ptr<Target> Owner::*member)
+        : owner_(std::move(owner)), label_(label), strong_(member) {}
     /// A weak reference.
-    dangling_ref_t(std::shared_ptr<Owner> owner, std::weak_ptr<Target> Owner::*member)
-        : owner_(std::move(owner)), weak_(member) {}
+    dangling_ref_t(std::shared_ptr<Owner> owner, const KLVKey& label, std::weak_ptr<Target> Owner::*member)
+        : owner_(std::move(owner)), label_(label), weak_(member) {}
 
     bool isStrong() const override { return strong_ != nullptr; }
     void resolve(const std::shared_ptr<MetadataRoot>& target) override {
@@ -66,11 +75,13 @@ public:
     }
     bool accepts(const MetadataRoot& target) const override { return dynamic_cast<const Target*>(&target) != nullptr; }
     const std::shared_ptr<MetadataRoot>& referencing() const noexcept override { return owner_; }
+    void leaveUnresolved(const MXFUID& uid) override { unresolved(*owner_, label_) = {uid}; }
     const void* list() const noexcept override { return nullptr; }
     void removeUnresolved() override {}
 
 private:
     std::shared_ptr<MetadataRoot> owner_;
+    KLVKey label_;
     std::shared_ptr<Target> Owner::*strong_ = nullptr;
     std::weak_ptr<Target> Owner::*weak_ = nullptr;
 };
@@ -81,9 +92,9 @@ template <class Owner, class Target>
 class dangling_vector_ref_t : public dangling_ref_base {
 public:
     /// @param elements of @p owner, which keeps them
-    dangling_vector_ref_t(std::shared_ptr<Owner> owner, std::vector<std::shared_ptr<Target>>& elements,
-                          std::size_t index)
-        : owner_(std::move(owner)), elements_(elements), index_(index) {}
+    dangling_vector_ref_t(std::shared_ptr<Owner> owner, const KLVKey& label,
+                          std::vector<std::shared_ptr<Target>>& elements, std::size_t index)
+        : owner_(std::move(owner)), label_(label), elements_(elements), index_(index) {}
 
     bool isStrong() const override { return true; }
     void resolve(const std::shared_ptr<MetadataRoot>& target) override {
@@ -92,6 +103,15 @@ public:
     }
     bool accepts(const MetadataRoot& target) const override { return dynamic_cast<const Target*>(&target) != nullptr; }
     const std::shared_ptr<MetadataRoot>& referencing() const noexcept override { return owner_; }
+    void leaveUnresolved(const MXFUID& uid) override {
+        std::vector<MXFUID>& uids = unresolved(*owner_, label_);
+        if (uids.empty()) {
+            for (const auto& element : elements_) {
+                uids.push_back(element == nullptr ? MXFUID() : element->getInstanceUID());
+            }
+        }
+        uids[index_] = uid;
+    }
     const void* list() const noexcept override { return &elements_; }
     void removeUnresolved() override {
         elements_.erase(std::remove(elements_.begin(), elements_.end(), nullptr), elements_.end());
@@ -99,6 +119,7 @@ public:
 
 private:
     std::shared_ptr<MetadataRoot> owner_;
+    KLVKey label_;
     std::vector<std::shared_ptr<Target>>& elements_;
     std::size_t index_;
 };
@@ -115,6 +136,7 @@ public:
     }
     bool accepts(const MetadataRoot& /*target*/) const override { return true; }
     const std::shared_ptr<MetadataRoot>& referencing() const noexcept override { return owner_; }
+    void leaveUnresolved(const MXFUID& /*uid*/) override {} // the property keeps its octets
     const void* list() const noexcept override { return nullptr; }
     void removeUnresolved() override {}
 

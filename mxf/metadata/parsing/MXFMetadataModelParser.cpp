@@ -132,7 +132,7 @@ void MXFMetadataModelParser::resolve(const Reference& reference, const std::shar
     }
     if (refused != nullptr) {
         report(errorHandler_, *refused, toString(target->getInstanceUID()));
-        leaveUnresolved(reference);
+        unresolved_.emplace_back(target->getInstanceUID(), reference);
     } else {
         reference->resolve(target);
     }
@@ -164,18 +164,16 @@ bool MXFMetadataModelParser::fitsDepth(const MetadataRoot& owner, const Metadata
     return true;
 }
 
-void MXFMetadataModelParser::leaveUnresolved(const Reference& reference) {
-    if (reference->list() != nullptr) {
-        unresolved_.emplace(reference->list(), reference);
+void MXFMetadataModelParser::leaveUnresolved() {
+    unresolved_.insert(unresolved_.end(), pending_.begin(), pending_.end());
+    for (const auto& [uid, reference] : unresolved_) {
+        reference->leaveUnresolved(uid);
     }
-}
-
-void MXFMetadataModelParser::removeUnresolvedElements() {
-    for (const auto& [uid, reference] : pending_) {
-        leaveUnresolved(reference);
-    }
-    for (const auto& [list, reference] : unresolved_) {
-        reference->removeUnresolved();
+    std::set<const void*> lists;
+    for (const auto& unresolved : unresolved_) {
+        if (lists.insert(unresolved.second->list()).second) {
+            unresolved.second->removeUnresolved();
+        }
     }
 }
 
@@ -206,7 +204,7 @@ void MXFMetadataModelParser::reportUnreferenced() {
 
 void MXFMetadataModelParser::endMetadata() {
     reportDangling();
-    removeUnresolvedElements();
+    leaveUnresolved();
     if (!objects_.empty() && objects_.front()->hasOwner()) {
         report(errorHandler_, findings::notModelRoot);
     }

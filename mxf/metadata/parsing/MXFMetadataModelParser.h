@@ -50,8 +50,7 @@ private:
     /// Leads @p reference to @p target if that is lawful, else reports why not.
     void resolve(const Reference& reference, const std::shared_ptr<MetadataRoot>& target, bool backward);
     bool fitsDepth(const MetadataRoot& owner, const MetadataRoot& owned);
-    void leaveUnresolved(const Reference& reference);
-    void removeUnresolvedElements();
+    void leaveUnresolved();
     void reportDangling();
     void reportUnreferenced();
     void clear();
@@ -63,7 +62,7 @@ private:
     MXFMetadataModelHandler::Model objects_; ///< those that had no owner when they came
     MXFPendingReferences pending_;
     std::map<MXFUID, std::shared_ptr<MetadataRoot>> byUID_;
-    std::map<const void*, Reference> unresolved_; ///< one for each list that has unresolved elements
+    std::vector<std::pair<MXFUID, Reference>> unresolved_; ///< refused
 
     /// How many levels of sets a set owns, for those that own any.
     std::unordered_map<const MetadataRoot*, unsigned> levels_;

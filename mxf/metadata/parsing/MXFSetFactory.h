@@ -99,13 +99,10 @@ private:
     void read(const std::shared_ptr<MetadataRoot>& set, const std::vector<std::uint8_t>& octets,
               MXFPendingReferences& pending) const override {
         pending.emplace(klvutil::readValue<MXFUID>(octets),
-                        std::make_shared<dangling_ref_t<MetadataRoot, Target>>(set, member_));
+                        std::make_shared<dangling_ref_t<MetadataRoot, Target>>(set, label(), member_));
     }
     void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const override {
         const std::shared_ptr<Target> target = targetOf(set.*member_);
-        if (target == nullptr) {
-            failPresent();
-        }
         klvutil::OctetWriter(octets).write(target->getInstanceUID());
         if (isStrong) {
             owned.push_back(target);
@@ -141,7 +138,8 @@ private:
         SharedList<Target>& targets = writableElements((*set).*member_);
         targets.resize(uids.size());
         for (std::size_t i = 0; i < uids.size(); ++i) {
-            pending.emplace(uids[i], std::make_shared<dangling_vector_ref_t<MetadataRoot, Target>>(set, targets, i));
+            pending.emplace(uids[i],
+                            std::make_shared<dangling_vector_ref_t<MetadataRoot, Target>>(set, label(), targets, i));
         }
     }
     void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const override {

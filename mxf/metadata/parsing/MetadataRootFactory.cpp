@@ -161,10 +161,11 @@ void MetadataRootFactory::codeProperties(std::shared_ptr<const MetadataRoot> obj
 void MetadataRootFactory::codeList(const PropertyList& list, const MetadataRoot& object, MXFProperties& properties,
                                    MXFOwnedSets& owned) {
     for (const auto& property : list) {
-        // What could not be read stands among the dark properties, and is written as it was.
-        if (!object.hasDarkProperty(property->label()) && !object.isMissing(property->label()) &&
-            (property->isRequired() || property->holdsValue(object))) {
+        if (property->isCodable(object)) {
             property->write(object, properties[property->label()], owned);
+        } else if (property->isRequired() && !property->holdsValue(object) &&
+                   !object.hasDarkProperty(property->label())) {
+            property->failPresent(); // a reference without a target
         }
     }
 }
