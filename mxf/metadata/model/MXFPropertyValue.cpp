@@ -9,20 +9,20 @@ namespace mxfutil {
 
 namespace {
 
-/// Labels and other identifiers may stand in one another's place, and the octets tell which it is.
-std::string identifier(const std::array<std::uint8_t, 16>& octets) {
-    const KLVKey key{octets};
-    return klvutil::isSMPTEKey(key) ? toString(key) : toString(MXFUID{octets});
-}
-
 struct Text {
     std::string operator()(bool value) const { return value ? "true" : "false"; }
     std::string operator()(std::int64_t value) const { return std::to_string(value); }
     std::string operator()(std::uint64_t value) const { return std::to_string(value); }
     std::string operator()(const std::string& value) const { return value; }
     std::string operator()(const std::wstring& value) const { return util::utf8::fromWide(value); }
-    std::string operator()(const KLVKey& value) const { return identifier(value.octets); }
-    std::string operator()(const MXFUID& value) const { return identifier(value.octets); }
+    // Labels and other identifiers may stand in one another's place. Octet 8 of a UUID has its first bit set.
+    std::string operator()(const KLVKey& value) const {
+        return klvutil::isSMPTEKey(value) || value[8] < 0x80 ? toString(value) : toString(MXFUID{value.octets});
+    }
+    std::string operator()(const MXFUID& value) const {
+        const KLVKey key{value.octets};
+        return klvutil::isSMPTEKey(key) ? toString(key) : toString(value);
+    }
     std::string operator()(const std::vector<std::uint8_t>& value) const {
         std::string text;
         util::appendHex(text, value.data(), value.size());
