@@ -1,13 +1,11 @@
 /// What reading costs beyond the bare minimum of the same work: each group is a plain loop over the same octets of the
 /// same file, and the library's readers. Before anything is timed, all of a group are shown to deliver the same octets.
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
-#include <map>
 #include <memory>
 #include <unistd.h>
 #include <vector>
@@ -15,6 +13,7 @@
 #include <benchmark/benchmark.h>
 
 #include "BenchmarkFile.h"
+#include "Benchmarks.h"
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFReader.h"
@@ -110,40 +109,6 @@ Delivered skipping(const BenchmarkFile& file) {
     return {};
 }
 
-/// Prints the usual lines, and at the end the ratios within each group. The first of a group is its base.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                const double time = run.real_accumulated_time / static_cast<double>(run.iterations);
-                const std::string name = run.run_name.function_name;
-                if (fastest_.emplace(name, time).second) {
-                    names_.push_back(name);
-                }
-                fastest_[name] = std::min(fastest_[name], time);
-            }
-        }
-    }
-
-    void Finalize() override {
-        std::printf("\nTime as a multiple of the first of each group (fastest repetition):\n");
-        std::string base;
-        for (const std::string& name : names_) {
-            const std::string group = name.substr(0, name.find('/') + 1);
-            if (base.compare(0, group.size(), group) != 0) {
-                base = name;
-            }
-            std::printf("  %-34s %6.2f\n", name.c_str(), fastest_[name] / fastest_[base]);
-        }
-    }
-
-private:
-    std::map<std::string, double> fastest_;
-    std::vector<std::string> names_;
-};
-
 void addGroup(const std::string& group, const BenchmarkFile& file,
               const std::vector<std::pair<std::string, Contender>>& contenders, bool delivering) {
     const Delivered expected = contenders.front().second(file);
@@ -169,19 +134,12 @@ void addGroup(const std::string& group, const BenchmarkFile& file,
 
 } // namespace
 
-int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 2;
-    }
-    const BenchmarkFile large(2500, 200000);
-    const BenchmarkFile small(1000000, 64);
+void registerReading() {
+    static const BenchmarkFile large(2500, 200000);
+    static const BenchmarkFile small(1000000, 64);
     addGroup("200KB-elements", large, {{"read(2)", plainRead}, {"KLVReader", klvReader}, {"MXFReader", mxfReader}},
              true);
     addGroup("64-octet-elements", small,
              {{"stream-buffer", streamBufferLoop}, {"KLVReader", klvReader}, {"MXFReader", mxfReader}}, true);
     addGroup("skipping-200KB", large, {{"read(2)", plainRead}, {"MXFReader", skipping}}, false);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    return 0;
 }

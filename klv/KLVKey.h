@@ -3,10 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 #include "util/Api.h"
+#include "util/byte_order.h"
 
 /// A 16-octet SMPTE Universal Label (ST 298), in file order: the key of a KLV triplet (ST 336) or a label held as a
 /// value.
@@ -20,15 +20,30 @@ struct KLVKey {
     constexpr std::uint8_t& operator[](std::size_t index) { return octets[index]; }
 };
 
+namespace klvutil::detail {
+
+/// The octets of a key that take part in comparisons, as two numbers that order as the octets do.
+inline std::uint64_t firstOctets(const KLVKey& key) noexcept {
+    return util::loadBigEndian<std::uint64_t>(&key.octets[0]) >> 8U;
+}
+inline std::uint64_t lastOctets(const KLVKey& key) noexcept {
+    return util::loadBigEndian<std::uint64_t>(&key.octets[8]);
+}
+
+} // namespace klvutil::detail
+
 inline bool operator==(const KLVKey& a, const KLVKey& b) noexcept {
-    return std::memcmp(&a.octets[0], &b.octets[0], 7) == 0 && std::memcmp(&a.octets[8], &b.octets[8], 8) == 0;
+    using namespace klvutil::detail;
+    return lastOctets(a) == lastOctets(b) && firstOctets(a) == firstOctets(b);
 }
 inline bool operator!=(const KLVKey& a, const KLVKey& b) noexcept {
     return !(a == b);
 }
 inline bool operator<(const KLVKey& a, const KLVKey& b) noexcept {
-    const int first = std::memcmp(&a.octets[0], &b.octets[0], 7);
-    return first != 0 ? first < 0 : std::memcmp(&a.octets[8], &b.octets[8], 8) < 0;
+    using namespace klvutil::detail;
+    const std::uint64_t first = firstOctets(a);
+    const std::uint64_t otherFirst = firstOctets(b);
+    return first != otherFirst ? first < otherFirst : lastOctets(a) < lastOctets(b);
 }
 
 /// "urn:smpte:ul:" and four groups of eight hexadecimal digits, octet 7 included.

@@ -5,8 +5,10 @@
 #include <ctime>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "util/Api.h"
+#include "util/byte_order.h"
 
 /// @file
 /// Values that the sets, packs and tables of a file hold (ST 377-1 §4, ST 330).
@@ -15,9 +17,15 @@
 struct MXFUID {
     std::array<std::uint8_t, 16> octets{};
 
-    friend bool operator==(const MXFUID& a, const MXFUID& b) noexcept { return a.octets == b.octets; }
+    friend bool operator==(const MXFUID& a, const MXFUID& b) noexcept { return a.halves() == b.halves(); }
     friend bool operator!=(const MXFUID& a, const MXFUID& b) noexcept { return !(a == b); }
-    friend bool operator<(const MXFUID& a, const MXFUID& b) noexcept { return a.octets < b.octets; }
+    friend bool operator<(const MXFUID& a, const MXFUID& b) noexcept { return a.halves() < b.halves(); }
+
+private:
+    /// Two numbers that order as the octets do.
+    std::pair<std::uint64_t, std::uint64_t> halves() const noexcept {
+        return {util::loadBigEndian<std::uint64_t>(&octets[0]), util::loadBigEndian<std::uint64_t>(&octets[8])};
+    }
 };
 
 /// "urn:uuid:" and the 8-4-4-4-12 form.

@@ -3,21 +3,29 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 /// @file
 /// The one home of big-endian access: every multi-octet field of KLV and MXF is stored most significant octet first.
 
 namespace util {
 
+namespace detail {
+
+// One expression, which compilers make one load of; they do not of a loop.
+template <std::size_t... i>
+constexpr std::uint64_t joinOctets(const std::uint8_t* from, std::index_sequence<i...> /*octets*/) noexcept {
+    return ((std::uint64_t{from[i]} << (8 * (sizeof...(i) - 1 - i))) | ...);
+}
+
+} // namespace detail
+
 /// Reads a big-endian integer of sizeof(Integer) octets.
 template <class Integer>
 constexpr Integer loadBigEndian(const std::uint8_t* from) noexcept {
     using Unsigned = std::make_unsigned_t<Integer>;
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < sizeof(Integer); ++i) {
-        value = (value << 8U) | from[i];
-    }
-    return static_cast<Integer>(static_cast<Unsigned>(value));
+    return static_cast<Integer>(
+        static_cast<Unsigned>(detail::joinOctets(from, std::make_index_sequence<sizeof(Integer)>())));
 }
 
 /// Writes the low @p octets octets of @p value big-endian; @p octets is at most 8.

@@ -115,18 +115,12 @@ void MXFMetadataModelParser::primedSet(MXFPrimedSet& set) {
 
 void MXFMetadataModelParser::resolve(const Reference& reference, const std::shared_ptr<MetadataRoot>& target,
                                      bool backward) {
-    const std::shared_ptr<MetadataRoot>& owner = reference->referencing();
     const klvutil::Finding* refused = nullptr;
     if (!reference->accepts(*target)) {
         refused = &findings::unexpectedClass;
     } else if (reference->isStrong()) {
-        if (target->hasOwner()) {
-            refused = &findings::alreadyOwned;
-        } else if (owner->getTopOwner() == target) {
-            refused = &findings::cyclicReference;
-        } else if (!fitsDepth(*owner, *target)) {
-            refused = &findings::ownedTooDeeply;
-        } else if (backward) {
+        refused = target->hasOwner() ? &findings::alreadyOwned : placeBelow(*reference->referencing(), *target);
+        if (refused == nullptr && backward) {
             report(errorHandler_, findings::backwardReference, toString(target->getInstanceUID()));
         }
     }
@@ -138,30 +132,27 @@ void MXFMetadataModelParser::resolve(const Reference& reference, const std::shar
     }
 }
 
-bool MXFMetadataModelParser::fitsDepth(const MetadataRoot& owner, const MetadataRoot& owned) {
+const klvutil::Finding* MXFMetadataModelParser::placeBelow(const MetadataRoot& owner, const MetadataRoot& owned) {
     const auto below = levels_.find(&owned);
-    const unsigned levels = below == levels_.end() ? 1 : below->second + 1;
-    unsigned depth = levels;
-    for (auto above = owner.getOwner(); above != nullptr; above = above->getOwner()) {
-        ++depth;
+    unsigned level = below == levels_.end() ? 1 : below->second + 1;
+    above_.clear();
+    for (const MetadataRoot* set = &owner; set != nullptr; set = set->getOwner().get()) {
+        above_.push_back(set);
     }
-    if (depth > maxDepth) {
-        return false;
+    if (above_.back() == &owned) {
+        return &findings::cyclicReference;
     }
-    unsigned level = levels;
-    unsigned* known = &levels_[&owner];
-    for (auto above = owner.getOwner();; above = above->getOwner()) {
-        if (*known >= level) {
+    if (above_.size() - 1 + level > maxDepth) {
+        return &findings::ownedTooDeeply;
+    }
+    for (const MetadataRoot* const set : above_) {
+        unsigned& known = levels_[set];
+        if (known >= level) {
             break; // and so do all above
         }
-        *known = level;
-        if (above == nullptr) {
-            break;
-        }
-        known = &levels_[above.get()];
-        ++level;
+        known = level++;
     }
-    return true;
+    return nullptr;
 }
 
 void MXFMetadataModelParser::leaveUnresolved() {

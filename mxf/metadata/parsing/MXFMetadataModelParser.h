@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "klv/Finding.h"
 #include "mxf/metadata/parsing/MXFMetadataFactory.h"
 #include "mxf/metadata/parsing/MXFMetadataHandler.h"
 #include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
@@ -49,7 +50,9 @@ private:
 
     /// Leads @p reference to @p target if that is lawful, else reports why not.
     void resolve(const Reference& reference, const std::shared_ptr<MetadataRoot>& target, bool backward);
-    bool fitsDepth(const MetadataRoot& owner, const MetadataRoot& owned);
+    /// Notes how deep the sets are when @p owner owns @p owned, unless that must not be.
+    /// @return null, or why it must not be
+    const klvutil::Finding* placeBelow(const MetadataRoot& owner, const MetadataRoot& owned);
     void leaveUnresolved();
     void reportDangling();
     void reportUnreferenced();
@@ -66,6 +69,7 @@ private:
 
     /// How many levels of sets a set owns, for those that own any.
     std::unordered_map<const MetadataRoot*, unsigned> levels_;
+    std::vector<const MetadataRoot*> above_; ///< from a set to its top owner; kept for its memory
 
     std::set<KLVKey> unrecognized_;     ///< keys that have been reported
     std::set<MXFUID> unhandled_;        ///< instance UIDs of sets of unknown classes
