@@ -2,6 +2,8 @@
 
 #include <fstream>
 
+#include "support/BuiltModel.h"
+#include "support/Models.h"
 #include "support/Octets.h"
 
 int main(int argc, char** argv) {
@@ -9,7 +11,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string whole = FileBuilder::whole().file;
-    for (const std::string& seed : {whole, "run-in" + whole, whole.substr(0, 300)}) {
+    BRYXMetadataFactory factory;
+    const auto model = builtModel();
+    const auto storage = model->getContentStorage();
+    const auto material = std::dynamic_pointer_cast<MaterialPackage>(storage->getPackageAt(0));
+    for (const std::string& seed : {whole, "run-in" + whole, whole.substr(0, 300), coded(model, factory),
+                                    coded((storage->removePackageAt(0), material), factory)}) {
         std::ofstream file(argv[1] + ("/seed" + std::to_string(seed.size())), std::ios::binary);
         file << seed << '\0';
         if (!file.flush()) {

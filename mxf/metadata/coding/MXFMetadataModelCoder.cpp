@@ -146,23 +146,24 @@ void MXFMetadataModelCoder::model(const Model& model) {
     while (!work.empty()) {
         const std::shared_ptr<const MetadataRoot> object = work.front();
         work.pop_front();
-        const std::type_info& type = typeid(*object);
+        const MetadataRoot& set = *object;
+        const std::type_info& type = typeid(set);
         require(factory_.canCode(type), "can handle object");
-        auto [set, owned] = factory_.code(object);
-        insertPrimerForSet(primer, factory_.getSetPrimer(type), set);
-        const auto order = set.properties.find(mxfutil::orderHintLabel);
-        if (order != set.properties.end()) {
+        auto [coded, owned] = factory_.code(object);
+        insertPrimerForSet(primer, factory_.getSetPrimer(type), coded);
+        const auto order = coded.properties.find(mxfutil::orderHintLabel);
+        if (order != coded.properties.end()) {
             require(!hasHint, "single primed set order");
             hasHint = true;
             hint = std::move(order->second);
-            set.properties.erase(order);
+            coded.properties.erase(order);
         }
-        for (const auto& property : set.properties) {
+        for (const auto& property : coded.properties) {
             if (!mxfutil::isPrivateLabel(property.first)) {
                 primer.emplace(property.first, mxfutil::staticTag(property.first));
             }
         }
-        sets.push_back(std::move(set));
+        sets.push_back(std::move(coded));
         work.splice(work.begin(), owned);
     }
     if (hasHint) {

@@ -87,9 +87,9 @@ bool MXFMetadataModelFactory::canCode(const std::type_info& type) {
 }
 
 std::pair<MXFPrimedSet, MXFOwnedSets> MXFMetadataModelFactory::code(std::shared_ptr<const MetadataRoot> set) {
-    util::require(set != nullptr, "can handle type");
-    MXFMetadataFactory& factory = forType(typeid(*set));
-    return factory.code(std::move(set));
+    const MetadataRoot* const object = set.get();
+    util::require(object != nullptr, "can handle type");
+    return forType(typeid(*object)).code(std::move(set));
 }
 
 const MXFMetadataFactory::SetPrimer& MXFMetadataModelFactory::getSetPrimer(const std::type_info& type) {

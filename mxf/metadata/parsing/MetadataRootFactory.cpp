@@ -129,7 +129,8 @@ void MetadataRootFactory::parseList(const PropertyList& list, const MXFPropertie
 }
 
 std::pair<MXFPrimedSet, MXFOwnedSets> MetadataRootFactory::code(std::shared_ptr<const MetadataRoot> set) {
-    util::require(set != nullptr && canCode(typeid(*set)), "expected type");
+    const MetadataRoot* const object = set.get();
+    util::require(object != nullptr && canCode(typeid(*object)), "expected type");
     std::pair<MXFPrimedSet, MXFOwnedSets> result;
     MXFPrimedSet& coded = result.first;
     coded.key = getSetKey();
