@@ -1,14 +1,12 @@
 #include "klv/Finding.h"
 
-#include <utility>
-
 #include "klv/ErrorHandler.h"
 
 namespace klvutil {
 
 namespace {
 
-std::string withDetail(std::string message, const std::string& detail) {
+std::string withDetail(const std::string& message, const std::string& detail) {
     return detail.empty() ? message : message + " - " + detail;
 }
 
@@ -32,7 +30,7 @@ std::string describe(const Finding& finding, const std::string& detail) {
 std::string describe(const Finding& finding, const std::string& subject, const std::string& detail) {
     std::string message = finding.message;
     message.replace(message.find('%'), 1, subject);
-    return withDetail(std::move(message), detail);
+    return withDetail(message, detail);
 }
 
 void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& detail) {

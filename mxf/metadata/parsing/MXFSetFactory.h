@@ -258,14 +258,14 @@ public:
     const KLVKey& getSetKey() const override { return Set::classKey; }
     bool allowBERLengths() const override { return Set::allowsBERLengths; }
 
-    void parseProperties(const MXFProperties& properties, std::shared_ptr<MetadataRoot> object,
+    void parseProperties(const MXFProperties& properties, const std::shared_ptr<MetadataRoot>& object,
                          MXFPendingReferences& pending) override {
         requireClass(object.get());
         BaseFactory::parseProperties(properties, object, pending);
         this->parseList(mxfutil::detail::ownProperties<Set>(), properties, object, pending);
     }
 
-    void codeProperties(std::shared_ptr<const MetadataRoot> object, MXFProperties& properties,
+    void codeProperties(const std::shared_ptr<const MetadataRoot>& object, MXFProperties& properties,
                         MXFOwnedSets& owned) override {
         requireClass(object.get());
         BaseFactory::codeProperties(object, properties, owned);

@@ -81,7 +81,7 @@ std::pair<std::shared_ptr<MetadataRoot>, MXFPendingReferences> MetadataRootFacto
     return result;
 }
 
-void MetadataRootFactory::parseProperties(const MXFProperties& properties, std::shared_ptr<MetadataRoot> object,
+void MetadataRootFactory::parseProperties(const MXFProperties& properties, const std::shared_ptr<MetadataRoot>& object,
                                           MXFPendingReferences& /*pending*/) {
     const auto instanceUID = properties.find(instanceUIDLabel());
     if (instanceUID == properties.end()) {
@@ -144,7 +144,7 @@ std::pair<MXFPrimedSet, MXFOwnedSets> MetadataRootFactory::code(std::shared_ptr<
     return result;
 }
 
-void MetadataRootFactory::codeProperties(std::shared_ptr<const MetadataRoot> object, MXFProperties& properties,
+void MetadataRootFactory::codeProperties(const std::shared_ptr<const MetadataRoot>& object, MXFProperties& properties,
                                          MXFOwnedSets& owned) {
     properties[instanceUIDLabel()] = klvutil::writeValue(object->getInstanceUID());
     for (auto dark = object->beginDarkProperties(); dark != object->endDarkProperties(); ++dark) {

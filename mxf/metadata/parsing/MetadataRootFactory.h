@@ -37,11 +37,11 @@ public:
     /// Reads @p properties into @p object, and adds its references to @p pending. A property that is wanting is
     /// reported as "missing", one that cannot be read as "invalid"; then it is kept as a dark property. Requires
     /// "object is a" with the name of the class.
-    virtual void parseProperties(const MXFProperties& properties, std::shared_ptr<MetadataRoot> object,
+    virtual void parseProperties(const MXFProperties& properties, const std::shared_ptr<MetadataRoot>& object,
                                  MXFPendingReferences& pending);
 
     /// Writes @p object to @p properties, and adds the sets that it owns to @p owned.
-    virtual void codeProperties(std::shared_ptr<const MetadataRoot> object, MXFProperties& properties,
+    virtual void codeProperties(const std::shared_ptr<const MetadataRoot>& object, MXFProperties& properties,
                                 MXFOwnedSets& owned);
 
     /// Whether the set may also come with BER item lengths, in which case octet 5 of its key is 13.
