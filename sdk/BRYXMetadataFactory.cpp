@@ -24,10 +24,3 @@ void BRYXMetadataFactory::add(std::shared_ptr<MXFMetadataFamily> family) {
     factories_.push_back(family);
     families_.push_back(std::move(family));
 }
-
-void BRYXMetadataFactory::setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) {
-    for (const auto& factory : factories_) {
-        factory->setErrorHandler(errorHandler);
-    }
-    MXFMetadataModelFactory::setErrorHandler(std::move(errorHandler));
-}

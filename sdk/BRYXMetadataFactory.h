@@ -14,8 +14,6 @@ public:
     BRYXMetadataFactory& operator=(const BRYXMetadataFactory&) = delete;
     ~BRYXMetadataFactory() override;
 
-    /// All families report to the error handler.
-    void setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) override;
     const std::vector<std::shared_ptr<MXFMetadataFactory>>& getFactories() override { return factories_; }
 
 private:

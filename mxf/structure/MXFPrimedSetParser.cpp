@@ -19,6 +19,10 @@ MXFPrimedSetParser::MXFPrimedSetParser() {
 
 MXFPrimedSetParser::~MXFPrimedSetParser() = default;
 
+bool MXFPrimedSetParser::allowsBERLengths(const KLVKey& /*key*/) const {
+    return false;
+}
+
 void MXFPrimedSetParser::setLocator(const Locator& locator) {
     locator_ = &locator;
     next().setLocator(locator);
@@ -47,7 +51,7 @@ bool MXFPrimedSetParser::startLocalSet(const KLVKey& key, std::uint64_t length, 
     if (tagForm == KLVFieldForm::TwoOctets) {
         util::require(state_ == State::BetweenSets, "before primed set");
         if (wantsSet(key)) {
-            if (lengthForm != KLVFieldForm::TwoOctets) {
+            if (lengthForm != KLVFieldForm::TwoOctets && !(lengthForm == KLVFieldForm::BER && allowsBERLengths(key))) {
                 klvutil::report(errorHandler_, findings::nonStandardItemLength, toString(key));
             }
             const auto position = MXFTripletPosition::of(*locator_, form_, length);

@@ -46,6 +46,9 @@ protected:
     /// Whether a set with @p key is to be parsed; if not, it is forwarded.
     virtual bool wantsSet(const KLVKey& key) = 0;
 
+    /// Whether sets with @p key may have BER item lengths; no set may here.
+    virtual bool allowsBERLengths(const KLVKey& key) const;
+
     /// The primer has no entry for @p tag.
     /// @return the label to decode the item with, or null to skip it
     virtual const KLVKey* unknownTag(std::uint16_t tag) = 0;

@@ -38,6 +38,12 @@ protected:
     ApplicationSet() = default;
 };
 
+class Tagless : public ApplicationSet {
+    BRYX_SET(Tagless, ApplicationSet, "060e2b34.02530101.0f010101.00000004");
+    /// Has a tag that no table knows, and no label.
+    BRYX_OPTIONAL(Number, number, std::uint32_t, 0x7FF1);
+};
+
 class ApplicationFamily : public MXFMetadataModelFactory {
 public:
     const std::vector<std::shared_ptr<MXFMetadataFactory>>& getFactories() override { return factories_; }
@@ -189,6 +195,25 @@ TEST(MetadataCoder, TakesSetsOfApplications) {
     ASSERT_EQ(model.size(), 1U);
     EXPECT_EQ(mxfutil::firstDifference(*set, *model.front()), "");
     EXPECT_EQ(model.front()->getReferenceDarkProperty(keys::item)->getInstanceUID(), owned->getInstanceUID());
+
+    EXPECT_EQ(failure([] { MXFSetFactory<Tagless>().create(); }), "property has a label");
+
+    // A factory of the application's own goes with copies of the family that lists it.
+    class Loud : public FillerFactory {
+    public:
+        std::shared_ptr<MetadataRoot> create() const override {
+            const auto filler = Filler::create();
+            filler->setDuration(7);
+            return filler;
+        }
+    };
+    class Family : public MXFMetadataFamily {
+    public:
+        Family() : MXFMetadataFamily({std::make_shared<Loud>(), std::make_shared<SequenceFactory>()}) {}
+    } family;
+    Family copy(family);
+    EXPECT_EQ(copy.getFactories()[0], family.getFactories()[0]);
+    EXPECT_NE(copy.getFactories()[1], family.getFactories()[1]);
 
     MXFPrimedSet damaged = factory.code(set).first;
     damaged.properties[keys::item] = {1};

@@ -64,6 +64,27 @@ std::shared_ptr<Set> as(const std::shared_ptr<MetadataRoot>& set) {
     return std::dynamic_pointer_cast<Set>(set);
 }
 
+/// The octets of a property's value: how many, of each element of a batch after "[", or "*" if there may be any number.
+std::string valueSize(MXFMetadataFactory& factory, const KLVKey& setKey, const MXFProperty& property) {
+    const auto isRead = [&](const Octets& value) {
+        MXFPrimedSet set = primed(setKey, 1);
+        set.properties[property.label()] = value;
+        return !factory.parse(set).first->hasDarkProperty(property.label());
+    };
+    std::string size;
+    for (std::uint8_t n = 1; n <= 33; ++n) {
+        if (isRead(Octets(n, 0)) && isRead(Octets(n, 'x'))) {
+            size = size.empty() ? std::to_string(n) : "*";
+        }
+    }
+    for (std::uint8_t n = 1; size.empty() && n <= 33; ++n) {
+        Octets batch{0, 0, 0, 1, 0, 0, 0, n};
+        batch.resize(8U + n);
+        size = isRead(batch) ? "[" + std::to_string(n) : size;
+    }
+    return size;
+}
+
 /// Whether two values mean the same: a text that ended in NUL characters, an empty batch.
 bool isOtherCodingOf(Octets shorter, const Octets& original) {
     if (original == Octets(8, 0)) {
@@ -105,6 +126,15 @@ TEST(MetadataModel, BuiltInCodeReadsBackEqual) {
     EXPECT_EQ(tags[klvutil::key("060e2b34.0101010e.04010606.01060000")], 0x8004);
     EXPECT_GE(tags[klvutil::key("060e2b34.0101010d.04010602.020a0000")], 0x8000);
     EXPECT_NE(tags[klvutil::key("060e2b34.0101010d.04010602.020a0000")], 0x8009);
+
+    const auto primaries = klvutil::writeValue(MXFThreeChromaticities{{1, 2}, {3, 4}, {5, 6}});
+    EXPECT_NE(octets.find(octets::of(primaries)), std::string::npos);
+    EXPECT_EQ(primaries, (Octets{0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6})); // red, green, blue
+    // A package outside the model cannot be the primary one.
+    const auto outside = MaterialPackage::create();
+    preface->setPrimaryPackage(outside);
+    EXPECT_FALSE(as<Preface>(reader.readRegion(coded(preface, factory)).front())->hasPrimaryPackage());
+    preface->setPrimaryPackage(preface->getContentStorage()->getPackageAt(0));
 
     // One changed value, at the bottom of the tree, is found.
     const auto storage = preface->getContentStorage();
@@ -169,7 +199,8 @@ TEST(MetadataModel, LongTextsAreCodedWithBERLengths) {
     const std::string octets = coded(text, factory);
     ModelReader reader(factory);
     const Model model = reader.readRegion(octets);
-    ASSERT_EQ(model.size(), 1U) << joined(reader.log);
+    EXPECT_EQ(joined(reader.log), "");
+    ASSERT_EQ(model.size(), 1U);
     EXPECT_EQ(mxfutil::firstDifference(*text, *model.front()), "");
     EXPECT_EQ(reader.sets.back().key[5], 0x13);
     KLVKey otherForm = Preface::classKey;
@@ -276,6 +307,8 @@ TEST(MetadataModel, UnresolvedReferencesAreTold) {
     };
     EXPECT_EQ(text(), "9283");
     EXPECT_EQ(storage->getPackageCount(), 2U);
+    storage->getPackageAt(1)->setInstanceUID(uid(5));
+    EXPECT_EQ(text(), "9285");
     storage->addPackage(SourcePackage::create());
     EXPECT_EQ(text().size(), 3U);
     EXPECT_EQ(failure([&] { packages->value(*Filler::create()); }), "set has property");
@@ -424,10 +457,14 @@ TEST(MetadataModel, SetsAgreeWithTheRegisters) {
     BRYXMetadataFactory factory;
     std::map<std::string, std::map<std::string, const MXFProperty*>> properties; // by class and label
     std::map<std::string, std::string> keys;
+    std::map<std::string, KLVKey> examples; // keys of sets that have the properties of a class
     for (const auto& family : factory.getFactories()) {
         for (const auto& single : dynamic_cast<MXFMetadataModelFactory&>(*family).getFactories()) {
             const auto set = dynamic_cast<MetadataRootFactory&>(*single).create();
             const MXFSetDescription& description = set->getDescription();
+            for (const MXFProperty* property : description.properties()) {
+                examples[property->fullName().substr(0, property->fullName().find('.'))] = description.key();
+            }
             keys[description.name()] = toString(description.key());
             for (const MXFProperty* property : description.properties()) {
                 const std::string name = property->fullName();
@@ -444,8 +481,8 @@ TEST(MetadataModel, SetsAgreeWithTheRegisters) {
             continue;
         }
         std::istringstream fields(text);
-        std::string words[3];
-        fields >> words[0] >> words[1] >> words[2];
+        std::string words[4];
+        fields >> words[0] >> words[1] >> words[2] >> words[3];
         std::string& digits = words[text.front() == ' ' ? 0 : 1];
         const std::string label = "urn:smpte:ul:" + digits.substr(0, 8) + "." + digits.substr(8, 8) + "." +
                                   digits.substr(16, 8) + "." + digits.substr(24);
@@ -468,6 +505,9 @@ TEST(MetadataModel, SetsAgreeWithTheRegisters) {
         EXPECT_EQ(property.tag(), tag) << property.fullName();
         EXPECT_EQ(property.isRequired(), words[2] == "r" || requiredHere.erase(property.fullName()) == 1)
             << property.fullName();
+        if (examples.count(set) != 0) {
+            EXPECT_EQ(valueSize(factory, examples[set], property), words[3]) << property.fullName();
+        }
         properties[set].erase(found);
     }
     EXPECT_TRUE(requiredHere.empty());

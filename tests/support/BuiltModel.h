@@ -92,7 +92,7 @@ inline std::shared_ptr<Preface> builtModel() {
     video->addGenericSubDescriptor(mpeg4);
     multiple->addSubDescriptor(video);
     const auto rgba = RGBAPictureDescriptor::create();
-    rgba->setPixelLayout({{{'R', 8}, {'G', 8}, {'B', 8}, {0, 0}}});
+    rgba->setPixelLayout({{{{'R', 8}, {'G', 8}, {'B', 8}}}});
     rgba->setPalette(std::vector<std::uint8_t>(65535, 7));
     rgba->setMasteringDisplayPrimaries({{1, 2}, {3, 4}, {5, 6}});
     multiple->addSubDescriptor(rgba);

@@ -7,7 +7,7 @@ class BRYX_API UserDefinedAcquisitionMetadata : public AcquisitionMetadataObject
     BRYX_SET(UserDefinedAcquisitionMetadata, AcquisitionMetadataObject, "060e2b34.02530101.0c020101.7f010000");
 
     /// Says whose set it is, and of which kind.
-    BRYX_REQUIRED(UDAMSetIdentifier, udamSetIdentifier, KLVKey, 0xE000, "060e2b34.0101010d.04060805.00000000");
+    BRYX_REQUIRED(UDAMSetIdentifier, udamSetIdentifier, MXFUID, 0xE000, "060e2b34.0101010d.04060805.00000000");
     /// 256 times the major number plus the minor one.
     BRYX_OPTIONAL(UDAMSetVersion, udamSetVersion, std::uint16_t, 0xE010, "060e2b34.0101010e.04060807.00000000");
 

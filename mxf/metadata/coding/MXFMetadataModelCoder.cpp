@@ -22,12 +22,26 @@ bool isTaken(const MXFMetadataModelCoder::CombinedPrimer& primer, std::uint16_t 
                        [&](const auto& entry) { return entry.second == tag && entry.first != label; });
 }
 
-/// The labels that an order hint lists, and their places.
+/// Merges one entry of a set primer. See insertPrimerForSet().
+void insertEntry(MXFMetadataModelCoder::CombinedPrimer& combined, const KLVKey& label, std::uint16_t tag) {
+    const auto [known, isNew] = combined.emplace(label, tag);
+    if (tag == 0 || (!isNew && known->second == tag)) {
+        return;
+    }
+    require(isNew || known->second == 0, "consistent primer entry");
+    if (!isTaken(combined, tag, label)) {
+        known->second = tag;
+    } else {
+        require(tag >= mxfutil::firstDynamicTag, "consistent primer entry");
+        known->second = 0;
+    }
+}
+
+/// The labels that an order hint lists, and their places. Octets after the last whole label are not looked at.
 std::map<KLVKey, std::size_t> readOrderHint(const std::vector<std::uint8_t>& hint) {
-    require(hint.size() % sizeof(KLVKey) == 0, "order hint is a list of labels");
     klvutil::OctetReader octets(hint.data(), hint.size());
     std::map<KLVKey, std::size_t> places;
-    while (octets.left() > 0) {
+    while (octets.left() >= sizeof(KLVKey)) {
         require(places.emplace(octets.read<KLVKey>(), places.size()).second, "no repeated properties in order hint");
     }
     return places;
@@ -95,22 +109,9 @@ void MXFMetadataModelCoder::endMetadata() {
 void MXFMetadataModelCoder::insertPrimerForSet(CombinedPrimer& combined, const MXFMetadataFactory::SetPrimer& setPrimer,
                                                const MXFPrimedSet& set) {
     for (const auto& property : set.properties) {
-        const KLVKey& label = property.first;
-        const auto entry = setPrimer.find(label);
-        if (entry == setPrimer.end()) {
-            continue;
-        }
-        const std::uint16_t tag = entry->second;
-        const auto [known, isNew] = combined.emplace(label, tag);
-        if (tag == 0 || (!isNew && known->second == tag)) {
-            continue;
-        }
-        require(isNew || known->second == 0, "consistent primer entry");
-        if (!isTaken(combined, tag, label)) {
-            known->second = tag;
-        } else {
-            require(tag >= mxfutil::firstDynamicTag, "consistent primer entry");
-            known->second = 0;
+        const auto entry = setPrimer.find(property.first);
+        if (entry != setPrimer.end()) {
+            insertEntry(combined, entry->first, entry->second);
         }
     }
 }
@@ -139,6 +140,8 @@ MXFMetadataHandler::Primer MXFMetadataModelCoder::allocateDynamicTags(const Comb
 void MXFMetadataModelCoder::model(const Model& model) {
     require(model.size() == 1 && model.front() != nullptr && !model.front()->hasOwner(), "valid model");
     CombinedPrimer primer;
+    std::set<std::pair<KLVKey, std::uint16_t>> merged;
+    std::set<MXFUID> uids;
     PrimedSets sets;
     std::vector<std::uint8_t> hint;
     bool hasHint = false;
@@ -150,7 +153,15 @@ void MXFMetadataModelCoder::model(const Model& model) {
         const std::type_info& type = typeid(set);
         require(factory_.canCode(type), "can handle object");
         auto [coded, owned] = factory_.code(object);
-        insertPrimerForSet(primer, factory_.getSetPrimer(type), coded);
+        require(uids.insert(object->getInstanceUID()).second, "unique MetadataRoot.instanceUID");
+        const MXFMetadataFactory::SetPrimer& setPrimer = factory_.getSetPrimer(type);
+        for (const auto& property : coded.properties) {
+            const auto entry = setPrimer.find(property.first);
+            // Once for each label: whether its tag is taken costs a look at all others.
+            if (entry != setPrimer.end() && merged.insert(*entry).second) {
+                insertEntry(primer, entry->first, entry->second);
+            }
+        }
         const auto order = coded.properties.find(mxfutil::orderHintLabel);
         if (order != coded.properties.end()) {
             require(!hasHint, "single primed set order");

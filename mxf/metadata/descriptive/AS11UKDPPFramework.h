@@ -52,7 +52,7 @@ class BRYX_API AS11UKDPPFramework : public DescriptiveMetadataFramework {
     BRYX_REQUIRED(AudioLoudnessStandard, audioLoudnessStandard, UKDPPAudioLoudnessStandard,
                   "060e2b34.01010101.0d0c0101.01011300");
     BRYX_OPTIONAL(AudioComments, audioComments, std::wstring, "060e2b34.01010101.0d0c0101.01011400");
-    /// Timecodes of the start of line-up and clock, as counts of frames.
+    /// Where line-up and clock start, in edit units of the material package.
     BRYX_REQUIRED(LineUpStart, lineUpStart, std::int64_t, "060e2b34.01010101.0d0c0101.01011500");
     BRYX_REQUIRED(IdentClockStart, identClockStart, std::int64_t, "060e2b34.01010101.0d0c0101.01011600");
     /// The number of parts, and the sum of their durations in frames.

@@ -40,7 +40,7 @@ class BRYX_API AES3AudioDescriptor : public WaveAudioDescriptor {
     BRYX_SET(AES3AudioDescriptor, WaveAudioDescriptor, "060e2b34.02530101.0d010101.01014700");
 
     BRYX_OPTIONAL(Emphasis, emphasis, MXFEmphasis, 0x3D0D);
-    /// The place of the first sample in a block of 192 frames.
+    /// The place in the essence of the first Z preamble, with which a block of 192 frames begins.
     BRYX_OPTIONAL(BlockStartOffset, blockStartOffset, std::uint16_t, 0x3D0F);
     BRYX_OPTIONAL(AuxiliaryBitsMode, auxiliaryBitsMode, MXFAuxiliaryBitsMode, 0x3D08);
     /// One for each channel.

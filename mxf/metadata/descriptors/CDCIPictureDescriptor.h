@@ -24,9 +24,9 @@ class BRYX_API CDCIPictureDescriptor : public PictureDescriptor {
     BRYX_REQUIRED(HorizontalSubsampling, horizontalSubsampling, std::uint32_t, 0x3302);
     BRYX_OPTIONAL(VerticalSubsampling, verticalSubsampling, std::uint32_t, 0x3308);
     BRYX_OPTIONAL(ColourSiting, colourSiting, MXFColourSiting, 0x3303);
-    /// Whether the octets of samples stand in reversed order, the least significant first.
+    /// Whether luminance comes before colour difference; false for the order of ITU-R BT.601.
     BRYX_OPTIONAL(ReversedByteOrder, reversedByteOrder, bool, 0x330B);
-    /// Bits between one sample and the next.
+    /// Bits that fill each pixel up.
     BRYX_OPTIONAL(PaddingBits, paddingBits, std::int16_t, 0x3307);
     /// Significant bits of a sample of alpha.
     BRYX_OPTIONAL(AlphaSamplingDepth, alphaSamplingDepth, std::uint32_t, 0x3309);

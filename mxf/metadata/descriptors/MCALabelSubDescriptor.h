@@ -17,7 +17,7 @@ class BRYX_API MCALabelSubDescriptor : public SubDescriptor {
     BRYX_OPTIONAL(TagName, tagName, std::wstring, "060e2b34.0101010e.01030701.03000000");
     /// The number of the channel in the essence, from 1.
     BRYX_OPTIONAL(ChannelID, channelID, std::uint32_t, "060e2b34.0101010e.0103040a.00000000");
-    /// A language tag (RFC 5646), as the two more after next.
+    /// A language tag (RFC 5646).
     BRYX_OPTIONAL(SpokenLanguage, spokenLanguage, std::string, "060e2b34.0101010d.03010102.03150000");
     BRYX_OPTIONAL(Title, title, std::wstring, "060e2b34.0101010e.01051000.00000000");
     BRYX_OPTIONAL(TitleVersion, titleVersion, std::wstring, "060e2b34.0101010e.01051100.00000000");

@@ -5,5 +5,5 @@ std::string toString(const MXFChromaticity& chromaticity) {
 }
 
 std::string toString(const MXFThreeChromaticities& primaries) {
-    return toString(primaries.green) + " " + toString(primaries.blue) + " " + toString(primaries.red);
+    return toString(primaries.red) + " " + toString(primaries.green) + " " + toString(primaries.blue);
 }

@@ -46,15 +46,15 @@ BRYX_API std::string toString(const MXFChromaticity& chromaticity);
 
 /// The primaries of a display (ST 2067-21).
 struct MXFThreeChromaticities {
+    MXFChromaticity red;
     MXFChromaticity green;
     MXFChromaticity blue;
-    MXFChromaticity red;
 
     template <class Self, class Visit>
     static void fields(Self& self, Visit&& visit) {
+        visit("red", self.red);
         visit("green", self.green);
         visit("blue", self.blue);
-        visit("red", self.red);
     }
 };
 BRYX_API std::string toString(const MXFThreeChromaticities& primaries);

@@ -3,8 +3,10 @@
 std::string toString(const MXFPixelLayout& layout) {
     std::string text;
     for (const MXFPixelComponent& component : layout.components) {
-        if (component.code != 0) {
-            text += component.code + std::to_string(component.depth);
+        const auto code = static_cast<std::uint8_t>(component.code);
+        if (code != 0) {
+            text += code > 0x20 && code < 0x7F ? std::string(1, component.code) : "(" + std::to_string(code) + ")";
+            text += std::to_string(component.depth);
         }
     }
     return text;
@@ -13,9 +15,8 @@ std::string toString(const MXFPixelLayout& layout) {
 namespace klvutil {
 
 void ValueCoding<MXFPixelLayout>::read(OctetReader& from, MXFPixelLayout& layout) {
-    layout.components.clear();
-    while (from.left() > 0) {
-        layout.components.push_back(from.read<MXFPixelComponent>());
+    for (MXFPixelComponent& component : layout.components) {
+        from.read(component);
     }
 }
 

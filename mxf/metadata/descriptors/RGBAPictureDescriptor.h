@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "klv/ValueCoding.h"
@@ -17,16 +18,15 @@ struct MXFPixelComponent {
     }
 };
 
-/// The components of a pixel in their order. As a rule there are eight of them, of which those that are not needed are
-/// all zero.
+/// The components of a pixel in their order. Those that are not needed come last and are all zero.
 struct MXFPixelLayout {
-    std::vector<MXFPixelComponent> components;
+    std::array<MXFPixelComponent, 8> components{};
 };
 
-/// The components that there are, as in "R8G8B8".
+/// The components that there are, as in "R8G8B8". A code that is no printable character stands as its number in
+/// parentheses.
 BRYX_API std::string toString(const MXFPixelLayout& layout);
 
-/// A layout is all components that fit the octets that are left.
 template <>
 struct klvutil::ValueCoding<MXFPixelLayout> {
     BRYX_API static void read(OctetReader& from, MXFPixelLayout& layout);

@@ -9,11 +9,30 @@ namespace mxfutil {
 
 namespace {
 
+/// @p text, or if it is not UTF-8, with every octet that is not ASCII as "\\x" and two hexadecimal digits.
+std::string validUTF8(const std::string& text) {
+    try {
+        return util::utf8::fromWide(util::utf8::toWide(text));
+    } catch (const util::utf8::exception&) {
+        std::string result;
+        for (const char c : text) {
+            const auto octet = static_cast<std::uint8_t>(c);
+            if (octet < 0x80) {
+                result += c;
+            } else {
+                result += "\\x";
+                util::appendHex(result, &octet, 1);
+            }
+        }
+        return result;
+    }
+}
+
 struct Text {
     std::string operator()(bool value) const { return value ? "true" : "false"; }
     std::string operator()(std::int64_t value) const { return std::to_string(value); }
     std::string operator()(std::uint64_t value) const { return std::to_string(value); }
-    std::string operator()(const std::string& value) const { return value; }
+    std::string operator()(const std::string& value) const { return validUTF8(value); }
     std::string operator()(const std::wstring& value) const { return util::utf8::fromWide(value); }
     // Labels and other identifiers may stand in one another's place. Octet 8 of a UUID has its first bit set.
     std::string operator()(const KLVKey& value) const {

@@ -37,9 +37,9 @@
 ///     references             getPCount, getPAt, addP, insertPAt, removePAt; an index requires "valid Class.p index"
 ///     optional references    hasP and removeP, of all together, as well
 ///
-/// A strong reference owns its target: setting it requires what MetadataRoot::swapOwnership() does. A required property
-/// that was missing where the set was read has the value of a new set, and is not coded until it is set; the same goes
-/// for one whose value could not be read, which is coded as it was.
+/// A strong reference owns its target: setting it requires what MetadataRoot::swapOwnership() does. A required value that
+/// was missing where the set was read is that of a new set, and is not coded until it is set; one that could not be read
+/// is coded as it was. A required reference without a target cannot be coded.
 ///
 /// An application adds sets of its own in the same way. Then mxf/metadata/parsing/MXFSetFactory.h must be included
 /// where such sets are made, and an MXFMetadataModelFactory lists their factories.

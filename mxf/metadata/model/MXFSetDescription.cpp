@@ -1,12 +1,15 @@
 #include "mxf/metadata/model/MXFSetDescription.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "util/assertion_failure.h"
 
 MXFProperty::MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind)
-    : setName_(setName), name_(name), label_(label.label()), tag_(label.tag()), required_(required), kind_(kind) {}
+    : setName_(setName), name_(name), label_(label.label()), tag_(label.tag()), required_(required), kind_(kind) {
+    util::require(label_ != KLVKey{}, "property has a label");
+}
 
 MXFProperty::~MXFProperty() = default;
 
@@ -27,35 +30,49 @@ void requireProperty(const MetadataRoot& set, const MXFProperty* property) {
 
 } // namespace
 
-bool MXFProperty::isCodable(const MetadataRoot& set) const {
+bool MXFProperty::isKnown(const MetadataRoot& set) const {
     // What could not be read stands among the dark properties.
     return holdsValue(set) && !set.isMissing(label_) && !set.hasDarkProperty(label_);
 }
 
+bool MXFProperty::isCodable(const MetadataRoot& set) const {
+    if (!isKnown(set)) {
+        return false;
+    }
+    bool isInModel = true;
+    if (kind_ == Kind::WeakReference) {
+        mxfutil::forEachReference(getValue(set),
+                                  [&](const auto& target) { isInModel = target->getTopOwner() == set.getTopOwner(); });
+    }
+    return isInModel;
+}
+
 bool MXFProperty::isPresent(const MetadataRoot& set) const {
     requireProperty(set, this);
-    return isCodable(set) || !set.getUnresolvedReferences(label_).empty();
+    return isKnown(set) || set.unresolved_.count(label_) != 0;
 }
 
 MXFPropertyValue MXFProperty::value(const MetadataRoot& set) const {
     requireProperty(set, this);
-    const std::vector<MXFUID> uids = set.getUnresolvedReferences(label_);
-    MXFPropertyValue resolved = getValue(set);
-    if (uids.empty()) {
-        return resolved;
+    MXFPropertyValue value = getValue(set);
+    const auto unresolved = set.unresolved_.find(label_);
+    if (unresolved == set.unresolved_.end()) {
+        return value;
     }
-    if (std::holds_alternative<MXFScalar>(resolved)) {
-        return MXFScalar(uids.front());
+    if (std::holds_alternative<MXFScalar>(value)) {
+        return MXFScalar(unresolved->second.begin()->second);
     }
-    // The sets that are there stand in the order of the UIDs, between those that are not.
-    std::vector<MXFScalar> values(uids.begin(), uids.end());
-    auto place = values.begin();
-    for (MXFScalar& element : std::get<std::vector<MXFScalar>>(resolved)) {
-        const MXFUID& uid = std::get<std::shared_ptr<const MetadataRoot>>(element)->getInstanceUID();
-        place = std::find(place, values.end(), MXFScalar(uid));
-        *place++ = std::move(element);
+    auto& elements = std::get<std::vector<MXFScalar>>(value);
+    std::vector<MXFScalar> all;
+    auto element = elements.begin();
+    for (const auto& [index, uid] : unresolved->second) {
+        while (all.size() < index && element != elements.end()) {
+            all.push_back(std::move(*element++));
+        }
+        all.emplace_back(uid);
     }
-    return values;
+    std::move(element, elements.end(), std::back_inserter(all));
+    return all;
 }
 
 MXFSetDescription::MXFSetDescription(const char* name, const KLVKey& key, const std::type_info& type,

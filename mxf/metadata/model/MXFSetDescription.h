@@ -50,9 +50,8 @@ public:
     /// a reference, be it unresolved. Requires "set has property": that its description lists this property.
     bool isPresent(const MetadataRoot& set) const;
 
-    /// The value of the property in @p set; of an absent one, a default or an empty reference. References that could not
-    /// all be resolved stand as the instance UIDs of their targets where the target is not there. Requires "set has
-    /// property".
+    /// The value of the property in @p set; of an absent one, a default or an empty reference. An unresolved reference
+    /// stands as the instance UID of its target. Requires "set has property".
     MXFPropertyValue value(const MetadataRoot& set) const;
 
 protected:
@@ -63,6 +62,8 @@ private:
     friend std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& b);
 
     /// Whether the value is one that was set or could be read.
+    bool isKnown(const MetadataRoot& set) const;
+    /// Whether it can be coded too: a weak reference leads to a set of the same model.
     bool isCodable(const MetadataRoot& set) const;
 
     [[noreturn]] void failPresent() const;

@@ -31,3 +31,6 @@ public:
 protected:
     AcquisitionMetadataObject() = default;
 };
+
+using MetadataObjectFactory = MXFSetFactory<MetadataObject>;
+using AcquisitionMetadataObjectFactory = MXFSetFactory<AcquisitionMetadataObject>;

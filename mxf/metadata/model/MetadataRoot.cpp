@@ -71,8 +71,14 @@ bool MetadataRoot::isMissing(const KLVKey& label) const noexcept {
 }
 
 std::vector<MXFUID> MetadataRoot::getUnresolvedReferences(const KLVKey& label) const {
+    std::vector<MXFUID> uids;
     const auto at = unresolved_.find(label);
-    return at == unresolved_.end() ? std::vector<MXFUID>() : at->second;
+    if (at != unresolved_.end()) {
+        for (const auto& reference : at->second) {
+            uids.push_back(reference.second);
+        }
+    }
+    return uids;
 }
 
 void MetadataRoot::forgetReading(const KLVKey& label) {

@@ -71,8 +71,8 @@ public:
     /// Whether a required property was missing where the set was read, and has not been set since.
     bool isMissing(const KLVKey& label) const noexcept;
 
-    /// The instance UIDs of all targets of a property, in their order, if not all of its references could be resolved
-    /// where the set was read, and it has not been set since; else none. They are not coded.
+    /// Where the references of a property lead that could not be resolved where the set was read, if it has not been
+    /// set since: the instance UIDs of the targets, in the order of the references. They are not coded.
     std::vector<MXFUID> getUnresolvedReferences(const KLVKey& label) const;
 
     /// Where the set was read: the stream position of the first octet of its key, and of the octet after it. Each is
@@ -162,6 +162,10 @@ protected:
 private:
     friend class MetadataRootFactory; // which notes what it could not read
     friend class dangling_ref_base;   // which gives references their targets
+    friend class MXFProperty;         // which shows what could not be read
+
+    /// UIDs by the places of the references in their property.
+    using UnresolvedReferences = std::map<std::size_t, MXFUID>;
 
     void setMissing(const KLVKey& label) { missing_.push_back(label); }
     void forgetReading(const KLVKey& label);
@@ -173,7 +177,7 @@ private:
     MXFUID instanceUID_;
     DarkProperties dark_;
     std::vector<KLVKey> missing_; ///< labels of required properties
-    std::map<KLVKey, std::vector<MXFUID>> unresolved_;
+    std::map<KLVKey, UnresolvedReferences> unresolved_;
     boost::optional<std::streampos> start_;
     boost::optional<std::streampos> end_;
 };

@@ -27,20 +27,19 @@ public:
     /// The set that has the reference.
     virtual const std::shared_ptr<MetadataRoot>& referencing() const noexcept = 0;
 
-    /// Notes on the referencing set that the reference leads to @p uid and has not been resolved, after all references
-    /// of the set that can be have been.
+    /// Notes on the referencing set that the reference leads to @p uid and has not been resolved.
     virtual void leaveUnresolved(const MXFUID& uid) = 0;
 
     /// The list that the reference is an element of, to tell one list from another; null if it stands alone.
     virtual const void* list() const noexcept = 0;
 
-    /// Takes all elements that have not been resolved out of that list, after leaveUnresolved() of each.
+    /// Takes all elements that have not been resolved out of that list.
     virtual void removeUnresolved() = 0;
 
 protected:
-    /// The UIDs of the targets of a property that has unresolved references.
-    static std::vector<MXFUID>& unresolved(MetadataRoot& owner, const KLVKey& label) {
-        return owner.unresolved_[label];
+    /// Notes that the reference at @p index of a property leads to @p uid.
+    static void noteUnresolved(MetadataRoot& owner, const KLVKey& label, std::size_t index, const MXFUID& uid) {
+        owner.unresolved_[label][index] = uid;
     }
 
     static void takeOwnership(MetadataRoot& owner, const std::shared_ptr<MetadataRoot>& target) {
@@ -75,7 +74,7 @@ public:
     }
     bool accepts(const MetadataRoot& target) const override { return dynamic_cast<const Target*>(&target) != nullptr; }
     const std::shared_ptr<MetadataRoot>& referencing() const noexcept override { return owner_; }
-    void leaveUnresolved(const MXFUID& uid) override { unresolved(*owner_, label_) = {uid}; }
+    void leaveUnresolved(const MXFUID& uid) override { noteUnresolved(*owner_, label_, 0, uid); }
     const void* list() const noexcept override { return nullptr; }
     void removeUnresolved() override {}
 
@@ -103,15 +102,7 @@ public:
     }
     bool accepts(const MetadataRoot& target) const override { return dynamic_cast<const Target*>(&target) != nullptr; }
     const std::shared_ptr<MetadataRoot>& referencing() const noexcept override { return owner_; }
-    void leaveUnresolved(const MXFUID& uid) override {
-        std::vector<MXFUID>& uids = unresolved(*owner_, label_);
-        if (uids.empty()) {
-            for (const auto& element : elements_) {
-                uids.push_back(element == nullptr ? MXFUID() : element->getInstanceUID());
-            }
-        }
-        uids[index_] = uid;
-    }
+    void leaveUnresolved(const MXFUID& uid) override { noteUnresolved(*owner_, label_, index_, uid); }
     const void* list() const noexcept override { return &elements_; }
     void removeUnresolved() override {
         elements_.erase(std::remove(elements_.begin(), elements_.end(), nullptr), elements_.end());

@@ -1,7 +1,12 @@
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "mxf/metadata/descriptive/GenericStreamTextBasedSet.h"
+#include "mxf/metadata/descriptive/UTF16TextBasedSet.h"
+#include "mxf/metadata/descriptive/UTF8TextBasedSet.h"
 #include "mxf/metadata/parsing/MXFMetadataHandler.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
@@ -12,6 +17,10 @@ namespace {
 
 /// The longest value of a primer pack that is read: room for every tag, with entries twice as long as they are.
 constexpr std::uint64_t maxPrimerPackSize = 8 + mxfutil::primerEntrySize * 2 * 65536;
+
+/// The keys of the sets that hold texts.
+constexpr KLVKey textSetKeys[] = {GenericStreamTextBasedSet::classKey, UTF8TextBasedSet::classKey,
+                                  UTF16TextBasedSet::classKey};
 
 } // namespace
 
@@ -76,6 +85,14 @@ void MXFHeaderMetadataParser::value(const std::uint8_t* data, std::uint64_t size
 bool MXFHeaderMetadataParser::wantsSet(const KLVKey& key) {
     wanted_ = handler_.handlesSet(key);
     return true; // to be looked into at least
+}
+
+bool MXFHeaderMetadataParser::allowsBERLengths(const KLVKey& key) const {
+    // RP 2057 lets long texts stand in sets.
+    return std::any_of(std::begin(textSetKeys), std::end(textSetKeys), [&](KLVKey textSet) {
+        textSet[5] = 0x13;
+        return key == textSet;
+    });
 }
 
 const KLVKey* MXFHeaderMetadataParser::unknownTag(std::uint16_t tag) {

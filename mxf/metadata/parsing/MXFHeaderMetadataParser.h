@@ -13,6 +13,8 @@ class MXFMetadataHandler;
 ///
 /// Each region has its own primer, which is checked against that of the region before. A tag that the primer lacks is
 /// reported as "tag missing in primer"; a static one is decoded all the same, with any other the item is skipped.
+/// A parser serves one file, and is done for when an exception has ended its reading.
+///
 /// Everything that is neither the primer pack nor a local set is forwarded to the next handler, if one is set.
 class BRYX_API MXFHeaderMetadataParser : public MXFPrimedSetParser {
 public:
@@ -31,6 +33,7 @@ public:
 private:
     const MXFPrimer& primer() const override { return primer_; }
     bool wantsSet(const KLVKey& key) override;
+    bool allowsBERLengths(const KLVKey& key) const override;
     const KLVKey* unknownTag(std::uint16_t tag) override;
     void primedSet(MXFPrimedSet& set) override;
 

@@ -1,5 +1,7 @@
 #include "mxf/metadata/parsing/MXFMetadataFamilies.h"
 
+#include <typeinfo>
+
 #include "mxf/metadata/acquisition/LensUnitMetadata.h"
 #include "mxf/metadata/acquisition/UserDefinedAcquisitionMetadata.h"
 #include "mxf/metadata/descriptive/AS11SegmentationFramework.h"
@@ -118,16 +120,13 @@ MXFMetadataFamily::MXFMetadataFamily(const std::vector<std::shared_ptr<MetadataR
 
 MXFMetadataFamily::MXFMetadataFamily(const MXFMetadataFamily& other) : MXFMetadataModelFactory(other) {
     for (const auto& factory : other.own_) {
-        own_.push_back(factory->clone());
+        // A factory of a class derived by an application does not clone itself, and is shared.
+        const std::shared_ptr<MetadataRootFactory> copy = factory->clone();
+        const MetadataRootFactory& original = *factory;
+        const MetadataRootFactory& cloned = *copy;
+        own_.push_back(typeid(cloned) == typeid(original) ? copy : factory);
     }
     factories_.assign(own_.begin(), own_.end());
 }
 
 MXFMetadataFamily::~MXFMetadataFamily() = default;
-
-void MXFMetadataFamily::setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) {
-    for (const auto& factory : own_) {
-        factory->setErrorHandler(errorHandler);
-    }
-    MXFMetadataModelFactory::setErrorHandler(std::move(errorHandler));
-}

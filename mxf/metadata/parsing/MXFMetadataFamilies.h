@@ -10,15 +10,13 @@
 /// The factories of the families of sets that the library knows. A caller that needs several of them lists them in an
 /// MXFMetadataModelFactory of its own.
 
-/// A family of classes, each with its own factory. All of them report to the error handler of the family, and a copy
-/// has factories of its own.
+/// A family of classes, each with its own factory. A copy has factories of its own.
 class BRYX_API MXFMetadataFamily : public MXFMetadataModelFactory {
 public:
     MXFMetadataFamily(const MXFMetadataFamily& other);
     MXFMetadataFamily& operator=(const MXFMetadataFamily&) = delete;
     ~MXFMetadataFamily() override;
 
-    void setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) override;
     const std::vector<std::shared_ptr<MXFMetadataFactory>>& getFactories() override { return factories_; }
 
 protected:

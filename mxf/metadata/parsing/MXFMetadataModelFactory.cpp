@@ -15,18 +15,22 @@ MXFMetadataModelFactory::MXFMetadataModelFactory(const MXFMetadataModelFactory& 
 MXFMetadataModelFactory::~MXFMetadataModelFactory() = default;
 
 void MXFMetadataModelFactory::setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) {
+    for (const auto& factory : getFactories()) {
+        util::require(factory != nullptr, "factory is present");
+        factory->setErrorHandler(errorHandler);
+    }
     errorHandler_ = std::move(errorHandler);
 }
 
 MXFMetadataFactory* MXFMetadataModelFactory::find(const KLVKey& setKey) {
     const auto cached = cache_.find(setKey);
     if (cached != cache_.end()) {
-        return cached->second;
+        return cached->second.get();
     }
     for (const auto& factory : getFactories()) {
         util::require(factory != nullptr, "factory is present");
         if (factory->canParse(setKey)) {
-            cache_.emplace(setKey, factory.get());
+            cache_.emplace(setKey, factory);
             return factory.get();
         }
     }

@@ -17,7 +17,7 @@ public:
     MXFMetadataModelFactory& operator=(const MXFMetadataModelFactory&) = delete;
     ~MXFMetadataModelFactory() override;
 
-    /// Where findings about reference dark properties go. The factories in the list have error handlers of their own.
+    /// Where findings go; told to all factories in the list.
     void setErrorHandler(std::shared_ptr<ErrorHandler> errorHandler) override;
     bool canParse(const KLVKey& setKey) override;
     /// Requires "can handle set key" and "factory has created object".
@@ -30,7 +30,7 @@ public:
     const SetPrimer& getSetPrimer(const std::type_info& type) override;
     const KLVKey& getSetKey(const std::type_info& type) override;
 
-    /// The factories, in the order in which they are asked. None may be empty: "factory is present".
+    /// The factories, in the order in which they are asked; always the same. None may be empty: "factory is present".
     virtual const std::vector<std::shared_ptr<MXFMetadataFactory>>& getFactories() = 0;
 
     /// Whether a property that the class does not know is a strong reference to another set. A derived class may say so
@@ -50,5 +50,5 @@ private:
     MXFMetadataFactory& forType(const std::type_info& type);
 
     std::shared_ptr<ErrorHandler> errorHandler_;
-    std::map<KLVKey, MXFMetadataFactory*> cache_;
+    std::map<KLVKey, std::shared_ptr<MXFMetadataFactory>> cache_;
 };

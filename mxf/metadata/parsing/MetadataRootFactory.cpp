@@ -3,6 +3,7 @@
 #include <new>
 
 #include "klv/ValueCoding.h"
+#include "mxf/metadata/coding/MXFMetadataModelCoder.h"
 #include "mxf/metadata/parsing/MXFMetadataFindings.h"
 #include "util/assertion_failure.h"
 
@@ -136,7 +137,7 @@ std::pair<MXFPrimedSet, MXFOwnedSets> MetadataRootFactory::code(std::shared_ptr<
     coded.key = getSetKey();
     codeProperties(set, coded.properties, result.second);
     for (const auto& [label, octets] : coded.properties) {
-        if (octets.size() > longestItem) {
+        if (octets.size() > longestItem && label != mxfutil::orderHintLabel && !mxfutil::isPrivateLabel(label)) {
             util::require(allowBERLengths(), "property fits item length");
             coded.key = withBERLengths(getSetKey());
         }
