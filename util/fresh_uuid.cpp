@@ -1,11 +1,14 @@
 #include "util/fresh_uuid.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 
 #if defined(_WIN32)
 #    include <rpc.h>
 #else
-#    include <boost/uuid/random_generator.hpp>
+#    include <pthread.h>
+#    include <unistd.h>
 #endif
 
 #include "util/assertion_failure.h"
@@ -29,15 +32,35 @@ uuid freshUUID() {
 
 #else
 
+namespace {
+
+/// Random octets of one thread, which are asked for some at a time: a call of the system for each UUID would be the
+/// most of what making a small set costs.
+struct Pool {
+    std::array<uuid, 16> random;
+    std::size_t left = 0;
+};
+
+thread_local Pool pool;
+
+/// In a forked process, the one thread there is must not hand out what that of the parent does.
+void dropPool() {
+    pool.left = 0;
+}
+
+} // namespace
+
 uuid freshUUID() {
-    uuid result;
-    try {
-        // The platform is asked each time: a generator of our own would give two forked processes the same values.
-        const boost::uuids::uuid made = boost::uuids::random_generator_pure()();
-        std::copy(made.begin(), made.end(), result.octets.begin());
-    } catch (const boost::uuids::entropy_error&) {
-        failAssertion("UuidCreate succeeded");
+    static const int registered = pthread_atfork(nullptr, nullptr, dropPool);
+    require(registered == 0, "UuidCreate succeeded");
+    if (pool.left == 0) {
+        require(getentropy(pool.random.data(), sizeof pool.random) == 0, "UuidCreate succeeded");
+        pool.left = pool.random.size();
     }
+    uuid result = pool.random[--pool.left];
+    // Version 4, and the variant of RFC 4122.
+    result.octets[6] = static_cast<std::uint8_t>((result.octets[6] & 0x0FU) | 0x40U);
+    result.octets[8] = static_cast<std::uint8_t>((result.octets[8] & 0x3FU) | 0x80U);
     return result;
 }
 
