@@ -11,7 +11,7 @@ public:
 
     /// The generation of the file in which the set was last changed: the thisGenerationUID of an Identification.
     BRYX_OPTIONAL(GenerationUID, generationUID, MXFUID, 0x0102);
-    /// The class of the set in AAF files (AAF Object Specification).
+    /// The class of the set in AAF files.
     BRYX_OPTIONAL(ObjectClass, objectClass, KLVKey, 0x0101);
     /// The instance UIDs of the plug-in objects by which applications extend the set (ST 377-1 Annex C).
     BRYX_OPTIONAL(ApplicationPlugInObjects, applicationPlugInObjects, std::vector<MXFUID>,

@@ -10,11 +10,11 @@ class BRYX_API Component : public MetadataObject {
     BRYX_REQUIRED(DataDefinition, dataDefinition, KLVKey, 0x0201);
     /// In edit units of the track; -1 when it is not known.
     BRYX_OPTIONAL(Duration, duration, std::int64_t, 0x0202);
-    /// The instance UIDs of KLVData sets (AAF Object Specification).
+    /// The instance UIDs of KLVData sets (AAF).
     BRYX_OPTIONAL(ComponentKLVData, componentKLVData, std::vector<MXFUID>, 0x0203);
-    /// The instance UIDs of TaggedValue sets that hold comments of users (AAF Object Specification).
+    /// The instance UIDs of TaggedValue sets that hold comments of users (AAF).
     BRYX_OPTIONAL(ComponentUserComments, componentUserComments, std::vector<MXFUID>, 0x0204);
-    /// The instance UIDs of TaggedValue sets that hold attributes (AAF Object Specification).
+    /// The instance UIDs of TaggedValue sets that hold attributes (AAF).
     BRYX_OPTIONAL(ComponentAttributes, componentAttributes, std::vector<MXFUID>, 0x0205);
 
 protected:

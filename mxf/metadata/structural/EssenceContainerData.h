@@ -20,9 +20,9 @@ class BRYX_API EssenceContainerData : public MetadataObject {
     BRYX_OPTIONAL(PrecedingIndexTable, precedingIndexTable, bool, "060e2b34.0101010e.04040504.00000000");
     /// Whether index table segments come after the essence that they index.
     BRYX_OPTIONAL(FollowingIndexTable, followingIndexTable, bool, "060e2b34.0101010e.04040505.00000000");
-    /// The essence itself, in AAF files (AAF Object Specification).
+    /// The essence itself, in AAF files.
     BRYX_OPTIONAL(EssenceStream, essenceStream, std::vector<std::uint8_t>, 0x2702);
-    /// An index of the essence, in AAF files (AAF Object Specification).
+    /// An index of the essence, in AAF files.
     BRYX_OPTIONAL(SampleIndex, sampleIndex, std::vector<std::uint8_t>, 0x2B01);
 
 protected:

@@ -15,13 +15,13 @@ class BRYX_API GenericPackage : public MetadataObject {
     BRYX_REQUIRED(PackageCreationDate, packageCreationDate, MXFTimestamp, 0x4405);
     BRYX_REQUIRED(PackageModifiedDate, packageModifiedDate, MXFTimestamp, 0x4404);
     BRYX_STRONG_REFERENCES(Track, tracks, Track, 0x4403);
-    /// The label of what the package is for (AAF Object Specification).
+    /// The label of what the package is for (AAF).
     BRYX_OPTIONAL(PackageUsage, packageUsage, KLVKey, 0x4408);
-    /// The instance UIDs of TaggedValue sets that hold comments of users (AAF Object Specification).
+    /// The instance UIDs of TaggedValue sets that hold comments of users (AAF).
     BRYX_OPTIONAL(PackageUserComments, packageUserComments, std::vector<MXFUID>, 0x4406);
-    /// The instance UIDs of KLVData sets (AAF Object Specification).
+    /// The instance UIDs of KLVData sets (AAF).
     BRYX_OPTIONAL(PackageKLVData, packageKLVData, std::vector<MXFUID>, 0x4407);
-    /// The instance UIDs of TaggedValue sets that hold attributes (AAF Object Specification).
+    /// The instance UIDs of TaggedValue sets that hold attributes (AAF).
     BRYX_OPTIONAL(PackageAttributes, packageAttributes, std::vector<MXFUID>, 0x4409);
 
 protected:

@@ -44,7 +44,7 @@ class BRYX_API Preface : public MetadataObject {
     BRYX_OPTIONAL(PSEFailureCount, pseFailureCount, std::uint32_t, "060e2b34.01010101.0d040101.40010200");
     BRYX_OPTIONAL(DigiBetaDropoutCount, digiBetaDropoutCount, std::uint32_t, "060e2b34.01010101.0d040101.40010300");
     BRYX_OPTIONAL(TimecodeBreakCount, timecodeBreakCount, std::uint32_t, "060e2b34.01010101.0d040101.40010400");
-    /// The order of octets in the AAF file that the metadata came from: 0x4949 or 0x4D4D (AAF Object Specification).
+    /// The order of octets in the AAF file that the metadata came from: 0x4949 or 0x4D4D (AAF).
     BRYX_OPTIONAL(ByteOrder, byteOrder, std::int16_t, 0x3B01);
     /// The instance UID of a Dictionary (ST 377-2).
     BRYX_OPTIONAL(Dictionary, dictionary, MXFUID, 0x3B04);

@@ -10,10 +10,10 @@ class BRYX_API TimelineTrack : public Track {
     BRYX_REQUIRED(EditRate, editRate, Rational, 0x4B01);
     /// The edit unit at which the track begins to be played, counted from its start.
     BRYX_REQUIRED(Origin, origin, std::int64_t, 0x4B02);
-    /// Edit units that mark a part of the track (AAF Object Specification).
+    /// Edit units that mark a part of the track (AAF).
     BRYX_OPTIONAL(MarkIn, markIn, std::int64_t, 0x4B03);
     BRYX_OPTIONAL(MarkOut, markOut, std::int64_t, 0x4B04);
-    /// The edit unit where an application's cursor stands (AAF Object Specification).
+    /// The edit unit where an application's cursor stands (AAF).
     BRYX_OPTIONAL(UserPosition, userPosition, std::int64_t, 0x4B05);
     /// Edit units that mark a part of the package.
     BRYX_OPTIONAL(PackageMarkInPosition, packageMarkInPosition, std::int64_t, 0x4B06);
