@@ -1,10 +1,10 @@
-#include "util/fresh_uuid.h"
-
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "util/fresh_uuid.h"
 
 TEST(FreshUUID, IsFreshInForkedProcessesToo) {
     std::set<util::uuid> seen{util::freshUUID()}; // so that there is something left to share
