@@ -22,6 +22,7 @@
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFIndexParser.h"
 #include "sdk/BRYXMetadataFactory.h"
 
 /// @file
@@ -307,6 +308,48 @@ private:
     Models models_;
 };
 
+// ---- Index tables ----
+
+struct FoundSegment {
+    std::uint64_t offset;         ///< in octets from the first of the file
+    MXFIndexTableSegment segment; ///< without its arrays
+    std::size_t deltaEntries;
+    std::size_t entries;
+};
+
+/// Collects what index table segments say, save their entries.
+class IndexCollector final : public MXFIndexHandler {
+public:
+    using Segments = BoundedList<FoundSegment, 65536>;
+
+    explicit IndexCollector(FindingCollector& findings) : positions_(findings) { parser_.setErrorHandler(&findings); }
+
+    /// The handler of index regions for the reader.
+    KLVHandler& handler() { return parser_; }
+
+    void startIndex() override {}
+    void endIndex() override {}
+    void indexTableSegment(const MXFIndexTableSegment& segment) override {
+        FoundSegment found{positions_.position(), {}, segment.deltaEntryArray.size(), segment.indexEntryArray.size()};
+        found.segment.indexStartPosition = segment.indexStartPosition;
+        found.segment.indexDuration = segment.indexDuration;
+        found.segment.editUnitByteCount = segment.editUnitByteCount;
+        found.segment.indexSID = segment.indexSID;
+        found.segment.bodySID = segment.bodySID;
+        found.segment.indexEditRate = segment.indexEditRate;
+        found.segment.sliceCount = segment.sliceCount;
+        found.segment.posTableCount = segment.posTableCount;
+        segments_.add(std::move(found));
+    }
+
+    const Segments& segments() const { return segments_; }
+
+private:
+    const FindingCollector& positions_;
+    MXFIndexParser parser_{*this};
+    Segments segments_;
+};
+
 // ---- Body ----
 
 /// The octets of @p key before octet 12, the others 0: what keys of one family have in common.
@@ -466,5 +509,6 @@ struct Inspection {
     FindingCollector findings;
     StructureCollector structure{findings};
     MetadataCollector metadata{findings, structure};
+    IndexCollector index{findings};
     BodyCounter body;
 };

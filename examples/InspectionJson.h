@@ -113,6 +113,20 @@ inline nlohmann::ordered_json toJson(const FoundModel& found) {
     return {{"partition", found.partition}, {"sets", sets}};
 }
 
+inline nlohmann::ordered_json toJson(const FoundSegment& found) {
+    return {{"offset", found.offset},
+            {"indexStartPosition", found.segment.indexStartPosition},
+            {"indexDuration", found.segment.indexDuration},
+            {"editUnitByteCount", found.segment.editUnitByteCount},
+            {"indexSID", found.segment.indexSID},
+            {"bodySID", found.segment.bodySID},
+            {"indexEditRate", toString(found.segment.indexEditRate)},
+            {"sliceCount", found.segment.sliceCount},
+            {"posTableCount", found.segment.posTableCount},
+            {"deltaEntries", found.deltaEntries},
+            {"entries", found.entries}};
+}
+
 inline nlohmann::ordered_json toJson(const ReportedFinding& finding) {
     return {{"level", name(finding.level)},
             {"position", finding.position},
@@ -190,6 +204,7 @@ inline void printJson(std::ostream& out, const Inspection& inspection) {
         json.member("randomIndex", nullptr);
     }
     json.list("metadata", inspection.metadata.models());
+    json.list("indexSegments", inspection.index.segments());
     json.list("essence", inspection.body.essence());
     json.member("systemElements", inspection.body.systemElements());
     json.list("otherElements", inspection.body.others());

@@ -284,6 +284,34 @@ inline void printMetadata(std::ostream& out, const MetadataCollector::Models& mo
     }
 }
 
+inline void printIndex(std::ostream& out, const IndexCollector& index) {
+    const Table segments({{"offset", Table::Right},
+                          {"index", Table::Right, "SID"},
+                          {"body", Table::Right, "SID"},
+                          {"edit rate", Table::Right},
+                          {"start", Table::Right},
+                          {"duration", Table::Right},
+                          {"octets of an", Table::Right, "edit unit"},
+                          {"entries", Table::Right},
+                          {"slices", Table::Right},
+                          {"pos", Table::Right, "tables"},
+                          {"delta", Table::Right, "entries"}});
+    segments.print(out, "Index table segments", "segments", index.segments(), [](const FoundSegment& found) {
+        const MXFIndexTableSegment& segment = found.segment;
+        return Table::Row{std::to_string(found.offset),
+                          std::to_string(segment.indexSID),
+                          std::to_string(segment.bodySID),
+                          toString(segment.indexEditRate),
+                          std::to_string(segment.indexStartPosition),
+                          std::to_string(segment.indexDuration),
+                          std::to_string(segment.editUnitByteCount),
+                          std::to_string(found.entries),
+                          std::to_string(segment.sliceCount),
+                          std::to_string(segment.posTableCount),
+                          std::to_string(found.deltaEntries)};
+    });
+}
+
 inline void printBody(std::ostream& out, const BodyCounter& body) {
     const Table essence({{"key"}, {"kind"}, {"elements", Table::Right}, {"octets", Table::Right}});
     essence.print(out, "Essence", "elements", body.essence(), [](const ElementCount& count) {
@@ -317,6 +345,7 @@ inline void printText(std::ostream& out, const std::string& name, const Inspecti
     printFile(out, name, inspection);
     printStructure(out, inspection.structure);
     printMetadata(out, inspection.metadata.models());
+    printIndex(out, inspection.index);
     printBody(out, inspection.body);
     printFindings(out, inspection.findings);
 }

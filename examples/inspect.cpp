@@ -44,6 +44,7 @@ void inspectFile(std::istream& file, Inspection& inspection) {
     MXFReader reader;
     reader.setStructureHandler(&inspection.structure);
     reader.setHeaderMetadataHandler(&inspection.metadata.handler());
+    reader.setIndexHandler(&inspection.index.handler());
     reader.setBodyHandler(&inspection.body);
     reader.setErrorHandler(&inspection.findings);
     try {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <istream>
+#include <optional>
 #include <vector>
 
 #include "klv/DullKLVHandler.h"
@@ -14,6 +15,7 @@
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFSplitter.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFIndexParser.h"
 #include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 #include "mxf/structure/MXFTripletPosition.h"
@@ -229,8 +231,14 @@ bool MXFPartialReader::readPartition(std::uint64_t position) {
     DullMXFStructureHandler dullStructure;
     DullKLVHandler dull;
     SinglePartitionGrabber grabber(structureHandler_ != nullptr ? *structureHandler_ : dullStructure, stop);
-    MXFSplitter splitter(&grabber, headerMetadataHandler_ != nullptr ? headerMetadataHandler_ : &dull, &dull, &dull,
-                         false);
+    std::optional<MXFIndexParser> indexParser;
+    KLVHandler* indexHandler = &dull;
+    if (indexHandler_ != nullptr) {
+        indexParser.emplace(*indexHandler_).setErrorHandler(errorHandler_);
+        indexHandler = &*indexParser;
+    }
+    MXFSplitter splitter(&grabber, headerMetadataHandler_ != nullptr ? headerMetadataHandler_ : &dull, indexHandler,
+                         &dull, false);
     splitter.setErrorHandler(errorHandler_);
     splitter.setBase(base_);
     stream.read(splitter, errorHandler_, position, std::max(survey.bodyStart(), position + 1), stop);

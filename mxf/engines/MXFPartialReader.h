@@ -7,6 +7,7 @@
 
 class ErrorHandler;
 class KLVHandler;
+class MXFIndexHandler;
 class MXFStructureHandler;
 
 /// Reads single partitions, or the random index, of a file in a stream that can seek, without reading the rest: where
@@ -23,6 +24,10 @@ public:
     /// Gets the header metadata of a partition as a stream.
     void setHeaderMetadataHandler(KLVHandler* handler) { headerMetadataHandler_ = handler; }
     void clearHeaderMetadataHandler() { headerMetadataHandler_ = nullptr; }
+
+    /// Gets the index table segments of a partition.
+    void setIndexHandler(MXFIndexHandler* handler) { indexHandler_ = handler; }
+    void clearIndexHandler() { indexHandler_ = nullptr; }
 
     /// Told what is wrong with what is read.
     void setErrorHandler(ErrorHandler* handler) { errorHandler_ = handler; }
@@ -53,6 +58,7 @@ public:
 private:
     MXFStructureHandler* structureHandler_ = nullptr;
     KLVHandler* headerMetadataHandler_ = nullptr;
+    MXFIndexHandler* indexHandler_ = nullptr;
     ErrorHandler* errorHandler_ = nullptr;
     std::istream* stream_ = nullptr;
     std::uint64_t base_ = 0;

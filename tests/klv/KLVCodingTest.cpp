@@ -11,6 +11,7 @@
 #include "klv/ValueCoding.h"
 #include "mxf/engines/MXFEngineFindings.h"
 #include "mxf/metadata/parsing/MXFMetadataFindings.h"
+#include "mxf/structure/MXFIndexFindings.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
@@ -147,6 +148,7 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
     BRYX_KLV_FINDINGS(ADD)
     BRYX_STRUCTURE_FINDINGS(ADD)
     BRYX_PRIMER_FINDINGS(ADD)
+    BRYX_INDEX_FINDINGS(ADD)
     BRYX_METADATA_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD

@@ -1,0 +1,3 @@
+#include "mxf/structure/MXFIndexHandler.h"
+
+MXFIndexHandler::~MXFIndexHandler() = default;

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "mxf/structure/MXFIndexTableSegment.h"
+#include "util/Api.h"
+
+/// Receives index tables: for each partition that has one, startIndex, the segments in their order, endIndex. Whoever
+/// writes index tables makes the same calls.
+class BRYX_API MXFIndexHandler {
+public:
+    virtual ~MXFIndexHandler();
+
+    virtual void startIndex() = 0;
+    virtual void endIndex() = 0;
+    virtual void indexTableSegment(const MXFIndexTableSegment& segment) = 0;
+};

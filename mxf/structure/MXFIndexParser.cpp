@@ -1,0 +1,106 @@
+#include "mxf/structure/MXFIndexParser.h"
+
+#include <stdexcept>
+
+#include "mxf/structure/MXFIndexFindings.h"
+#include "mxf/structure/MXFStaticTags.h"
+
+namespace findings = mxfutil::findings;
+using klvutil::report;
+
+namespace {
+
+/// The tags of index table segments, which are static.
+const MXFPrimer& segmentPrimer() {
+    static const MXFPrimer primer = [] {
+        MXFPrimer tags;
+        MXFIndexTableSegment segment;
+        MXFIndexTableSegment::properties(segment, [&](const char*, std::uint16_t tag, auto, const auto&) {
+            tags.emplace(tag, *mxfutil::staticLabel(tag));
+        });
+        return tags;
+    }();
+    return primer;
+}
+
+using mxfutil::readProperty;
+
+template <class Value>
+void readProperty(const std::vector<std::uint8_t>& octets, const MXFIndexTableSegment& /*segment*/, Value& value) {
+    value = klvutil::readValue<Value>(octets);
+}
+template <class Value>
+void readProperty(const std::vector<std::uint8_t>& octets, const MXFIndexTableSegment& /*segment*/,
+                  boost::optional<Value>& value) {
+    value = klvutil::readValue<Value>(octets);
+}
+
+} // namespace
+
+MXFIndexParser::~MXFIndexParser() = default;
+
+void MXFIndexParser::startStream(bool accurateLengths) {
+    MXFPrimedSetParser::startStream(accurateLengths);
+    handler_.startIndex();
+}
+
+void MXFIndexParser::endStream(bool stopped) {
+    handler_.endIndex();
+    MXFPrimedSetParser::endStream(stopped);
+}
+
+const MXFPrimer& MXFIndexParser::primer() const {
+    return segmentPrimer();
+}
+
+bool MXFIndexParser::wantsSet(const KLVKey& key) {
+    return mxfutil::isIndexTableSegmentKey(key);
+}
+
+bool MXFIndexParser::allowsBERLengths(const KLVKey& /*key*/) const {
+    return true;
+}
+
+const KLVKey* MXFIndexParser::unknownTag(std::uint16_t tag) {
+    report(errorHandler(), findings::unsupportedIndexTag, mxfutil::tagText(tag));
+    return nullptr;
+}
+
+void MXFIndexParser::primedSet(MXFPrimedSet& set) {
+    using Presence = MXFIndexTableSegment::Presence;
+    MXFIndexTableSegment segment;
+    MXFIndexTableSegment::properties(segment, [&](const char* name, std::uint16_t tag, Presence presence, auto& value) {
+        const auto found = set.properties.find(segmentPrimer().at(tag));
+        if (found == set.properties.end()) {
+            if (presence == Presence::Mandatory) {
+                report(errorHandler(), findings::missingIndexProperty, name, {});
+            }
+            return;
+        }
+        try {
+            readProperty(found->second, segment, value);
+        } catch (const std::length_error& error) {
+            report(errorHandler(), findings::invalidIndexProperty, name, error.what());
+        }
+    });
+    check(segment);
+    handler_.indexTableSegment(segment);
+}
+
+void MXFIndexParser::check(const MXFIndexTableSegment& segment) const {
+    const bool hasEntries = !segment.indexEntryArray.empty();
+    const bool isConstant = segment.editUnitByteCount != 0;
+    if (segment.indexDuration == 0 && !isConstant) {
+        report(errorHandler(), findings::inconsistentDurationAndByteCount);
+    }
+    if (hasEntries && (segment.indexDuration < 0 ||
+                       static_cast<std::uint64_t>(segment.indexDuration) != segment.indexEntryArray.size())) {
+        report(errorHandler(), findings::inconsistentDurationAndEntries);
+    }
+    if (isConstant && segment.indexStartPosition != 0) {
+        report(errorHandler(), findings::inconsistentByteCountAndStart);
+    }
+    if (isConstant == hasEntries) {
+        report(errorHandler(), findings::inconsistentByteCountAndEntries);
+    }
+}
