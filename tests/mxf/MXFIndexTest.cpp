@@ -4,6 +4,7 @@
 
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFPartialReader.h"
+#include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexCoder.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "support/Failure.h"
@@ -197,4 +198,114 @@ TEST(Index, PartialReaderDeliversThatOfAPartition) {
     reader.clearIndexHandler();
     EXPECT_TRUE(reader.readPartition(0));
     EXPECT_EQ(log.size(), 3U);
+}
+
+namespace {
+
+/// A segment whose entries lie @p step octets apart.
+MXFIndexTableSegment entries(std::int64_t start, std::int64_t count, std::uint64_t offset, std::uint64_t step) {
+    MXFIndexTableSegment segment = constant(0, start, count);
+    segment.deltaEntryArray.clear();
+    for (std::int64_t i = 0; i < count; ++i) {
+        segment.indexEntryArray.push_back({0, 0, 0, offset + static_cast<std::uint64_t>(i) * step, {}, {}});
+    }
+    return segment;
+}
+
+std::string ranges(const MXFIndexCalculator& index) {
+    std::string text;
+    for (const auto& range : index.ranges()) {
+        text += (text.empty() ? "" : " ") + std::to_string(range.first) + "-" +
+                (range.end == MXFIndexCalculator::endless ? "" : std::to_string(range.end));
+    }
+    return text;
+}
+
+} // namespace
+
+TEST(IndexCalculator, AnswersFromAnyMixtureOfSegments) {
+    struct Case {
+        std::vector<MXFIndexTableSegment> segments;
+        const char* ranges;
+        std::vector<std::pair<std::int64_t, std::int64_t>> offsets; // by edit unit; -1 for none
+    };
+    MXFIndexTableSegment withSize = entries(0, 10, 0, 7);
+    withSize.vbeByteCount = 9;
+    const std::vector<Case> cases{
+        {{constant(10, 0, 0)}, "0-", {{0, 0}, {1LL << 40, 10LL << 40}, {1LL << 61, -1}}},
+        {{constant(10, 0, 5)}, "0-5", {{4, 40}, {5, -1}, {-1, -1}}},
+        {{constant(10, 5, 5), constant(10, 0, 5)}, "0-10", {{4, 40}, {5, 50}, {9, 90}}},
+        {{constant(10, 0, 5), constant(20, 5, 0)}, "0-", {{5, 50}, {6, 70}}},
+        {{entries(10, 10, 1000, 7), entries(0, 10, 5, 3)}, "0-20", {{0, 5}, {9, 32}, {10, 1000}, {19, 1063}}},
+        {{entries(0, 10, 0, 7), entries(5, 10, 500, 1)}, "0-15", {{9, 63}, {10, 505}}},
+        {{withSize, constant(5, 10, 2)}, "0-12", {{9, 63}, {10, 72}, {11, 77}}},
+        {{entries(0, 10, 0, 7), constant(5, 10, 2)}, "0-10", {{10, -1}}}, // nobody knows where it begins
+        {{constant(10, 100, 5)}, "100-105", {{100, 1000}}},
+        {{entries(2, 2, 50, 1), constant(10, 0, 6)}, "0-4", {{1, 10}, {2, 50}, {4, -1}}},
+        {{constant(0xFFFFFFFF, std::numeric_limits<std::int64_t>::max() - 1, 5)}, "", {}},
+        {{entries(std::numeric_limits<std::int64_t>::max() - 2, 2, 0, 1)}, "", {}},
+        {{entries(0, 1, ~0ULL, 0), constant(0, 0, 0), constant(1, -5, 5)}, "", {{0, -1}}},
+    };
+    for (const Case& c : cases) {
+        MXFIndexCalculator index;
+        index.setSegments(c.segments);
+        EXPECT_EQ(ranges(index), c.ranges);
+        for (const auto& [editUnit, offset] : c.offsets) {
+            EXPECT_EQ(index.contains(editUnit), offset >= 0) << c.ranges << ' ' << editUnit;
+            if (offset >= 0) {
+                EXPECT_EQ(index.streamOffset(editUnit), static_cast<std::uint64_t>(offset)) << c.ranges;
+                EXPECT_EQ(index.editUnitAt(static_cast<std::uint64_t>(offset)).value_or(-1), editUnit) << c.ranges;
+            } else {
+                EXPECT_EQ(failure([&, unit = editUnit] { index.streamOffset(unit); }), "found edit unit in index");
+            }
+        }
+    }
+    EXPECT_EQ(failure([] { MXFIndexCalculator().streamOffset(0); }), "index segments set");
+}
+
+TEST(IndexCalculator, KnowsElementsOrderAndSizes) {
+    // I B B P in display order; stored as I P B B, two elements and a slice.
+    MXFIndexTableSegment segment = constant(0, 0, 4);
+    segment.sliceCount = 1;
+    segment.deltaEntryArray = {{-1, 0, 0}, {0, 1, 0}, {0, 1, 100}};
+    segment.indexEntryArray = {{0, 0, MXFIndexEntryFlags::randomAccess, 0, {900}, {}},
+                               {1, -1, 0, 1100, {300}, {}},
+                               {1, -2, 0, 1600, {50}, {}},
+                               {-2, -3, 0, 1850, {50}, {}}};
+    MXFIndexCalculator index;
+    index.setSegments({segment});
+    EXPECT_EQ(index.elementCount(0), 3U);
+    EXPECT_EQ(index.elementOffset(1, 0), 1100U);
+    EXPECT_EQ(index.elementOffset(1, 1), 1400U);
+    EXPECT_EQ(index.elementOffset(1, 2), 1500U);
+    EXPECT_EQ(failure([&] { index.elementOffset(1, 3); }), "valid element index");
+    EXPECT_TRUE(index.isReordered(0, 0));
+    EXPECT_FALSE(index.isReordered(0, 1));
+    EXPECT_EQ(index.storedPosition(1), 2);
+    EXPECT_EQ(index.storedPosition(3), 1);
+    EXPECT_EQ(index.keyFrame(3), 0);
+    EXPECT_EQ(index.flags(0), MXFIndexEntryFlags::randomAccess);
+    EXPECT_EQ(index.size(1).value_or(0), 500U);
+    EXPECT_FALSE(index.size(3));
+    EXPECT_EQ(index.editUnitAt(1099).value_or(-1), 0);
+    EXPECT_EQ(index.editUnitAt(5000).value_or(-1), 3);
+
+    // The same segments again, and those of another table, change nothing.
+    Log log;
+    MXFIndexCalculator::Collector collector(2);
+    MXFIndexTableSegment other = segment;
+    other.indexSID = 3;
+    for (const auto& given : {segment, other, segment}) {
+        collector.indexTableSegment(given);
+    }
+    EXPECT_EQ(collector.segments().size(), 1U);
+
+    // However many segments there are and however they overlap, it takes no time to speak of.
+    std::vector<MXFIndexTableSegment> many;
+    for (int i = 0; i < 100000; ++i) {
+        many.push_back(constant(1, 3LL * i, 1));
+        many.push_back(constant(static_cast<std::uint32_t>(i) + 2, 0, 0));
+    }
+    index.setSegments(many);
+    EXPECT_EQ(ranges(index), "0-");
 }

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <set>
+#include <tuple>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "mxf/structure/MXFIndexHandler.h"
+#include "util/Api.h"
+
+/// Answers where edit units stand in an essence container, from the segments of its index table (ST 377-1).
+///
+/// Segments may come in any order, repeated and overlapping; where two cover an edit unit, the one that came first
+/// holds. Those with and without entries may follow one another. Edit units that no segment covers are not in the index.
+///
+/// Positions count edit units of the index. Those of entries are in stored order, in which the essence stands; where
+/// pictures are reordered, storedPosition() leads from display order to it. Offsets count octets from the start of the
+/// essence container. Nothing that a file says makes an answer wrap around: what would is not in the index.
+class BRYX_API MXFIndexCalculator {
+public:
+    /// Collects segments, as the handler of an MXFIndexParser: those of one index table, or of all that come.
+    class BRYX_API Collector : public MXFIndexHandler {
+    public:
+        /// @param indexSID of the index table; 0 for any
+        explicit Collector(std::uint32_t indexSID = 0) : indexSID_(indexSID) {}
+        ~Collector() override;
+        void startIndex() override {}
+        void endIndex() override {}
+        void indexTableSegment(const MXFIndexTableSegment& segment) override;
+
+        /// In the order in which they came, each once.
+        const std::vector<MXFIndexTableSegment>& segments() const noexcept { return segments_; }
+
+    private:
+        std::uint32_t indexSID_;
+        std::vector<MXFIndexTableSegment> segments_;
+        /// Start, duration, octets of an edit unit, SIDs and number of entries of each.
+        std::set<std::tuple<std::int64_t, std::int64_t, std::uint32_t, std::uint32_t, std::uint32_t, std::size_t>>
+            known_;
+    };
+
+    /// Edit units that follow one another: from the first up to but without the end.
+    struct Range {
+        std::int64_t first;
+        std::int64_t end; ///< endless if the segment goes on to the end of the essence
+    };
+    static constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
+
+    /// Replaces all segments. Those that cannot be are left out: without duration and edit unit byte count, or with
+    /// positions below 0 or beyond what can be counted.
+    void setSegments(std::vector<MXFIndexTableSegment> segments);
+
+    /// The edit units in the index, in ascending order.
+    std::vector<Range> ranges() const;
+
+    /// Whether @p editUnit is in the index.
+    bool contains(std::int64_t editUnit) const noexcept;
+
+    // All that follow require "index segments set", and of an edit unit "found edit unit in index".
+
+    /// Where @p editUnit begins.
+    std::uint64_t streamOffset(std::int64_t editUnit) const;
+
+    /// The octets of @p editUnit; none if the index does not tell, as for the last one with an entry.
+    boost::optional<std::uint64_t> size(std::int64_t editUnit) const;
+
+    /// The elements that the index knows in @p editUnit; at least 1.
+    std::size_t elementCount(std::int64_t editUnit) const;
+
+    /// Where an element of @p editUnit begins, in the order of storing. Requires "valid element index", and "valid slice"
+    /// of the delta entry.
+    std::uint64_t elementOffset(std::int64_t editUnit, std::size_t element) const;
+
+    /// Whether the pictures in an element are stored in another order than they are displayed.
+    bool isReordered(std::int64_t editUnit, std::size_t element) const;
+
+    /// The edit unit at whose place the picture stands that is displayed at @p displayed.
+    std::int64_t storedPosition(std::int64_t displayed) const;
+
+    /// The edit unit from which decoding must start to get at the picture stored at @p editUnit.
+    std::int64_t keyFrame(std::int64_t editUnit) const;
+
+    /// The flags of the entry of @p editUnit (MXFIndexEntryFlags); of one that has no entry, that decoding may start
+    /// there.
+    std::uint8_t flags(std::int64_t editUnit) const;
+
+    /// The edit unit that the octet at @p streamOffset belongs to; none if no edit unit begins there or before.
+    boost::optional<std::int64_t> editUnitAt(std::uint64_t streamOffset) const;
+
+private:
+    /// Edit units that a segment covers and no earlier one does.
+    struct Span {
+        Range range;
+        std::size_t segment;
+        std::uint64_t offset; ///< of the first edit unit
+    };
+
+    const Span* find(std::int64_t editUnit) const noexcept;
+    const Span& span(std::int64_t editUnit) const;
+    const MXFIndexEntry* entry(const Span& span, std::int64_t editUnit) const;
+    std::uint64_t offsetIn(const Span& span, std::int64_t editUnit) const;
+    const MXFDeltaEntry* delta(std::int64_t editUnit, std::size_t element) const;
+    std::vector<Span> cover() const;
+    void placeSpans();
+
+    std::vector<MXFIndexTableSegment> segments_;
+    std::vector<Span> spans_;           ///< in the order of their edit units
+    std::vector<std::size_t> byOffset_; ///< the same, in the order of their offsets
+};
