@@ -1,15 +1,22 @@
+#include <fstream>
+#include <map>
+#include <set>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFPartialReader.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexCoder.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "support/Failure.h"
 #include "support/KLVOctets.h"
 #include "support/Recorders.h"
+#include "support/Samples.h"
 
 namespace {
 
@@ -308,4 +315,81 @@ TEST(IndexCalculator, KnowsElementsOrderAndSizes) {
     }
     index.setSegments(many);
     EXPECT_EQ(ranges(index), "0-");
+}
+
+namespace {
+
+/// Notes where triplets of the bodies begin, in octets from the start of their essence containers.
+class ElementPlaces : public DullKLVHandler, public DullMXFStructureHandler {
+public:
+    std::map<std::uint32_t, std::set<std::uint64_t>> places; // by body SID
+
+    void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
+        pack_ = pack;
+        bodyStart_ = headerStart + pack.headerByteCount + pack.indexByteCount;
+    }
+    void setLocator(const Locator& locator) override { locator_ = &locator; }
+    bool startIndividualItem(const KLVKey& /*key*/, std::uint64_t /*length*/) override { return note(); }
+    bool startLocalSet(const KLVKey& /*key*/, std::uint64_t /*length*/, KLVFieldForm /*tags*/,
+                       KLVFieldForm /*lengths*/) override {
+        return note();
+    }
+    bool startFixedLengthPack(const KLVKey& /*key*/, std::uint64_t /*length*/) override { return note(); }
+    bool startVariableLengthPack(const KLVKey& /*key*/, std::uint64_t /*length*/, KLVFieldForm /*form*/) override {
+        return note();
+    }
+
+private:
+    bool note() {
+        const std::streamoff position = locator_->streampos();
+        places[pack_.bodySID].insert(pack_.bodyOffset + static_cast<std::uint64_t>(position) - bodyStart_);
+        return false;
+    }
+
+    const Locator* locator_ = nullptr;
+    MXFPartitionPack pack_;
+    std::uint64_t bodyStart_ = 0;
+};
+
+} // namespace
+
+TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
+    std::size_t units = 0;
+    for (const auto& path : sampleFiles()) {
+        std::ifstream file(path, std::ios::binary);
+        ElementPlaces body;
+        MXFIndexCalculator::Collector collector;
+        MXFIndexParser parser(collector);
+        MXFReader reader;
+        reader.setStructureHandler(&body);
+        reader.setIndexHandler(&parser);
+        reader.setBodyHandler(&body);
+        reader.read(file);
+        for (const auto& [bodySID, places] : body.places) {
+            std::vector<MXFIndexTableSegment> segments = collector.segments();
+            segments.erase(std::remove_if(segments.begin(), segments.end(),
+                                          [sid = bodySID](const auto& segment) { return segment.bodySID != sid; }),
+                           segments.end());
+            if (places.size() < 3) {
+                continue; // wrapped as one clip: edit units lie within its element
+            }
+            MXFIndexCalculator index;
+            index.setSegments(segments);
+            for (const MXFIndexCalculator::Range& range : index.ranges()) {
+                for (std::int64_t unit = range.first; unit < range.end; ++unit) {
+                    const std::uint64_t offset = index.streamOffset(unit);
+                    if (range.end == MXFIndexCalculator::endless && offset > *places.rbegin()) {
+                        break;
+                    }
+                    for (std::size_t element = 0; element < index.elementCount(unit); ++element) {
+                        EXPECT_EQ(places.count(index.elementOffset(unit, element)), 1U)
+                            << path << ' ' << unit << ' ' << element << ' ' << offset;
+                    }
+                    ++units;
+                }
+            }
+        }
+    }
+    EXPECT_TRUE(sampleFiles().empty() || units > 0);
+    RecordProperty("editUnits", static_cast<int>(units));
 }
