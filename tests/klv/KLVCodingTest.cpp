@@ -10,6 +10,7 @@
 #include "klv/KLVValueTypes.h"
 #include "klv/ValueCoding.h"
 #include "mxf/engines/MXFEngineFindings.h"
+#include "mxf/essence/MXFGCFindings.h"
 #include "mxf/metadata/parsing/MXFMetadataFindings.h"
 #include "mxf/structure/MXFIndexFindings.h"
 #include "mxf/structure/MXFPrimerFindings.h"
@@ -149,6 +150,7 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
     BRYX_STRUCTURE_FINDINGS(ADD)
     BRYX_PRIMER_FINDINGS(ADD)
     BRYX_INDEX_FINDINGS(ADD)
+    BRYX_GC_FINDINGS(ADD)
     BRYX_METADATA_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD

@@ -1,0 +1,3 @@
+#include "mxf/essence/MXFGCChunkedEssenceHandler.h"
+
+MXFGCChunkedEssenceHandler::~MXFGCChunkedEssenceHandler() = default;

@@ -1,0 +1,3 @@
+#include "mxf/essence/MXFGCEssenceHandler.h"
+
+MXFGCEssenceHandler::~MXFGCEssenceHandler() = default;

@@ -1,0 +1,414 @@
+#include "mxf/essence/MXFGCSplitter.h"
+
+#include <algorithm>
+#include <string>
+
+#include "klv/ErrorHandler.h"
+#include "klv/KLVCoding.h"
+#include "mxf/essence/MXFGCChunkedEssenceHandler.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCFindings.h"
+#include "mxf/essence/MXFGCStructureHandler.h"
+#include "util/assertion_failure.h"
+#include "util/byte_order.h"
+#include "util/hex.h"
+
+namespace findings = mxfutil::findings;
+using util::require;
+
+namespace {
+
+/// The longest element that is held in memory.
+constexpr std::uint64_t longestHeld = 0xFFFFFF;
+
+/// The keys that are remembered as reported. Further ones are not reported.
+constexpr std::size_t maxReported = 1000;
+
+/// "key - 0x" and the length in hexadecimal digits.
+std::string lengthText(const KLVKey& key, std::uint64_t length) {
+    std::uint8_t octets[8];
+    util::storeBigEndian(octets, length, sizeof octets);
+    std::string digits;
+    util::appendHex(digits, octets, sizeof octets);
+    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
+    return toString(key) + " - 0x" + digits;
+}
+
+} // namespace
+
+MXFGCSplitter::MXFGCSplitter() : MXFGCSplitter(nullptr, nullptr, nullptr) {}
+
+MXFGCSplitter::MXFGCSplitter(MXFGCStructureHandler* structureHandler, MXFGCSystemHandler* systemHandler,
+                             MXFGCEssenceHandler* essenceHandler)
+    : structureHandler_(structureHandler), systemHandler_(systemHandler), form_(klvutil::automaticBERLengthForm),
+      passedForm_(klvutil::automaticBERLengthForm) {
+    setEssenceHandler(essenceHandler);
+}
+
+MXFGCSplitter::~MXFGCSplitter() = default;
+
+MXFGCStructureHandler& MXFGCSplitter::getStructureHandler() const {
+    require(structureHandler_ != nullptr, "structure handler is present");
+    return *structureHandler_;
+}
+
+MXFGCSystemHandler& MXFGCSplitter::getSystemHandler() const {
+    require(systemHandler_ != nullptr, "system handler is present");
+    return *systemHandler_;
+}
+
+void MXFGCSplitter::setEssenceHandler(MXFGCEssenceHandler* handler) {
+    essenceHandler_ = handler;
+    chunkedHandler_ = dynamic_cast<MXFGCChunkedEssenceHandler*>(handler);
+}
+
+MXFGCEssenceHandler& MXFGCSplitter::getEssenceHandler() const {
+    require(essenceHandler_ != nullptr, "essence handler is present");
+    return *essenceHandler_;
+}
+
+// ---- What keys mean ----
+
+bool MXFGCSplitter::isSystemElement(const KLVKey& key) const {
+    return mxfutil::isGCSystemElement(key);
+}
+bool MXFGCSplitter::isEssenceElement(const KLVKey& key) const {
+    return mxfutil::isGCEssenceElement(key);
+}
+bool MXFGCSplitter::isPictureElement(const KLVKey& key) const {
+    return mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture;
+}
+bool MXFGCSplitter::isSoundElement(const KLVKey& key) const {
+    return mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Sound;
+}
+bool MXFGCSplitter::isDataElement(const KLVKey& key) const {
+    return mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Data;
+}
+bool MXFGCSplitter::isCompoundElement(const KLVKey& key) const {
+    return mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Compound;
+}
+bool MXFGCSplitter::allowsSecondKind() const {
+    return false;
+}
+
+MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) const {
+    if (!isEssenceElement(key)) {
+        return MXFGCEssenceKind::None;
+    }
+    return isPictureElement(key)    ? MXFGCEssenceKind::Picture
+           : isSoundElement(key)    ? MXFGCEssenceKind::Sound
+           : isDataElement(key)     ? MXFGCEssenceKind::Data
+           : isCompoundElement(key) ? MXFGCEssenceKind::Compound
+                                    : MXFGCEssenceKind::None;
+}
+
+void MXFGCSplitter::reportOnce(const klvutil::Finding& finding, const KLVKey& key) {
+    if (reported_.size() < maxReported && reported_.insert(key).second) {
+        klvutil::report(errorHandler_, finding, toString(key));
+    }
+}
+
+// ---- The stream, and what can be in it ----
+
+void MXFGCSplitter::startStream(bool accurateLengths) {
+    require(state_ == State::GCBeforeStart, "before start");
+    require(accurateLengths, "has accurate lengths");
+    form_ = passedForm_ = klvutil::automaticBERLengthForm;
+    hasFirstKey_ = packageOpen_ = inElement_ = false;
+    delivery_ = Delivery::None;
+    reported_.clear();
+    state_ = State::GCStarted;
+    if (structureHandler_ != nullptr) {
+        structureHandler_->startStream(0);
+    }
+}
+
+void MXFGCSplitter::endStream(bool /*stopped*/) {
+    if (!isRunning()) {
+        return;
+    }
+    if (structureHandler_ != nullptr) {
+        if (packageOpen_) {
+            structureHandler_->endContentPackage();
+        }
+        structureHandler_->endStream();
+    }
+    state_ = State::GCBeforeStart;
+}
+
+bool MXFGCSplitter::startLabel(const KLVKey& key) {
+    reportOnce(findings::invalidGCElement, key);
+    return false;
+}
+
+bool MXFGCSplitter::startUniversalSet(const KLVKey& key, std::uint64_t /*length*/) {
+    return startLabel(key);
+}
+
+bool MXFGCSplitter::startWrapper(const KLVKey& key, std::uint64_t /*length*/, KLVWrapperKind /*kind*/) {
+    return startLabel(key);
+}
+
+void MXFGCSplitter::startElement(const KLVKey& key) {
+    key_ = key;
+    inElement_ = true;
+    filled_ = 0;
+    delivery_ = Delivery::None;
+    const bool startsPackage = !hasFirstKey_ || key == firstKey_;
+    if (!hasFirstKey_) {
+        firstKey_ = key;
+        hasFirstKey_ = true;
+    }
+    if (structureHandler_ != nullptr) {
+        if (startsPackage) {
+            if (packageOpen_) {
+                structureHandler_->endContentPackage();
+            }
+            structureHandler_->startContentPackage();
+        }
+        structureHandler_->startElement(key);
+    }
+    packageOpen_ = true;
+}
+
+void MXFGCSplitter::endElement(const KLVKey& key) {
+    inElement_ = false;
+    if (structureHandler_ != nullptr) {
+        structureHandler_->endElement(key);
+    }
+}
+
+// ---- System elements ----
+
+bool MXFGCSplitter::startSystemElement(const KLVKey& key, std::uint64_t length) {
+    if (!isSystemElement(key)) {
+        reportOnce(findings::invalidGCSystemElement, key);
+        return false;
+    }
+    startElement(key);
+    require(isRunning(), "before GC system element");
+    if (state_ == State::GCEssenceOnly) {
+        klvutil::report(errorHandler_, findings::unexpectedGCSystemElement, toString(key));
+    }
+    state_ = State::GCInSystemItem;
+    if (systemHandler_ == nullptr || !systemHandler_->wantsSystemElement(key)) {
+        return false;
+    }
+    if (length > longestHeld) {
+        klvutil::report(errorHandler_, findings::unsupportedGCSystemLength, lengthText(key, length));
+        return false;
+    }
+    own_.clear();
+    itemPlaces_.clear();
+    delivery_ = Delivery::System;
+    return true;
+}
+
+bool MXFGCSplitter::endSystemElement(const KLVKey& key) {
+    const bool isWanted = inElement_ && delivery_ == Delivery::System;
+    if (inElement_) {
+        endElement(key);
+    }
+    return isWanted;
+}
+
+bool MXFGCSplitter::startItem(std::uint32_t tag) {
+    itemPlaces_.push_back({tag, own_.size()});
+    return true;
+}
+
+const MXFGCItems& MXFGCSplitter::items() {
+    items_.clear();
+    for (std::size_t i = 0; i < itemPlaces_.size(); ++i) {
+        const std::size_t start = itemPlaces_[i].start;
+        const std::size_t end = i + 1 < itemPlaces_.size() ? itemPlaces_[i + 1].start : own_.size();
+        items_.push_back({itemPlaces_[i].tag, own_.data() + start, end - start});
+    }
+    return items_;
+}
+
+bool MXFGCSplitter::startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm /*tagForm*/,
+                                  KLVFieldForm /*lengthForm*/) {
+    require(isRunning(), "expected local set");
+    return startSystemElement(key, length);
+}
+
+void MXFGCSplitter::endLocalSet(const KLVKey& key) {
+    if (endSystemElement(key)) {
+        systemHandler_->localSet(key, items());
+    }
+}
+
+bool MXFGCSplitter::startLocalItem(std::uint32_t tag, std::uint64_t /*length*/) {
+    return startItem(tag);
+}
+
+bool MXFGCSplitter::startFixedLengthPack(const KLVKey& key, std::uint64_t length) {
+    require(isRunning(), "expected fixed length pack");
+    return startSystemElement(key, length);
+}
+
+void MXFGCSplitter::endFixedLengthPack(const KLVKey& key) {
+    if (endSystemElement(key)) {
+        systemHandler_->fixedLengthPack(key, own_.data(), own_.size());
+    }
+}
+
+bool MXFGCSplitter::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm /*itemLengthForm*/) {
+    require(isRunning(), "expected variable length pack");
+    return startSystemElement(key, length);
+}
+
+void MXFGCSplitter::endVariableLengthPack(const KLVKey& key) {
+    if (endSystemElement(key)) {
+        systemHandler_->variableLengthPack(key, items());
+    }
+}
+
+bool MXFGCSplitter::startVariableLengthPackItem(std::uint64_t /*length*/) {
+    return startItem(0);
+}
+
+// ---- Essence elements ----
+
+void MXFGCSplitter::enterEssence(const KLVKey& key) {
+    if (state_ == State::GCStarted || state_ == State::GCInSystemItem) {
+        std::fill(std::begin(kindsSeen_), std::end(kindsSeen_), false);
+        state_ = state_ == State::GCStarted ? State::GCEssenceOnly : State::GCEssenceAfterSystem;
+    }
+    kindsSeen_[static_cast<std::size_t>(kind_)] = true;
+    if (state_ == State::GCEssenceOnly && std::count(std::begin(kindsSeen_), std::end(kindsSeen_), true) == 2) {
+        state_ = State::GCEssenceAfterSystem;
+        if (!allowsSecondKind()) {
+            klvutil::report(errorHandler_, findings::unexpectedGCEssenceElement, toString(key));
+        }
+    }
+}
+
+bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
+    if (key == klvutil::fillKey) {
+        return false;
+    }
+    require(isRunning(), "expected individual item");
+    kind_ = kindOf(key);
+    if (kind_ == MXFGCEssenceKind::None) {
+        reportOnce(findings::invalidGCEssenceElement, key);
+        return false;
+    }
+    startElement(key);
+    enterEssence(key);
+    if (essenceHandler_ == nullptr) {
+        return false;
+    }
+    if (form_ != passedForm_) {
+        essenceHandler_->setLengthForm(form_);
+        passedForm_ = form_;
+    }
+    callersBuffer_ = nullptr;
+    callersSize_ = 0;
+    if (!essenceHandler_->startElement(key, length, callersBuffer_, callersSize_)) {
+        return false;
+    }
+    delivery_ = callersBuffer_ != nullptr                   ? Delivery::CallersBuffer
+                : chunkedHandler_ != nullptr && length != 0 ? Delivery::Chunks
+                                                            : Delivery::OwnBuffer;
+    return true;
+}
+
+void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) {
+    switch (kind_) {
+    case MXFGCEssenceKind::Picture:
+        return essenceHandler_->pictureElement(key_, data, size, offset);
+    case MXFGCEssenceKind::Sound:
+        return essenceHandler_->soundElement(key_, data, size, offset);
+    case MXFGCEssenceKind::Data:
+        return essenceHandler_->dataElement(key_, data, size, offset);
+    case MXFGCEssenceKind::Compound:
+        return essenceHandler_->compoundElement(key_, data, size, offset);
+    case MXFGCEssenceKind::None:
+        util::failAssertion("valid GC essence element key");
+    }
+}
+
+bool MXFGCSplitter::startChunk(std::uint64_t length, std::uint64_t offset, std::uint64_t& size, std::uint8_t*& buffer) {
+    const std::uint64_t left = size;
+    std::uint64_t wanted = 0;
+    if (!chunkedHandler_->startChunkedElement(key_, length, offset, wanted, buffer)) {
+        return false;
+    }
+    require(wanted <= left, "valid length");
+    size = wanted == 0 ? left : wanted;
+    filled_ = offset;
+    return true;
+}
+
+bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
+                                   std::uint8_t*& buffer) {
+    if (delivery_ == Delivery::System) {
+        return true;
+    }
+    if (delivery_ == Delivery::Chunks) {
+        if (startChunk(length, offset, size, buffer)) {
+            return true;
+        }
+        delivery_ = offset == 0 ? Delivery::OwnBuffer : Delivery::None;
+        buffer = nullptr;
+    }
+    switch (delivery_) {
+    case Delivery::CallersBuffer:
+        require(offset == 0, "valid chunk offset");
+        require(callersSize_ >= length, "valid length");
+        buffer = callersBuffer_;
+        return true;
+    case Delivery::OwnBuffer:
+        require(offset == 0, "valid chunk offset");
+        if (length <= longestHeld) {
+            own_.resize(length);
+            buffer = own_.data();
+            return true;
+        }
+        klvutil::report(errorHandler_, findings::unsupportedGCEssenceLength, lengthText(key_, length));
+        deliver(nullptr, length, 0);
+        delivery_ = Delivery::None;
+        return false;
+    default:
+        return false;
+    }
+}
+
+void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
+    switch (delivery_) {
+    case Delivery::System:
+        own_.insert(own_.end(), data, data + size);
+        break;
+    case Delivery::Chunks:
+        deliver(data, size, filled_);
+        break;
+    case Delivery::CallersBuffer:
+    case Delivery::OwnBuffer: {
+        // Read in place as a rule; a sender may have the octets elsewhere.
+        std::uint8_t* const to = (delivery_ == Delivery::OwnBuffer ? own_.data() : callersBuffer_) + filled_;
+        const std::uint64_t room = delivery_ == Delivery::OwnBuffer ? own_.size() : callersSize_;
+        require(size <= room - filled_, "valid essence buffer size");
+        if (data != to) {
+            std::copy(data, data + size, to);
+        }
+        break;
+    }
+    case Delivery::None:
+        util::failAssertion("expected value");
+    }
+    filled_ += size;
+}
+
+void MXFGCSplitter::endIndividualItem(const KLVKey& key) {
+    if (!inElement_ || key == klvutil::fillKey) {
+        return;
+    }
+    require(key == key_, "correct essence key");
+    if (delivery_ == Delivery::CallersBuffer || delivery_ == Delivery::OwnBuffer) {
+        const std::uint8_t* const octets = delivery_ == Delivery::OwnBuffer ? own_.data() : callersBuffer_;
+        deliver(filled_ == 0 ? nullptr : octets, filled_, 0);
+    }
+    endElement(key);
+}

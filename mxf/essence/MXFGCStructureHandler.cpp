@@ -1,0 +1,3 @@
+#include "mxf/essence/MXFGCStructureHandler.h"
+
+MXFGCStructureHandler::~MXFGCStructureHandler() = default;

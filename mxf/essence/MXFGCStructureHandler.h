@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "klv/KLVKey.h"
+#include "util/Api.h"
+
+/// Receives the structure of a Generic Container (ST 379-1): content packages and the elements in them. Whoever writes
+/// a container makes the same calls, and those that place elements on the KLV alignment grid as well.
+class BRYX_API MXFGCStructureHandler {
+public:
+    virtual ~MXFGCStructureHandler();
+
+    /// @param kagSize octets of the KLV alignment grid when writing; 0 when reading
+    virtual void startStream(std::uint64_t kagSize) = 0;
+    virtual void endStream() = 0;
+
+    virtual void startContentPackage() = 0;
+    virtual void endContentPackage() = 0;
+
+    /// A system or essence element begins, and ends, whether anybody wants its content or not.
+    virtual void startElement(const KLVKey& key) = 0;
+    virtual void endElement(const KLVKey& key) = 0;
+
+    /// The element that comes next starts on the grid, if it is @p extraSize octets longer than it will be. Not called
+    /// when reading, like those that follow.
+    virtual void startPad(std::uint64_t extraSize) = 0;
+    /// What startPad() placed has been written.
+    virtual void endPad() = 0;
+
+    /// The element that comes next starts at a multiple of @p alignment octets; 0 stands for the grid.
+    virtual void startAlign(std::uint64_t alignment) = 0;
+    /// What startAlign() placed has been written.
+    virtual void endAlign() = 0;
+};

@@ -1,0 +1,3 @@
+#include "mxf/essence/MXFGCSystemHandler.h"
+
+MXFGCSystemHandler::~MXFGCSystemHandler() = default;

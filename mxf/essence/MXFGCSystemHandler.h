@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "klv/KLVKey.h"
+#include "util/Api.h"
+
+/// An item of a system element that is a local set or a variable-length pack. Its octets are valid during the call.
+struct MXFGCItem {
+    std::uint32_t tag = 0; ///< 0 in a pack
+    const std::uint8_t* data = nullptr;
+    std::size_t size = 0;
+};
+using MXFGCItems = std::vector<MXFGCItem>;
+
+/// Receives the system elements of a Generic Container (ST 379-1). Whoever writes a container makes the same calls.
+class BRYX_API MXFGCSystemHandler {
+public:
+    virtual ~MXFGCSystemHandler();
+
+    /// Whether the element with @p key is wanted; if not, it is skipped.
+    virtual bool wantsSystemElement(const KLVKey& key) = 0;
+
+    // A wanted element, whole.
+
+    virtual void localSet(const KLVKey& key, const MXFGCItems& items) = 0;
+    virtual void fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) = 0;
+    virtual void variableLengthPack(const KLVKey& key, const MXFGCItems& items) = 0;
+};
