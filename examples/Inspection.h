@@ -19,6 +19,8 @@
 #include "klv/Finding.h"
 #include "klv/Locator.h"
 #include "klv/parse_error.h"
+#include "mxf/essence/MXFGCSplitter.h"
+#include "mxf/essence/MXFGCStructureHandler.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
@@ -359,36 +361,21 @@ inline KLVKey prefixOf(const KLVKey& key) {
     return prefix;
 }
 
-/// The kind of the Generic Container essence element (ST 379-1) with @p key, or null if it is none. Octet 12 tells the
-/// type of the item that the element belongs to, of the CP or of the GC variety.
+/// The kind of the Generic Container essence element (ST 379-1) with @p key, or null if it is none.
 inline const char* essenceKind(const KLVKey& key) {
-    constexpr KLVKey essence{{0x06, 0x0E, 0x2B, 0x34, 0x01, 0x02, 0x01, 0x01, 0x0D, 0x01, 0x03, 0x01}};
-    if (prefixOf(key) != essence) {
-        return nullptr;
-    }
-    switch (key[12]) {
-    case 0x05:
-    case 0x15:
+    switch (mxfutil::gcEssenceKind(key)) {
+    case MXFGCEssenceKind::Picture:
         return "picture";
-    case 0x06:
-    case 0x16:
+    case MXFGCEssenceKind::Sound:
         return "sound";
-    case 0x07:
-    case 0x17:
+    case MXFGCEssenceKind::Data:
         return "data";
-    case 0x18:
+    case MXFGCEssenceKind::Compound:
         return "compound";
-    default:
-        return nullptr;
+    case MXFGCEssenceKind::None:
+        break;
     }
-}
-
-/// Whether @p key is that of a system element: a set or a pack, whose coding octet 5 tells.
-inline bool isSystemElement(const KLVKey& key) {
-    constexpr KLVKey system{{0x06, 0x0E, 0x2B, 0x34, 0x02, 0x00, 0x01, 0x01, 0x0D, 0x01, 0x03, 0x01}};
-    KLVKey prefix = prefixOf(key);
-    prefix[5] = 0;
-    return prefix == system && (key[12] == 0x04 || key[12] == 0x14);
+    return nullptr;
 }
 
 struct ElementCount {
@@ -435,37 +422,58 @@ private:
 /// passes over the essence, with a seek where the stream allows it.
 ///
 /// A triplet is counted when it ends: one that the end of the file cuts off has a start event but no end event.
-class BodyCounter final : public DullKLVHandler {
+class BodyCounter final : public MXFGCSplitter {
 public:
-    explicit BodyCounter(ProgressBar& progress) : progress_(progress) {}
+    /// What is no element of a Generic Container is counted here, so that the splitter need not report it.
+    explicit BodyCounter(ProgressBar& progress) : progress_(progress) { setStructureHandler(&packages_); }
 
     // Each body is a stream of its own, and its locator comes with it.
     void setLocator(const Locator& locator) override { locator_ = &locator; }
 
-    bool startIndividualItem(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
+        start(length);
+        return MXFGCSplitter::startIndividualItem(key, length);
+    }
     bool startLabel(const KLVKey& /*key*/) override { return start(0); }
     bool startUniversalSet(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
-    bool startLocalSet(const KLVKey& /*key*/, std::uint64_t length, KLVFieldForm /*tagForm*/,
-                       KLVFieldForm /*lengthForm*/) override {
-        return start(length);
+    bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
+                       KLVFieldForm lengthForm) override {
+        start(length);
+        return MXFGCSplitter::startLocalSet(key, length, tagForm, lengthForm);
     }
-    bool startFixedLengthPack(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
-    bool startVariableLengthPack(const KLVKey& /*key*/, std::uint64_t length,
-                                 KLVFieldForm /*itemLengthForm*/) override {
-        return start(length);
+    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
+        start(length);
+        return MXFGCSplitter::startFixedLengthPack(key, length);
+    }
+    bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override {
+        start(length);
+        return MXFGCSplitter::startVariableLengthPack(key, length, itemLengthForm);
     }
     bool startWrapper(const KLVKey& /*key*/, std::uint64_t length, KLVWrapperKind /*kind*/) override {
         return start(length);
     }
 
-    void endIndividualItem(const KLVKey& key) override { end(key); }
+    void endIndividualItem(const KLVKey& key) override {
+        MXFGCSplitter::endIndividualItem(key);
+        end(key);
+    }
     void endLabel(const KLVKey& key) override { end(key); }
     void endUniversalSet(const KLVKey& key) override { end(key); }
-    void endLocalSet(const KLVKey& key) override { end(key); }
-    void endFixedLengthPack(const KLVKey& key) override { end(key); }
-    void endVariableLengthPack(const KLVKey& key) override { end(key); }
+    void endLocalSet(const KLVKey& key) override {
+        MXFGCSplitter::endLocalSet(key);
+        end(key);
+    }
+    void endFixedLengthPack(const KLVKey& key) override {
+        MXFGCSplitter::endFixedLengthPack(key);
+        end(key);
+    }
+    void endVariableLengthPack(const KLVKey& key) override {
+        MXFGCSplitter::endVariableLengthPack(key);
+        end(key);
+    }
     void endWrapper(const KLVKey& key) override { end(key); }
 
+    std::uint64_t contentPackages() const { return packages_.count; }
     const ElementCounter& essence() const { return essence_; }
     std::uint64_t systemElements() const { return systemElements_; }
     const ElementCounter& others() const { return others_; }
@@ -481,13 +489,29 @@ private:
     void end(const KLVKey& key) {
         if (essenceKind(key) != nullptr) {
             essence_.add(key, length_);
-        } else if (isSystemElement(key)) {
+        } else if (mxfutil::isGCSystemElement(key)) {
             ++systemElements_;
         } else if (key != klvutil::fillKey) {
             others_.add(key, length_);
         }
     }
 
+    /// Counts content packages.
+    struct PackageCounter final : MXFGCStructureHandler {
+        std::uint64_t count = 0;
+        void startStream(std::uint64_t /*kagSize*/) override {}
+        void endStream() override {}
+        void startContentPackage() override { ++count; }
+        void endContentPackage() override {}
+        void startElement(const KLVKey& /*key*/) override {}
+        void endElement(const KLVKey& /*key*/) override {}
+        void startPad(std::uint64_t /*extraSize*/) override {}
+        void endPad() override {}
+        void startAlign(std::uint64_t /*alignment*/) override {}
+        void endAlign() override {}
+    };
+
+    PackageCounter packages_;
     ProgressBar& progress_;
     const Locator* locator_ = nullptr;
     std::uint64_t length_ = 0; ///< of the triplet that started last

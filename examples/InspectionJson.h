@@ -207,6 +207,7 @@ inline void printJson(std::ostream& out, const Inspection& inspection) {
     json.list("indexSegments", inspection.index.segments());
     json.list("essence", inspection.body.essence());
     json.member("systemElements", inspection.body.systemElements());
+    json.member("contentPackages", inspection.body.contentPackages());
     json.list("otherElements", inspection.body.others());
     json.list("findings", inspection.findings);
     json.finish();

@@ -33,6 +33,7 @@ TIMEOUT = 60  # seconds, for any program that is run here
 
 PARTITION_PACK = bytes.fromhex("060e2b34020501010d01020101")  # then kind, status and a zero
 RANDOM_INDEX_PACK = bytes.fromhex("060e2b34020501010d01020101110100")
+INDEX_SEGMENT = bytes.fromhex("060e2b34025301010d01020101100100")
 FILL = bytes.fromhex("060e2b34010101010301021001000000")
 MAX_RUN_IN = 65535
 RUN_IN_END = PARTITION_PACK[:11]
@@ -95,6 +96,8 @@ class Reading:
     elements: list = field(default_factory=list)
     others: list = field(default_factory=list)
     system_elements: int = 0
+    content_packages: int = 0
+    index_segments: list = field(default_factory=list)
     header_metadata: list = field(default_factory=list)  # key, start and value of each triplet
 
     def in_words_of_inspect(self):
@@ -106,6 +109,8 @@ class Reading:
             "essence": totals(self.elements, lambda key: {"kind": ESSENCE_KINDS[key[12]]}),
             "otherElements": totals(self.others, lambda key: {}),
             "systemElements": self.system_elements,
+            "contentPackages": self.content_packages,
+            "indexSegments": self.index_segments,
         }
 
 
@@ -192,18 +197,41 @@ def random_index(value, start, end):
             for i in range(0, len(value) - 4, 12)]
 
 
+def index_segment(start, value):
+    items, at = {}, 0
+    while at < len(value):
+        size = number(value[at + 2:at + 4])
+        items[number(value[at:at + 2])] = value[at + 4:at + 4 + size]
+        at += 4 + size
+    rate = items[0x3F0B]
+    return {
+        "offset": start,
+        "indexStartPosition": number(items[0x3F0C]),
+        "indexDuration": number(items[0x3F0D]),
+        "editUnitByteCount": number(items.get(0x3F05, b"")),
+        "indexSID": number(items.get(0x3F06, b"")),
+        "bodySID": number(items[0x3F07]),
+        "indexEditRate": f"{number(rate[:4])}/{number(rate[4:])}",
+        "sliceCount": number(items.get(0x3F08, b"")),
+        "posTableCount": number(items.get(0x3F0E, b"")),
+        "deltaEntries": number(items.get(0x3F09, b"")[:4]),
+        "entries": number(items.get(0x3F0A, b"")[:4]),
+    }
+
+
 def read(data):
     run_in = data.find(RUN_IN_END, 0, MAX_RUN_IN + len(RUN_IN_END))
     if run_in < 0:
         raise Malformed("no header partition")
     reading = Reading(len(data), run_in)
     current = None
+    first = None  # the key of the first element of the body
     body = None  # where the body of the partition begins; None while only fill followed the partition pack
     for key, start, value, end in triplets(data, run_in):
         if is_like(key, PARTITION_PACK) and key[13] in PARTITION_KINDS:
             current = partition(key, start, data[value:end])
             reading.partitions.append(current)
-            body = None
+            body = first = None
         elif is_like(key, RANDOM_INDEX_PACK):
             reading.random_index = random_index(data[value:end], start, end)
         elif is_like(key, FILL):
@@ -217,8 +245,13 @@ def read(data):
                 body = index + current["indexByteCount"]
             if start < index:
                 reading.header_metadata.append((key, start, data[value:end]))
+            elif start < body and is_like(key, INDEX_SEGMENT):
+                reading.index_segments.append(index_segment(start, data[value:end]))
             if start < body or current["status"] == "genericStream":
                 continue
+            if is_system_element(key) or essence_kind(key):
+                first = first or key
+                reading.content_packages += is_like(key, first)
             if is_system_element(key):
                 reading.system_elements += 1
             elif essence_kind(key):
