@@ -5,18 +5,16 @@
 /// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
 /// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
 
-#include <cerrno>
 #include <cstdint>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <string>
-#include <system_error>
 
 #include <boost/program_options.hpp>
 
+#include "InputFile.h"
 #include "Inspection.h"
 #include "InspectionJson.h"
 #include "InspectionText.h"
@@ -27,17 +25,6 @@
 namespace {
 
 enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
-
-/// The size of a file in octets, or none if it is something that cannot seek, such as a pipe.
-std::optional<std::uint64_t> sizeOf(std::istream& file) {
-    const std::streamoff size = file.seekg(0, std::ios::end).tellg();
-    file.clear();
-    if (size < 0) {
-        return std::nullopt;
-    }
-    file.seekg(0);
-    return static_cast<std::uint64_t>(size);
-}
 
 /// Reads @p file from its beginning to its end.
 void inspectFile(std::istream& file, Inspection& inspection) {
@@ -64,25 +51,9 @@ void inspectFile(std::istream& file, Inspection& inspection) {
     }
 }
 
-/// Opens @p name and tells on standard error if that is not possible.
-bool open(std::ifstream& file, const std::string& name) {
-    std::error_code reason;
-    if (std::filesystem::is_directory(name, reason)) {
-        reason = std::make_error_code(std::errc::is_a_directory);
-    } else {
-        file.open(name, std::ios::binary);
-        if (file) {
-            return true;
-        }
-        reason = std::error_code(errno, std::generic_category());
-    }
-    std::cerr << "inspect: " << name << ": " << reason.message() << '\n';
-    return false;
-}
-
 ExitCode inspect(const std::string& name, bool json) {
     std::ifstream file;
-    if (!open(file, name)) {
+    if (!openInput(file, name, "inspect")) {
         return Failure;
     }
     const auto size = sizeOf(file);

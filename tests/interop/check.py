@@ -353,7 +353,22 @@ def is_aes3_of_d10(key):
     return key[12] == 0x06 and key[14] == 0x10
 
 
-def compare_ffprobe(check, path, report, reading, is_sample):
+def compare_essence(check, inspect, path, key, stream, is_sample):
+    """Whether extract, which stands beside inspect, writes the octets that ffmpeg copies."""
+    def octets(*command):
+        return subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False).stdout
+
+    extracted = octets(os.path.join(os.path.dirname(inspect), "extract"), path, urn(key), "-")
+    copied = octets("ffmpeg", "-nostdin", "-v", "error", "-i", path, "-map", f"0:{stream}", "-c", "copy",
+                    "-f", "data", "-")
+    if is_sample and not copied:
+        check.not_compared("ffmpeg", "no essence that it copies")
+        return
+    check.holds("ffmpeg", "extracted essence", extracted == copied and copied,
+                f"{urn(key)}: extract has {len(extracted)} octets, which are not the {len(copied)} of ffmpeg")
+
+
+def compare_ffprobe(check, inspect, path, report, reading, is_sample):
     result = run("ffprobe", "-v", "error", "-of", "json", "-show_entries",
                  "packet=stream_index,pos,size:format=size:format_tags=operational_pattern_ul", path)
     if result.returncode != 0 or result.stderr:
@@ -372,12 +387,14 @@ def compare_ffprobe(check, path, report, reading, is_sample):
 
     starts = [element.start for element in reading.elements]
     packets = {}  # by key: for each element by its index, the sizes of the packets in it
+    streams = {}  # by key: the index of the stream that ffprobe makes of the elements
     for packet in probed["packets"]:
         position = int(packet.get("pos", -1))
         index = bisect.bisect_right(starts, position) - 1
         if index < 0 or position >= reading.elements[index].end:
             check.problems.append(f"ffprobe has a packet at {position}, where no essence element is")
             return
+        streams[reading.elements[index].key] = packet["stream_index"]
         sizes = packets.setdefault(reading.elements[index].key, {})
         sizes.setdefault(index, []).append(int(packet["size"]))
 
@@ -391,6 +408,7 @@ def compare_ffprobe(check, path, report, reading, is_sample):
             check.holds("ffprobe", "size of each element",
                         all(sum(sizes) == reading.elements[i].size for i, sizes in by_element.items()),
                         f"{urn(key)}: the packets of ffprobe are not as large as the elements they are in")
+            compare_essence(check, inspect, path, key, streams[key], is_sample)
 
 
 # ---- MediaInfo ----
@@ -476,7 +494,7 @@ def check_file(inspect, path, registers=None, is_sample=False):
             compare_own(check, report, reading)
             compare_metadata(check, path, report, reading, registers)
             if report.get("partitions"):
-                compare_ffprobe(check, path, report, reading, is_sample)
+                compare_ffprobe(check, inspect, path, report, reading, is_sample)
                 compare_mediainfo(check, path, report, is_sample)
     return check.report()
 

@@ -1,0 +1,205 @@
+/// Writes the essence of one track of an MXF file, octet for octet, to a file or to standard output.
+///
+///     extract FILE KEY|TRACKNUMBER OUT
+///
+/// KEY is the key of the elements as inspect prints it, TRACKNUMBER its last four octets as a number: what the track in
+/// the header metadata has. OUT is "-" for standard output. Exits with 0 if there was any essence and no error, else
+/// with 1, or with 2 if it was called wrongly.
+
+#include <cstdint>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "InputFile.h"
+#include "ProgressBar.h"
+#include "klv/ErrorHandler.h"
+#include "klv/Locator.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/essence/MXFGCChunkedEssenceHandler.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCSplitter.h"
+#include "util/byte_order.h"
+
+namespace {
+
+/// Tells of errors on standard error, and knows where the reader is.
+class ErrorPrinter final : public ErrorHandler {
+public:
+    void setLocator(const Locator& locator) override { locator_ = &locator; }
+    void startStream() override {}
+    void endStream() override { locator_ = nullptr; }
+    void warning(const util::uuid& /*id*/, const std::string& /*message*/) override {}
+    void error(const util::uuid& /*id*/, const std::string& message) override {
+        ++errors_;
+        std::cerr << "extract: " << message << " at octet " << position() << '\n';
+    }
+    void fatalError(const util::uuid& id, const std::string& message) override { error(id, message); }
+
+    std::uint64_t errors() const { return errors_; }
+    std::uint64_t position() const {
+        return locator_ == nullptr ? 0 : static_cast<std::uint64_t>(std::streamoff{locator_->streampos()});
+    }
+
+private:
+    const Locator* locator_ = nullptr;
+    std::uint64_t errors_ = 0;
+};
+
+/// Which elements are meant: those with a key, or those whose key ends in a track number.
+class Selection {
+public:
+    explicit Selection(std::string text) {
+        const std::string prefix = "urn:smpte:ul:";
+        if (text.compare(0, prefix.size(), prefix) == 0) {
+            text.erase(0, prefix.size());
+        }
+        std::string digits;
+        for (const char c : text) {
+            if (c != '.') {
+                digits += c;
+            }
+        }
+        if (digits.size() == 32) {
+            key_.emplace();
+            for (std::size_t i = 0; i < 16; ++i) {
+                (*key_)[i] = static_cast<std::uint8_t>(number(digits.substr(2 * i, 2), 16));
+            }
+        } else {
+            trackNumber_ = number(text, 0);
+        }
+    }
+
+    bool includes(const KLVKey& key) const {
+        return key_ ? key == *key_ : util::loadBigEndian<std::uint32_t>(&key.octets[12]) == trackNumber_;
+    }
+
+private:
+    static std::uint32_t number(const std::string& text, int base) {
+        std::size_t end = 0;
+        const unsigned long value = std::stoul(text, &end, base);
+        if (end != text.size() || value > 0xFFFFFFFF) {
+            throw std::invalid_argument(text);
+        }
+        return static_cast<std::uint32_t>(value);
+    }
+
+    std::optional<KLVKey> key_;
+    std::uint32_t trackNumber_ = 0;
+};
+
+/// Takes elements in chunks, in a buffer of its own, so that memory does not depend on how long they are.
+class Extractor final : public MXFGCEssenceHandler, public MXFGCChunkedEssenceHandler {
+public:
+    Extractor(Selection selection, std::ostream& out, ProgressBar& progress, const ErrorPrinter& positions)
+        : selection_(selection), out_(out), progress_(progress), positions_(positions), buffer_(1U << 20U) {}
+
+    std::uint64_t elements() const { return elements_; }
+
+    bool startElement(const KLVKey& key, std::uint64_t /*length*/, std::uint8_t*& /*buffer*/,
+                      std::uint64_t& /*size*/) override {
+        progress_.reached(positions_.position());
+        const bool isWanted = selection_.includes(key);
+        elements_ += isWanted ? 1 : 0;
+        return isWanted;
+    }
+    bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t length, std::uint64_t offset, std::uint64_t& size,
+                             std::uint8_t*& buffer) override {
+        progress_.reached(positions_.position() + offset);
+        size = std::min<std::uint64_t>(buffer_.size(), length - offset);
+        buffer = buffer_.data();
+        return true;
+    }
+    void pictureElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                        std::uint64_t /*offset*/) override {
+        write(data, size);
+    }
+    void soundElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                      std::uint64_t /*offset*/) override {
+        write(data, size);
+    }
+    void dataElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                     std::uint64_t /*offset*/) override {
+        write(data, size);
+    }
+    void compoundElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                         std::uint64_t /*offset*/) override {
+        write(data, size);
+    }
+    void setLengthForm(std::uint8_t /*form*/) override {}
+
+private:
+    void write(const std::uint8_t* data, std::uint64_t size) {
+        if (size > 0 && !out_.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size))) {
+            throw std::runtime_error("the essence could not be written");
+        }
+    }
+
+    Selection selection_;
+    std::ostream& out_;
+    ProgressBar& progress_;
+    const ErrorPrinter& positions_;
+    std::vector<std::uint8_t> buffer_;
+    std::uint64_t elements_ = 0;
+};
+
+int extract(std::istream& file, const Selection& selection, std::ostream& out) {
+    ProgressBar progress(sizeOf(file));
+    ErrorPrinter errors;
+    Extractor extractor(selection, out, progress, errors);
+    MXFGCSplitter splitter(nullptr, nullptr, &extractor);
+    MXFReader reader;
+    reader.setBodyHandler(&splitter);
+    reader.setErrorHandler(&errors);
+    std::string problem;
+    try {
+        reader.read(file);
+        if (!out.flush()) {
+            problem = "the essence could not be written";
+        } else if (extractor.elements() == 0) {
+            problem = "there is no such element";
+        }
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    progress.clear();
+    if (!problem.empty()) {
+        std::cerr << "extract: " << problem << '\n';
+    }
+    return problem.empty() && errors.errors() == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::optional<Selection> selection;
+    try {
+        if (argc == 4) {
+            selection.emplace(argv[2]);
+        }
+    } catch (const std::logic_error&) {
+        std::cerr << "extract: " << argv[2] << " is neither a key nor a track number\n";
+    }
+    if (!selection) {
+        std::cerr << "usage: extract FILE KEY|TRACKNUMBER OUT\n";
+        return 2;
+    }
+    std::ifstream file;
+    if (!openInput(file, argv[1], "extract")) {
+        return 1;
+    }
+    const std::string name = argv[3];
+    if (name == "-") {
+        return extract(file, *selection, std::cout);
+    }
+    std::ofstream out(name, std::ios::binary);
+    if (!out) {
+        std::cerr << "extract: " << name << " cannot be written\n";
+        return 1;
+    }
+    return extract(file, *selection, out);
+}
