@@ -8,11 +8,13 @@
 
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "InputFile.h"
@@ -195,6 +197,11 @@ int main(int argc, char** argv) {
     const std::string name = argv[3];
     if (name == "-") {
         return extract(file, *selection, std::cout);
+    }
+    std::error_code unknown;
+    if (std::filesystem::equivalent(argv[1], name, unknown)) {
+        std::cerr << "extract: " << name << " is what is read\n";
+        return 1;
     }
     std::ofstream out(name, std::ios::binary);
     if (!out) {

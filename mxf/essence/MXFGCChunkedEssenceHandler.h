@@ -19,9 +19,10 @@ public:
     ///
     /// @param length of the element
     /// @param offset of the chunk in the element; 0 for its first
-    /// @param[out] size preset to 0, which stands for all that is left; the octets of the chunk
-    /// @param[out] buffer preset to null. If set, the chunk is read straight into it, and delivered in one piece; else
-    ///     it is delivered in pieces of the reader's choosing.
+    /// @param[out] size preset to 0, which stands for all that is left; the most octets of the chunk. The last chunk of
+    ///     an element has as many as are left.
+    /// @param[out] buffer preset to null. If set, it has room for @p size octets, which must not be 0: the chunk is read
+    ///     straight into it, and delivered in one piece. Else it is delivered in pieces of the reader's choosing.
     /// @return false to have the element delivered at once if that is at the first chunk, else to skip the rest
     virtual bool startChunkedElement(const KLVKey& key, std::uint64_t length, std::uint64_t offset, std::uint64_t& size,
                                      std::uint8_t*& buffer) = 0;

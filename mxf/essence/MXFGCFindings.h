@@ -18,7 +18,8 @@ inline constexpr util::uuid gcBase{
     ROW(unexpectedGCSystemElement, gcBase, 4, error, "unexpected GC system element")                                   \
     ROW(unexpectedGCEssenceElement, gcBase, 5, error, "unexpected GC essence element")                                 \
     ROW(unsupportedGCEssenceLength, gcBase, 6, error, "unsupported GC essence element length")                         \
-    ROW(unsupportedGCSystemLength, gcBase, 7, error, "unsupported GC system element length")
+    ROW(unsupportedGCSystemLength, gcBase, 7, error, "unsupported GC system element length")                           \
+    ROW(unsupportedGCSystemItems, gcBase, 8, error, "too many items in GC system element")
 
 BRYX_GC_FINDINGS(BRYX_DEFINE_FINDING)
 

@@ -10,8 +10,8 @@ enum class MXFGCEssenceKind : std::uint8_t { None, Picture, Sound, Data, Compoun
 
 namespace mxfutil {
 
-/// Whether @p key is that of a system element, of the CP or the GC variety: octets 4, 6 and 8 to 11 tell, and octet 12,
-/// which is 04 or 14.
+/// Whether @p key is that of a system element, of the CP or the GC variety: octets 0 to 4, 6 and 8 to 11 tell, and
+/// octet 12, which is 04 or 14.
 BRYX_API bool isGCSystemElement(const KLVKey& key) noexcept;
 
 /// Whether @p key is that of an essence element of any kind: octets 0 to 6 and 8 to 11 tell.

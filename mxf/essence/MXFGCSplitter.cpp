@@ -21,6 +21,9 @@ namespace {
 /// The longest element that is held in memory.
 constexpr std::uint64_t longestHeld = 0xFFFFFF;
 
+/// The most items of a system element.
+constexpr std::size_t maxItems = 65536;
+
 /// The keys that are remembered as reported. Further ones are not reported.
 constexpr std::size_t maxReported = 1000;
 
@@ -213,6 +216,13 @@ bool MXFGCSplitter::endSystemElement(const KLVKey& key) {
 }
 
 bool MXFGCSplitter::startItem(std::uint32_t tag) {
+    if (itemPlaces_.size() == maxItems) {
+        klvutil::report(errorHandler_, findings::unsupportedGCSystemItems, toString(key_));
+        delivery_ = Delivery::None;
+    }
+    if (delivery_ == Delivery::None) {
+        return false;
+    }
     itemPlaces_.push_back({tag, own_.size()});
     return true;
 }
@@ -331,13 +341,14 @@ void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::u
 }
 
 bool MXFGCSplitter::startChunk(std::uint64_t length, std::uint64_t offset, std::uint64_t& size, std::uint8_t*& buffer) {
+    require(chunkedHandler_ != nullptr, "has chunked essence handler");
     const std::uint64_t left = size;
     std::uint64_t wanted = 0;
     if (!chunkedHandler_->startChunkedElement(key_, length, offset, wanted, buffer)) {
         return false;
     }
-    require(wanted <= left, "valid length");
-    size = wanted == 0 ? left : wanted;
+    require(buffer == nullptr || wanted != 0, "valid length");
+    size = wanted == 0 ? left : std::min(wanted, left);
     filled_ = offset;
     return true;
 }

@@ -22,6 +22,8 @@ class MXFGCStructureHandler;
 /// A content package begins whenever the key of the very first element comes round again. Fill is passed over. What is
 /// no element of a Generic Container is reported, once for each key, skipped, and touches nothing else.
 ///
+/// After an exception has ended a reading, a splitter is done for.
+///
 /// Essence goes straight into the buffers of the essence handler, if it gives any. An element without one is held whole
 /// in memory of the splitter, up to 16,777,215 octets; a longer one is reported as "unsupported GC essence element
 /// length" and skipped, unless the handler takes chunks.

@@ -20,16 +20,19 @@ constexpr std::uint64_t maxOffset = std::numeric_limits<std::int64_t>::max();
 MXFIndexCalculator::Range rangeOf(const MXFIndexTableSegment& segment) {
     constexpr MXFIndexCalculator::Range none{0, 0};
     const std::int64_t first = segment.indexStartPosition;
-    if (first < 0 || segment.indexDuration < 0) {
+    if (first < 0) {
         return none;
     }
     const std::int64_t most = MXFIndexCalculator::endless - first;
     if (segment.editUnitByteCount != 0) {
-        return {first, segment.indexDuration == 0 ? MXFIndexCalculator::endless
+        return {first, segment.indexDuration <= 0 ? MXFIndexCalculator::endless
                                                   : first + std::min(segment.indexDuration, most)};
     }
-    // The entries tell, whatever the duration says.
-    const auto entries = static_cast<std::int64_t>(segment.indexEntryArray.size());
+    // Entries beyond the duration belong to no edit unit of the segment.
+    auto entries = static_cast<std::int64_t>(segment.indexEntryArray.size());
+    if (segment.indexDuration > 0) {
+        entries = std::min(entries, segment.indexDuration);
+    }
     return entries > most - maxEntryOffset ? none : MXFIndexCalculator::Range{first, first + entries};
 }
 
@@ -58,6 +61,16 @@ void MXFIndexCalculator::Collector::indexTableSegment(const MXFIndexTableSegment
 
 void MXFIndexCalculator::setSegments(std::vector<MXFIndexTableSegment> segments) {
     segments_ = std::move(segments);
+    const auto table = [](const MXFIndexTableSegment& segment) {
+        return std::make_pair(segment.indexSID, segment.bodySID);
+    };
+    segments_.erase(std::remove_if(segments_.begin(), segments_.end(),
+                                   [&, first = segments_.empty() ? std::make_pair(0U, 0U) : table(segments_.front())](
+                                       const MXFIndexTableSegment& segment) { return table(segment) != first; }),
+                    segments_.end());
+    // Entries know better than a calculation.
+    std::stable_partition(segments_.begin(), segments_.end(),
+                          [](const MXFIndexTableSegment& segment) { return segment.editUnitByteCount == 0; });
     spans_ = cover();
     placeSpans();
 }
@@ -103,16 +116,19 @@ void MXFIndexCalculator::placeSpans() {
         const MXFIndexTableSegment& segment = segments_[span.segment];
         boost::optional<std::uint64_t> offset;
         if (segment.editUnitByteCount == 0) {
-            offset = entry(span, span.range.first)->streamOffset;
+            for (std::int64_t unit = span.range.first; unit < span.range.end && !offset; ++unit) {
+                const std::uint64_t known = entry(span, unit)->streamOffset;
+                offset = known <= maxOffset ? boost::optional<std::uint64_t>(known) : boost::none;
+            }
         } else if (!placed.empty() && placed.back().range.end == span.range.first) {
             // It goes on where the edit unit before ends, if that is known.
             const Span& before = placed.back();
-            const MXFIndexTableSegment& other = segments_[before.segment];
             const std::int64_t last = before.range.end - 1;
-            const std::uint64_t size =
-                other.editUnitByteCount != 0 ? other.editUnitByteCount : other.vbeByteCount.value_or(0);
-            offset = size == 0 ? boost::none : advance(offsetIn(before, last), 1, size);
-        } else {
+            const std::uint64_t octets = sizeIn(before, last).value_or(0);
+            offset = octets == 0 ? boost::none : advance(offsetIn(before, last), 1, octets);
+        } else if (std::all_of(placed.begin(), placed.end(), [&](const Span& before) {
+                       return segments_[before.segment].editUnitByteCount == segment.editUnitByteCount;
+                   })) {
             offset = advance(0, static_cast<std::uint64_t>(span.range.first), segment.editUnitByteCount);
         }
         if (!offset || *offset > maxOffset) {
@@ -158,9 +174,13 @@ const MXFIndexCalculator::Span* MXFIndexCalculator::find(std::int64_t editUnit) 
     if (editUnit >= span.range.end) {
         return nullptr;
     }
+    const MXFIndexEntry* const own = entry(span, editUnit);
     const std::uint64_t size = segments_[span.segment].editUnitByteCount;
-    return size == 0 || advance(span.offset, static_cast<std::uint64_t>(editUnit - span.range.first), size) ? &span
-                                                                                                            : nullptr;
+    const bool isCountable =
+        own != nullptr
+            ? own->streamOffset <= maxOffset
+            : advance(span.offset, static_cast<std::uint64_t>(editUnit - span.range.first), size).has_value();
+    return isCountable ? &span : nullptr;
 }
 
 bool MXFIndexCalculator::contains(std::int64_t editUnit) const noexcept {
@@ -194,18 +214,29 @@ std::uint64_t MXFIndexCalculator::streamOffset(std::int64_t editUnit) const {
     return offsetIn(span(editUnit), editUnit);
 }
 
-boost::optional<std::uint64_t> MXFIndexCalculator::size(std::int64_t editUnit) const {
-    const Span& own = span(editUnit);
-    const MXFIndexTableSegment& segment = segments_[own.segment];
+boost::optional<std::uint64_t> MXFIndexCalculator::sizeIn(const Span& span, std::int64_t editUnit) const {
+    const MXFIndexTableSegment& segment = segments_[span.segment];
     if (segment.editUnitByteCount != 0) {
         return std::uint64_t{segment.editUnitByteCount};
     }
-    const std::uint64_t start = offsetIn(own, editUnit);
-    if (const Span* const next = find(editUnit + 1)) {
-        const std::uint64_t end = offsetIn(*next, editUnit + 1);
-        return end > start ? boost::optional<std::uint64_t>(end - start) : boost::none;
+    const auto next = static_cast<std::size_t>(editUnit - segment.indexStartPosition) + 1;
+    if (next == segment.indexEntryArray.size()) {
+        return segment.vbeByteCount;
     }
-    return segment.vbeByteCount;
+    const std::uint64_t start = offsetIn(span, editUnit);
+    const std::uint64_t end = segment.indexEntryArray[next].streamOffset;
+    return end > start && end <= maxOffset ? boost::optional<std::uint64_t>(end - start) : boost::none;
+}
+
+boost::optional<std::uint64_t> MXFIndexCalculator::size(std::int64_t editUnit) const {
+    const Span& own = span(editUnit);
+    if (const auto known = sizeIn(own, editUnit)) {
+        return known;
+    }
+    const Span* const next = find(editUnit + 1);
+    const std::uint64_t start = offsetIn(own, editUnit);
+    const std::uint64_t end = next == nullptr ? 0 : offsetIn(*next, editUnit + 1);
+    return end > start ? boost::optional<std::uint64_t>(end - start) : boost::none;
 }
 
 const MXFDeltaEntry* MXFIndexCalculator::delta(std::int64_t editUnit, std::size_t element) const {
@@ -218,19 +249,21 @@ std::size_t MXFIndexCalculator::elementCount(std::int64_t editUnit) const {
     return std::max<std::size_t>(1, segments_[span(editUnit).segment].deltaEntryArray.size());
 }
 
-std::uint64_t MXFIndexCalculator::elementOffset(std::int64_t editUnit, std::size_t element) const {
+boost::optional<std::uint64_t> MXFIndexCalculator::elementOffset(std::int64_t editUnit, std::size_t element) const {
     const MXFDeltaEntry* const found = delta(editUnit, element);
     const Span& own = span(editUnit);
-    std::uint64_t offset = offsetIn(own, editUnit);
-    if (found != nullptr) {
-        if (found->slice != 0) {
-            const MXFIndexEntry* const slices = entry(own, editUnit);
-            require(slices != nullptr && found->slice <= slices->sliceOffsets.size(), "valid slice");
-            offset += slices->sliceOffsets[found->slice - 1U];
-        }
-        offset += found->elementDelta;
+    const std::uint64_t offset = offsetIn(own, editUnit);
+    if (found == nullptr) {
+        return offset;
     }
-    return offset;
+    if (found->slice == 0) {
+        return offset + found->elementDelta;
+    }
+    const MXFIndexEntry* const slices = entry(own, editUnit);
+    if (slices == nullptr || found->slice > slices->sliceOffsets.size()) {
+        return boost::none;
+    }
+    return offset + slices->sliceOffsets[found->slice - 1U] + found->elementDelta;
 }
 
 bool MXFIndexCalculator::isReordered(std::int64_t editUnit, std::size_t element) const {
@@ -238,14 +271,16 @@ bool MXFIndexCalculator::isReordered(std::int64_t editUnit, std::size_t element)
     return found != nullptr && found->posTableIndex < 0;
 }
 
-std::int64_t MXFIndexCalculator::storedPosition(std::int64_t displayed) const {
+boost::optional<std::int64_t> MXFIndexCalculator::storedPosition(std::int64_t displayed) const {
     const MXFIndexEntry* const found = entry(span(displayed), displayed);
-    return found == nullptr ? displayed : displayed + found->temporalOffset;
+    const std::int64_t stored = found == nullptr ? displayed : displayed + found->temporalOffset;
+    return contains(stored) ? boost::optional<std::int64_t>(stored) : boost::none;
 }
 
-std::int64_t MXFIndexCalculator::keyFrame(std::int64_t editUnit) const {
+boost::optional<std::int64_t> MXFIndexCalculator::keyFrame(std::int64_t editUnit) const {
     const MXFIndexEntry* const found = entry(span(editUnit), editUnit);
-    return found == nullptr ? editUnit : editUnit + found->keyFrameOffset;
+    const std::int64_t first = found == nullptr ? editUnit : editUnit + found->keyFrameOffset;
+    return first <= editUnit && contains(first) ? boost::optional<std::int64_t>(first) : boost::none;
 }
 
 std::uint8_t MXFIndexCalculator::flags(std::int64_t editUnit) const {
@@ -275,5 +310,10 @@ boost::optional<std::int64_t> MXFIndexCalculator::editUnitAt(std::uint64_t strea
     const auto* const next =
         std::upper_bound(first, end, streamOffset,
                          [](std::uint64_t value, const MXFIndexEntry& entry) { return value < entry.streamOffset; });
-    return next == first ? boost::optional<std::int64_t>() : own.range.first + (next - first) - 1;
+    if (next == first) {
+        return boost::none;
+    }
+    const std::int64_t unit = own.range.first + (next - first) - 1;
+    const auto octets = sizeIn(own, unit);
+    return octets && streamOffset - offsetIn(own, unit) >= *octets ? boost::none : boost::optional<std::int64_t>(unit);
 }

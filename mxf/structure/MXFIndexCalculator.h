@@ -14,8 +14,9 @@
 
 /// Answers where edit units stand in an essence container, from the segments of its index table (ST 377-1).
 ///
-/// Segments may come in any order, repeated and overlapping; where two cover an edit unit, the one that came first
-/// holds. Those with and without entries may follow one another. Edit units that no segment covers are not in the index.
+/// Segments may come in any order, repeated and overlapping; where two cover an edit unit, one with entries holds, then
+/// the one that came first. Those with and without entries may follow one another. Edit units that no segment covers, or
+/// whose place cannot be told, are not in the index.
 ///
 /// Positions count edit units of the index. Those of entries are in stored order, in which the essence stands; where
 /// pictures are reordered, storedPosition() leads from display order to it. Offsets count octets from the start of the
@@ -25,7 +26,7 @@ public:
     /// Collects segments, as the handler of an MXFIndexParser: those of one index table, or of all that come.
     class BRYX_API Collector : public MXFIndexHandler {
     public:
-        /// @param indexSID of the index table; 0 for any
+        /// @param indexSID of the index table; 0 for all that come, which may be several tables
         explicit Collector(std::uint32_t indexSID = 0) : indexSID_(indexSID) {}
         ~Collector() override;
         void startIndex() override {}
@@ -50,8 +51,9 @@ public:
     };
     static constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
 
-    /// Replaces all segments. Those that cannot be are left out: without duration and edit unit byte count, or with
-    /// positions below 0 or beyond what can be counted.
+    /// Replaces all segments by those of one index table, that of the first. Segments that begin before 0 or beyond what
+    /// can be counted are left out. The offsets of entries ascend in a sound file; where they do not, editUnitAt() is of
+    /// no use.
     void setSegments(std::vector<MXFIndexTableSegment> segments);
 
     /// The edit units in the index, in ascending order.
@@ -71,24 +73,27 @@ public:
     /// The elements that the index knows in @p editUnit; at least 1.
     std::size_t elementCount(std::int64_t editUnit) const;
 
-    /// Where an element of @p editUnit begins, in the order of storing. Requires "valid element index", and "valid slice"
-    /// of the delta entry.
-    std::uint64_t elementOffset(std::int64_t editUnit, std::size_t element) const;
+    /// Where an element of @p editUnit begins; none if it stands in a slice that the index does not tell. Requires "valid
+    /// element index".
+    boost::optional<std::uint64_t> elementOffset(std::int64_t editUnit, std::size_t element) const;
 
     /// Whether the pictures in an element are stored in another order than they are displayed.
     bool isReordered(std::int64_t editUnit, std::size_t element) const;
 
-    /// The edit unit at whose place the picture stands that is displayed at @p displayed.
-    std::int64_t storedPosition(std::int64_t displayed) const;
+    /// The edit unit at whose place the picture stands that is displayed at @p displayed; none if that is not in the
+    /// index.
+    boost::optional<std::int64_t> storedPosition(std::int64_t displayed) const;
 
-    /// The edit unit from which decoding must start to get at the picture stored at @p editUnit.
-    std::int64_t keyFrame(std::int64_t editUnit) const;
+    /// The edit unit from which decoding must start to get at the picture stored at @p editUnit; none if that is not in
+    /// the index.
+    boost::optional<std::int64_t> keyFrame(std::int64_t editUnit) const;
 
     /// The flags of the entry of @p editUnit (MXFIndexEntryFlags); of one that has no entry, that decoding may start
     /// there.
     std::uint8_t flags(std::int64_t editUnit) const;
 
-    /// The edit unit that the octet at @p streamOffset belongs to; none if no edit unit begins there or before.
+    /// The edit unit that the octet at @p streamOffset belongs to; none if that is not in the index. After the last entry
+    /// of a segment, whose size need not be known, whatever follows belongs to it.
     boost::optional<std::int64_t> editUnitAt(std::uint64_t streamOffset) const;
 
 private:
@@ -103,6 +108,7 @@ private:
     const Span& span(std::int64_t editUnit) const;
     const MXFIndexEntry* entry(const Span& span, std::int64_t editUnit) const;
     std::uint64_t offsetIn(const Span& span, std::int64_t editUnit) const;
+    boost::optional<std::uint64_t> sizeIn(const Span& span, std::int64_t editUnit) const;
     const MXFDeltaEntry* delta(std::int64_t editUnit, std::size_t element) const;
     std::vector<Span> cover() const;
     void placeSpans();

@@ -18,7 +18,9 @@ inline constexpr util::uuid indexBase{
     ROW(inconsistentByteCountAndEntries, indexBase, 4, warning, "inconsistent editUnitByteCount and indexEntryArray")  \
     ROW(missingIndexProperty, indexBase, 5, error, "missing %")                                                        \
     ROW(invalidIndexProperty, indexBase, 6, error, "invalid % value")                                                  \
-    ROW(unsupportedIndexTag, indexBase, 7, error, "unsupported tag in index segment")
+    ROW(unsupportedIndexTag, indexBase, 7, error, "unsupported tag in index segment")                                  \
+    ROW(inconsistentSlices, indexBase, 8, warning, "inconsistent sliceCount and deltaEntryArray")                      \
+    ROW(inconsistentPosTables, indexBase, 9, warning, "inconsistent posTableCount and deltaEntryArray")
 
 BRYX_INDEX_FINDINGS(BRYX_DEFINE_FINDING)
 

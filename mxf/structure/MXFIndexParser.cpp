@@ -1,5 +1,6 @@
 #include "mxf/structure/MXFIndexParser.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "mxf/structure/MXFIndexFindings.h"
@@ -102,5 +103,15 @@ void MXFIndexParser::check(const MXFIndexTableSegment& segment) const {
     }
     if (isConstant == hasEntries) {
         report(errorHandler(), findings::inconsistentByteCountAndEntries);
+    }
+    const auto& deltas = segment.deltaEntryArray;
+    if (std::any_of(deltas.begin(), deltas.end(),
+                    [&](const auto& delta) { return delta.slice > segment.sliceCount; })) {
+        report(errorHandler(), findings::inconsistentSlices);
+    }
+    if (std::any_of(deltas.begin(), deltas.end(), [&](const auto& delta) {
+            return delta.posTableIndex < -1 || delta.posTableIndex > static_cast<int>(segment.posTableCount);
+        })) {
+        report(errorHandler(), findings::inconsistentPosTables);
     }
 }

@@ -104,13 +104,13 @@ public:
     std::uint64_t accepted = ~std::uint64_t{0}; ///< chunks before the first that is declined
     std::vector<std::uint8_t> chunk;
 
-    bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t length, std::uint64_t offset, std::uint64_t& size,
-                             std::uint8_t*& to) override {
+    bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t /*length*/, std::uint64_t /*offset*/,
+                             std::uint64_t& size, std::uint8_t*& to) override {
         if (accepted == 0) {
             return false;
         }
         --accepted;
-        size = std::min(chunkSize, length - offset);
+        size = chunkSize; // the last chunk may have fewer
         to = chunk.empty() ? nullptr : chunk.data();
         return true;
     }
@@ -226,6 +226,9 @@ TEST(GCSplitter, DeliversTheSameByEveryRoad) {
         for (const bool own : {false, true}) {
             ChunkReceiver chunks;
             chunks.chunkSize = size;
+            if (own && size == 0) {
+                continue; // a buffer comes with its size
+            }
             chunks.chunk.resize(own ? essence.size() : 0);
             read(body, chunks);
             EXPECT_EQ(chunks.octets, essence + essence) << size;
@@ -252,6 +255,10 @@ TEST(GCSplitter, RefusesWhatNobodyCanHold) {
             toString(element(0x15)) +
             " - 0x1000000; picture 16777216 0 null; 15010501>; }; {; <15010501; "
             "form 131; wants 15010501 1; picture 1 0; 15010501>; }; end");
+    Receiver many;
+    EXPECT_EQ(read(octets::klv(system(0x04), std::string(65537, '\0')), many),
+              "start 0; {; <04010100; error too many items in GC system element - " + toString(system(0x04)) +
+                  "; 04010100>; }; end");
     MXFGCSplitter splitter;
     EXPECT_EQ(failure([&] { splitter.getStructureHandler(); }), "structure handler is present");
     EXPECT_EQ(failure([&] { splitter.getSystemHandler(); }), "system handler is present");

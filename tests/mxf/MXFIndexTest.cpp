@@ -86,6 +86,7 @@ MXFIndexTableSegment variable(std::size_t entries) {
 MXFIndexTableSegment constant(std::uint32_t octets, std::int64_t start, std::int64_t duration) {
     MXFIndexTableSegment segment = variable(0);
     segment.sliceCount = segment.posTableCount = 0;
+    segment.deltaEntryArray.clear();
     segment.editUnitByteCount = octets;
     segment.indexStartPosition = start;
     segment.indexDuration = duration;
@@ -153,6 +154,10 @@ TEST(Index, ChecksSegments) {
     segment.editUnitByteCount = 1;
     segment.indexStartPosition = 0;
     EXPECT_EQ(found(segment), "warning inconsistent editUnitByteCount and indexEntryArray; ");
+    segment = variable(1);
+    segment.deltaEntryArray[2] = {2, 3, 0};
+    EXPECT_EQ(found(segment), "warning inconsistent sliceCount and deltaEntryArray; "
+                              "warning inconsistent posTableCount and deltaEntryArray; ");
     EXPECT_EQ(found(constant(0, 0, 0)), "warning inconsistent indexDuration and editUnitByteCount; "
                                         "warning inconsistent editUnitByteCount and indexEntryArray; ");
 }
@@ -238,6 +243,11 @@ TEST(IndexCalculator, AnswersFromAnyMixtureOfSegments) {
     };
     MXFIndexTableSegment withSize = entries(0, 10, 0, 7);
     withSize.vbeByteCount = 9;
+    MXFIndexTableSegment surplus = entries(0, 6, 0, 7);
+    surplus.indexDuration = 5;
+    MXFIndexTableSegment unknownDuration = constant(10, 0, -1);
+    MXFIndexTableSegment otherTable = entries(0, 10, 500, 9);
+    otherTable.bodySID = 7;
     const std::vector<Case> cases{
         {{constant(10, 0, 0)}, "0-", {{0, 0}, {1LL << 40, 10LL << 40}, {1LL << 61, -1}}},
         {{constant(10, 0, 5)}, "0-5", {{4, 40}, {5, -1}, {-1, -1}}},
@@ -247,6 +257,13 @@ TEST(IndexCalculator, AnswersFromAnyMixtureOfSegments) {
         {{entries(0, 10, 0, 7), entries(5, 10, 500, 1)}, "0-15", {{9, 63}, {10, 505}}},
         {{withSize, constant(5, 10, 2)}, "0-12", {{9, 63}, {10, 72}, {11, 77}}},
         {{entries(0, 10, 0, 7), constant(5, 10, 2)}, "0-10", {{10, -1}}}, // nobody knows where it begins
+        {{constant(5, 8, 2), withSize}, "0-10", {{8, 56}, {9, 63}}},
+        {{constant(7, 3, 2), entries(0, 6, 0, 7)}, "0-6", {{3, 21}}},
+        {{entries(0, 10, 0, 7), constant(5, 12, 2)}, "0-10", {{12, -1}}},
+        {{constant(10, 0, 5), constant(20, 7, 2)}, "0-5", {{7, -1}}},
+        {{surplus, entries(5, 5, 1000, 7)}, "0-10", {{4, 28}, {5, 1000}}},
+        {{unknownDuration}, "0-", {{7, 70}}},
+        {{entries(0, 5, 0, 7), otherTable}, "0-5", {{5, -1}}},
         {{constant(10, 100, 5)}, "100-105", {{100, 1000}}},
         {{entries(2, 2, 50, 1), constant(10, 0, 6)}, "0-4", {{1, 10}, {2, 50}, {4, -1}}},
         {{constant(0xFFFFFFFF, std::numeric_limits<std::int64_t>::max() - 1, 5)}, "", {}},
@@ -282,20 +299,32 @@ TEST(IndexCalculator, KnowsElementsOrderAndSizes) {
     MXFIndexCalculator index;
     index.setSegments({segment});
     EXPECT_EQ(index.elementCount(0), 3U);
-    EXPECT_EQ(index.elementOffset(1, 0), 1100U);
-    EXPECT_EQ(index.elementOffset(1, 1), 1400U);
-    EXPECT_EQ(index.elementOffset(1, 2), 1500U);
+    EXPECT_EQ(index.elementOffset(1, 0).value(), 1100U);
+    EXPECT_EQ(index.elementOffset(1, 1).value(), 1400U);
+    EXPECT_EQ(index.elementOffset(1, 2).value(), 1500U);
     EXPECT_EQ(failure([&] { index.elementOffset(1, 3); }), "valid element index");
     EXPECT_TRUE(index.isReordered(0, 0));
     EXPECT_FALSE(index.isReordered(0, 1));
-    EXPECT_EQ(index.storedPosition(1), 2);
-    EXPECT_EQ(index.storedPosition(3), 1);
-    EXPECT_EQ(index.keyFrame(3), 0);
+    EXPECT_EQ(index.storedPosition(1).value(), 2);
+    EXPECT_EQ(index.storedPosition(3).value(), 1);
+    EXPECT_EQ(index.keyFrame(3).value(), 0);
     EXPECT_EQ(index.flags(0), MXFIndexEntryFlags::randomAccess);
     EXPECT_EQ(index.size(1).value_or(0), 500U);
     EXPECT_FALSE(index.size(3));
     EXPECT_EQ(index.editUnitAt(1099).value_or(-1), 0);
     EXPECT_EQ(index.editUnitAt(5000).value_or(-1), 3);
+
+    // What leads out of the index, or to no slice, is told as such.
+    segment.indexEntryArray[0].temporalOffset = -128;
+    segment.indexEntryArray[1].keyFrameOffset = -5;
+    segment.indexEntryArray[2].streamOffset = ~0ULL;
+    segment.deltaEntryArray[1].slice = 200;
+    index.setSegments({segment});
+    EXPECT_FALSE(index.storedPosition(0));
+    EXPECT_FALSE(index.keyFrame(1));
+    EXPECT_FALSE(index.contains(2));
+    EXPECT_TRUE(index.contains(3));
+    EXPECT_FALSE(index.elementOffset(0, 1));
 
     // The same segments again, and those of another table, change nothing.
     Log log;
@@ -382,7 +411,7 @@ TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
                         break;
                     }
                     for (std::size_t element = 0; element < index.elementCount(unit); ++element) {
-                        EXPECT_EQ(places.count(index.elementOffset(unit, element)), 1U)
+                        EXPECT_EQ(places.count(index.elementOffset(unit, element).value_or(~0ULL)), 1U)
                             << path << ' ' << unit << ' ' << element << ' ' << offset;
                     }
                     ++units;
