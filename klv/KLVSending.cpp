@@ -35,4 +35,11 @@ void sendValue(KLVHandler& handler, const std::uint8_t* data, std::uint64_t size
     deliverValue(source, handler, size);
 }
 
+void sendLocalItem(KLVHandler& handler, std::uint32_t tag, const std::vector<std::uint8_t>& value) {
+    if (handler.startLocalItem(tag, value.size())) {
+        sendValue(handler, value.data(), value.size());
+    }
+    handler.endLocalItem(tag);
+}
+
 } // namespace klvutil

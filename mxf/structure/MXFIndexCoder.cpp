@@ -73,10 +73,7 @@ void MXFIndexCoder::indexTableSegment(const MXFIndexTableSegment& segment) {
     next_.berLengthForm(0x83);
     if (next_.startLocalSet(mxfutil::indexTableSegmentKey, length, KLVFieldForm::TwoOctets, KLVFieldForm::TwoOctets)) {
         for (const auto& [tag, octets] : items) {
-            if (next_.startLocalItem(tag, octets.size())) {
-                klvutil::sendValue(next_, octets.data(), octets.size());
-            }
-            next_.endLocalItem(tag);
+            klvutil::sendLocalItem(next_, tag, octets);
         }
     }
     next_.endLocalSet(mxfutil::indexTableSegmentKey);

@@ -4,6 +4,7 @@
 
 #include "klv/GenericKLVReader.h"
 #include "klv/KLVMonitor.h"
+#include "mxf/structure/MXFLabelNames.h"
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "support/Octets.h"
@@ -45,6 +46,19 @@ TEST(MXFStaticTags, LeadBothWays) {
         }
     }
     EXPECT_EQ(count, 428);
+}
+
+TEST(MXFLabelNames, AreFoundFromEndToEnd) {
+    const auto name = [](const KLVKey& label) {
+        const char* const found = mxfutil::labelName(label);
+        return std::string(found == nullptr ? "none" : found);
+    };
+    EXPECT_EQ(name(klvutil::key("060e2b34.04010101.01010101.01010000")), "SDTICPMPEG2BaselineTemplate");
+    EXPECT_EQ(name(klvutil::key("060e2b34.04010101.0e090607.01010103")), "FrameWrappedISXDContainer");
+    EXPECT_EQ(name(keys::op1a), "MXFOP1aSingleItemSinglePackageMultiTrackStreamInternal");
+    EXPECT_EQ(name(klvutil::key("060e2b34.0401017f.01030201.01000000")), "SMPTE12MTimecodeTrackInactiveUserBits");
+    EXPECT_EQ(name(klvutil::key("060e2b34.04010101.ffffffff.ffffffff")), "none");
+    EXPECT_EQ(name(klvutil::key("060e2b34.01010101.01030201.01000000")), "none"); // the key of an item
 }
 
 TEST(MXFPrimer, ChecksItsEntries) {

@@ -81,14 +81,10 @@ void MXFMetadataCoder::primedSet(MXFPrimedSet& set) {
     sendLengthForm(length);
     if (next_.startLocalSet(set.key, length, KLVFieldForm::TwoOctets, lengthForm)) {
         for (const auto& [label, octets] : set.properties) {
-            const std::uint16_t tag = tags_.find(label)->second;
             if (lengthForm == KLVFieldForm::BER) {
                 sendLengthForm(octets.size());
             }
-            if (next_.startLocalItem(tag, octets.size())) {
-                klvutil::sendValue(next_, octets.data(), octets.size());
-            }
-            next_.endLocalItem(tag);
+            klvutil::sendLocalItem(next_, tags_.find(label)->second, octets);
         }
     }
     next_.endLocalSet(set.key);
