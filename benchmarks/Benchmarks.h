@@ -5,3 +5,4 @@
 
 void registerReading();
 void registerMetadata();
+void registerIndex();

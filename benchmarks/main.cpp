@@ -53,6 +53,7 @@ int main(int argc, char** argv) {
     }
     registerReading();
     registerMetadata();
+    registerIndex();
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;

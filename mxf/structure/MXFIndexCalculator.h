@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <set>
 #include <tuple>
 #include <vector>
@@ -21,24 +22,36 @@
 /// Positions count edit units of the index. Those of entries are in stored order, in which the essence stands; where
 /// pictures are reordered, storedPosition() leads from display order to it. Offsets count octets from the start of the
 /// essence container. Nothing that a file says makes an answer wrap around: what would is not in the index.
+///
+/// An entry takes 11 octets of memory and 4 for each slice after the first. Copies share them.
 class BRYX_API MXFIndexCalculator {
+    struct Segment;
+
 public:
-    /// Collects segments, as the handler of an MXFIndexParser: those of one index table, or of all that come.
+    /// What makes segments those of one index table.
+    struct Table {
+        std::uint32_t indexSID;
+        std::uint32_t bodySID; ///< of the essence container that is indexed
+    };
+
+    /// Collects segments, as the handler of an MXFIndexParser.
     class BRYX_API Collector : public MXFIndexHandler {
     public:
-        /// @param indexSID of the index table; 0 for all that come, which may be several tables
-        explicit Collector(std::uint32_t indexSID = 0) : indexSID_(indexSID) {}
         ~Collector() override;
         void startIndex() override {}
         void endIndex() override {}
+
+        /// Keeps what calculation needs of @p segment, unless it repeats one that came before. Requires of its entries
+        /// "valid sliceOffsets": as many as it says.
         void indexTableSegment(const MXFIndexTableSegment& segment) override;
 
-        /// In the order in which they came, each once.
-        const std::vector<MXFIndexTableSegment>& segments() const noexcept { return segments_; }
+        /// The index tables of which segments came, in the order of their first ones.
+        const std::vector<Table>& tables() const noexcept { return tables_; }
 
     private:
-        std::uint32_t indexSID_;
-        std::vector<MXFIndexTableSegment> segments_;
+        friend class MXFIndexCalculator;
+        std::vector<std::shared_ptr<const Segment>> segments_;
+        std::vector<Table> tables_;
         /// Start, duration, octets of an edit unit, SIDs and number of entries of each.
         std::set<std::tuple<std::int64_t, std::int64_t, std::uint32_t, std::uint32_t, std::uint32_t, std::size_t>>
             known_;
@@ -51,10 +64,13 @@ public:
     };
     static constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
 
-    /// Replaces all segments by those of one index table, that of the first. Segments that begin before 0 or beyond what
-    /// can be counted are left out. The offsets of entries ascend in a sound file; where they do not, editUnitAt() is of
-    /// no use.
-    void setSegments(std::vector<MXFIndexTableSegment> segments);
+    /// Replaces all segments by those of @p table that @p collector has. Segments that begin before 0 or beyond what can
+    /// be counted are left out. The offsets of entries ascend in a sound file; where they do not, editUnitAt() is of no
+    /// use.
+    void setSegments(const Collector& collector, Table table);
+
+    /// The same for @p segments: those of one index table, that of the first.
+    void setSegments(const std::vector<MXFIndexTableSegment>& segments);
 
     /// The edit units in the index, in ascending order.
     std::vector<Range> ranges() const;
@@ -100,20 +116,24 @@ private:
     /// Edit units that a segment covers and no earlier one does.
     struct Span {
         Range range;
-        std::size_t segment;
-        std::uint64_t offset; ///< of the first edit unit
+        std::shared_ptr<const Segment> segment;
+        std::uint64_t offset;         ///< of the first edit unit
+        const std::uint64_t* offsets; ///< of all of them; null if there are no entries
+
+        /// Where @p editUnit, one of the range, begins; too much for an offset if that cannot be told.
+        std::uint64_t offsetOf(std::int64_t editUnit) const noexcept;
     };
 
     const Span* find(std::int64_t editUnit) const noexcept;
     const Span& span(std::int64_t editUnit) const;
-    const MXFIndexEntry* entry(const Span& span, std::int64_t editUnit) const;
-    std::uint64_t offsetIn(const Span& span, std::int64_t editUnit) const;
-    boost::optional<std::uint64_t> sizeIn(const Span& span, std::int64_t editUnit) const;
-    const MXFDeltaEntry* delta(std::int64_t editUnit, std::size_t element) const;
-    std::vector<Span> cover() const;
-    void placeSpans();
+    static bool contains(const Span& span, std::int64_t editUnit) noexcept;
+    static const MXFDeltaEntry* delta(const Span& span, std::size_t element);
+    static std::vector<Span> cover(const std::vector<std::shared_ptr<const Segment>>& segments);
+    void placeSpans(std::vector<Span> spans);
 
-    std::vector<MXFIndexTableSegment> segments_;
-    std::vector<Span> spans_;           ///< in the order of their edit units
-    std::vector<std::size_t> byOffset_; ///< the same, in the order of their offsets
+    bool isSet_ = false;
+    std::vector<Span> spans_;            ///< in the order of their edit units
+    std::vector<std::int64_t> firsts_;   ///< the first edit unit of each
+    std::vector<std::size_t> byOffset_;  ///< the same spans, in the order of their offsets
+    std::vector<std::uint64_t> offsets_; ///< of these
 };

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <fstream>
 #include <map>
+#include <random>
 #include <set>
 #include <sstream>
 
@@ -328,13 +330,15 @@ TEST(IndexCalculator, KnowsElementsOrderAndSizes) {
 
     // The same segments again, and those of another table, change nothing.
     Log log;
-    MXFIndexCalculator::Collector collector(2);
+    MXFIndexCalculator::Collector collector;
     MXFIndexTableSegment other = segment;
     other.indexSID = 3;
     for (const auto& given : {segment, other, segment}) {
         collector.indexTableSegment(given);
     }
-    EXPECT_EQ(collector.segments().size(), 1U);
+    ASSERT_EQ(collector.tables().size(), 2U);
+    index.setSegments(collector, collector.tables()[0]);
+    EXPECT_EQ(ranges(index), "0-4");
 
     // However many segments there are and however they overlap, it takes no time to speak of.
     std::vector<MXFIndexTableSegment> many;
@@ -344,6 +348,33 @@ TEST(IndexCalculator, KnowsElementsOrderAndSizes) {
     }
     index.setSegments(many);
     EXPECT_EQ(ranges(index), "0-");
+}
+
+TEST(IndexCalculator, FindsOffsetsHoweverUnevenTheyAre) {
+    // Sizes between 1 octet and a quarter of all, in segments between 1 and 200 edit units.
+    std::mt19937 random(7);
+    std::vector<std::uint64_t> offsets{3};
+    std::vector<MXFIndexTableSegment> segments;
+    while (offsets.size() < 5000) {
+        segments.push_back(entries(static_cast<std::int64_t>(offsets.size()) - 1,
+                                   static_cast<std::int64_t>(1 + random() % 200), 0, 0));
+        for (MXFIndexEntry& entry : segments.back().indexEntryArray) {
+            entry.streamOffset = offsets.back();
+            offsets.push_back(offsets.back() + (1U + random() % 3) + (random() % 50 == 0 ? random() % 1000000 : 0));
+        }
+    }
+    segments.back().vbeByteCount = offsets.back() - segments.back().indexEntryArray.back().streamOffset;
+    std::shuffle(segments.begin(), segments.end(), random);
+    MXFIndexCalculator index;
+    index.setSegments(segments);
+    for (std::size_t unit = 0; unit + 1 < offsets.size(); ++unit) {
+        const auto expected = static_cast<std::int64_t>(unit);
+        EXPECT_EQ(index.streamOffset(expected), offsets[unit]);
+        EXPECT_EQ(index.editUnitAt(offsets[unit]).value_or(-1), expected);
+        EXPECT_EQ(index.editUnitAt(offsets[unit + 1] - 1).value_or(-1), expected);
+    }
+    EXPECT_FALSE(index.editUnitAt(2));
+    EXPECT_FALSE(index.editUnitAt(offsets.back()));
 }
 
 namespace {
@@ -394,16 +425,13 @@ TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
         reader.setIndexHandler(&parser);
         reader.setBodyHandler(&body);
         reader.read(file);
-        for (const auto& [bodySID, places] : body.places) {
-            std::vector<MXFIndexTableSegment> segments = collector.segments();
-            segments.erase(std::remove_if(segments.begin(), segments.end(),
-                                          [sid = bodySID](const auto& segment) { return segment.bodySID != sid; }),
-                           segments.end());
+        for (const MXFIndexCalculator::Table table : collector.tables()) {
+            const std::set<std::uint64_t>& places = body.places[table.bodySID];
             if (places.size() < 3) {
                 continue; // wrapped as one clip: edit units lie within its element
             }
             MXFIndexCalculator index;
-            index.setSegments(segments);
+            index.setSegments(collector, table);
             for (const MXFIndexCalculator::Range& range : index.ranges()) {
                 for (std::int64_t unit = range.first; unit < range.end; ++unit) {
                     const std::uint64_t offset = index.streamOffset(unit);
