@@ -17,6 +17,8 @@
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFReader.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCSplitter.h"
 
 namespace {
 
@@ -102,6 +104,39 @@ Delivered mxfReader(const BenchmarkFile& file) {
     return handler.delivered;
 }
 
+/// Takes every element whole, in a buffer of its own.
+class OwnElement : public MXFGCEssenceHandler {
+public:
+    explicit OwnElement(std::uint64_t size) : buffer_(size) {}
+    Delivered delivered;
+
+    bool startElement(const KLVKey&, std::uint64_t, std::uint8_t*& buffer, std::uint64_t& size) override {
+        buffer = buffer_.data();
+        size = buffer_.size();
+        return true;
+    }
+    void pictureElement(const KLVKey&, const std::uint8_t* data, std::uint64_t size, std::uint64_t) override {
+        delivered.add(data, size);
+    }
+    void soundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void dataElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void compoundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void setLengthForm(std::uint8_t) override {}
+
+private:
+    std::vector<std::uint8_t> buffer_;
+};
+
+Delivered gcSplitter(const BenchmarkFile& file) {
+    std::ifstream stream(file.path(), std::ios::binary);
+    OwnElement handler(file.elementSize());
+    MXFGCSplitter splitter(nullptr, nullptr, &handler);
+    MXFReader reader;
+    reader.setBodyHandler(&splitter);
+    reader.read(stream);
+    return handler.delivered;
+}
+
 Delivered skipping(const BenchmarkFile& file) {
     std::ifstream stream(file.path(), std::ios::binary);
     MXFReader reader;
@@ -137,9 +172,15 @@ void addGroup(const std::string& group, const BenchmarkFile& file,
 void registerReading() {
     static const BenchmarkFile large(2500, 200000);
     static const BenchmarkFile small(1000000, 64);
-    addGroup("200KB-elements", large, {{"read(2)", plainRead}, {"KLVReader", klvReader}, {"MXFReader", mxfReader}},
-             true);
+    addGroup(
+        "200KB-elements", large,
+        {{"read(2)", plainRead}, {"KLVReader", klvReader}, {"MXFReader", mxfReader}, {"MXFGCSplitter", gcSplitter}},
+        true);
     addGroup("64-octet-elements", small,
-             {{"stream-buffer", streamBufferLoop}, {"KLVReader", klvReader}, {"MXFReader", mxfReader}}, true);
+             {{"stream-buffer", streamBufferLoop},
+              {"KLVReader", klvReader},
+              {"MXFReader", mxfReader},
+              {"MXFGCSplitter", gcSplitter}},
+             true);
     addGroup("skipping-200KB", large, {{"read(2)", plainRead}, {"MXFReader", skipping}}, false);
 }

@@ -19,8 +19,10 @@
 #include "klv/Finding.h"
 #include "klv/Locator.h"
 #include "klv/parse_error.h"
+#include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/essence/MXFGCSplitter.h"
-#include "mxf/essence/MXFGCStructureHandler.h"
+#include "mxf/essence/MXFPDProxySystemParser.h"
+#include "mxf/essence/MXFSDTICPSystemParser.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
@@ -418,6 +420,75 @@ private:
     std::uint64_t omitted_ = 0;
 };
 
+/// Counts content packages, and keeps the timecodes that the system items of the first and of the last one have.
+class PackageCollector final : public DullMXFGCStructureHandler,
+                               public MXFGCSystemHandler,
+                               public MXFSDTICPSystemHandler,
+                               public MXFPDProxySystemHandler {
+public:
+    explicit PackageCollector(FindingCollector& findings) {
+        sdtiCP_.setErrorHandler(&findings);
+        pdProxy_.setErrorHandler(&findings);
+    }
+
+    void startContentPackage() override {
+        ++count_;
+        last_.reset();
+    }
+    void endStream() override { sdtiCP_.endSystemItems(); }
+
+    // Two schemes of system items are known, which the item type in the key tells apart.
+    bool wantsSystemElement(const KLVKey& key) override { return parserOf(key).wantsSystemElement(key); }
+    void localSet(const KLVKey& key, const MXFGCItems& items) override { parserOf(key).localSet(key, items); }
+    void fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) override {
+        parserOf(key).fixedLengthPack(key, data, size);
+    }
+    void variableLengthPack(const KLVKey& key, const MXFGCItems& items) override {
+        parserOf(key).variableLengthPack(key, items);
+    }
+
+    void systemMetadata(const MXFSystemMetadataPack& pack) override {
+        const auto user = mxfutil::stampTimecode(pack, pack.userStamp);
+        found(user ? user : mxfutil::stampTimecode(pack, pack.creationStamp));
+    }
+    void packageMetadata(const MXFGCItems& /*items*/) override {}
+    void pictureMetadata(const MXFGCItems& /*items*/) override {}
+    void soundMetadata(const MXFGCItems& /*items*/) override {}
+    void dataMetadata(const MXFGCItems& /*items*/) override {}
+    void controlData(const std::uint8_t* /*data*/, std::size_t /*size*/) override {}
+
+    void pdProxyMetadata(const MXFPDProxyMetadata& metadata, const MXFGCItems& /*items*/) override {
+        if (!metadata.timecodes.empty()) {
+            found(metadata.timecodes.front().timecode());
+        }
+    }
+
+    std::uint64_t count() const { return count_; }
+    const boost::optional<Timecode>& firstTimecode() const { return first_; }
+    const boost::optional<Timecode>& lastTimecode() const { return last_; }
+
+private:
+    MXFGCSystemHandler& parserOf(const KLVKey& key) {
+        if (key[12] == 0x14) {
+            return pdProxy_;
+        }
+        return sdtiCP_;
+    }
+
+    void found(const boost::optional<Timecode>& timecode) {
+        last_ = timecode;
+        if (count_ == 1) {
+            first_ = timecode;
+        }
+    }
+
+    MXFSDTICPSystemParser sdtiCP_{this};
+    MXFPDProxySystemParser pdProxy_{this};
+    std::uint64_t count_ = 0;
+    boost::optional<Timecode> first_;
+    boost::optional<Timecode> last_;
+};
+
 /// Counts what the bodies of the partitions hold. It wants no values: start events return false, so that the reader
 /// passes over the essence, with a seek where the stream allows it.
 ///
@@ -425,7 +496,10 @@ private:
 class BodyCounter final : public MXFGCSplitter {
 public:
     /// What is no element of a Generic Container is counted here, so that the splitter need not report it.
-    explicit BodyCounter(ProgressBar& progress) : progress_(progress) { setStructureHandler(&packages_); }
+    BodyCounter(FindingCollector& findings, ProgressBar& progress) : packages_(findings), progress_(progress) {
+        setStructureHandler(&packages_);
+        setSystemHandler(&packages_);
+    }
 
     // Each body is a stream of its own, and its locator comes with it.
     void setLocator(const Locator& locator) override { locator_ = &locator; }
@@ -473,7 +547,7 @@ public:
     }
     void endWrapper(const KLVKey& key) override { end(key); }
 
-    std::uint64_t contentPackages() const { return packages_.count; }
+    const PackageCollector& packages() const { return packages_; }
     const ElementCounter& essence() const { return essence_; }
     std::uint64_t systemElements() const { return systemElements_; }
     const ElementCounter& others() const { return others_; }
@@ -496,22 +570,7 @@ private:
         }
     }
 
-    /// Counts content packages.
-    struct PackageCounter final : MXFGCStructureHandler {
-        std::uint64_t count = 0;
-        void startStream(std::uint64_t /*kagSize*/) override {}
-        void endStream() override {}
-        void startContentPackage() override { ++count; }
-        void endContentPackage() override {}
-        void startElement(const KLVKey& /*key*/) override {}
-        void endElement(const KLVKey& /*key*/) override {}
-        void startPad(std::uint64_t /*extraSize*/) override {}
-        void endPad() override {}
-        void startAlign(std::uint64_t /*alignment*/) override {}
-        void endAlign() override {}
-    };
-
-    PackageCounter packages_;
+    PackageCollector packages_;
     ProgressBar& progress_;
     const Locator* locator_ = nullptr;
     std::uint64_t length_ = 0; ///< of the triplet that started last
@@ -524,7 +583,7 @@ private:
 
 /// What a file holds, as far as it could be read.
 struct Inspection {
-    Inspection(std::optional<std::uint64_t> size, ProgressBar& progress) : fileSize(size), body(progress) {}
+    Inspection(std::optional<std::uint64_t> size, ProgressBar& progress) : fileSize(size), body(findings, progress) {}
     // The handlers know one another.
     Inspection(const Inspection&) = delete;
     Inspection& operator=(const Inspection&) = delete;

@@ -318,8 +318,15 @@ inline void printBody(std::ostream& out, const BodyCounter& body) {
         return Table::Row{toString(count.key), essenceKind(count.key), std::to_string(count.elements),
                           std::to_string(count.octets)};
     });
-    out << "\nContent packages: " << (body.contentPackages() == 0 ? "none" : std::to_string(body.contentPackages()))
-        << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
+    const PackageCollector& packages = body.packages();
+    out << "\nContent packages: " << (packages.count() == 0 ? "none" : std::to_string(packages.count()));
+    if (packages.firstTimecode() || packages.lastTimecode()) {
+        const auto text = [](const boost::optional<Timecode>& timecode) {
+            return timecode ? toString(*timecode) : "no timecode";
+        };
+        out << ", from " << text(packages.firstTimecode()) << " to " << text(packages.lastTimecode());
+    }
+    out << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
         << '\n';
     const Table others({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
     others.print(out, "Other triplets in the bodies", "triplets", body.others(), [](const ElementCount& count) {

@@ -1,10 +1,11 @@
 /// Writes the essence of one track of an MXF file, octet for octet, to a file or to standard output.
 ///
-///     extract FILE KEY|TRACKNUMBER OUT
+///     extract FILE KEY|TRACKNUMBER[@BODYSID] OUT
 ///
 /// KEY is the key of the elements as inspect prints it, TRACKNUMBER its last four octets as a number: what the track in
-/// the header metadata has. OUT is "-" for standard output. Exits with 0 if there was any essence and no error, else
-/// with 1, or with 2 if it was called wrongly.
+/// the header metadata has. BODYSID names the essence container; without it, the first one that has such an element is
+/// meant. OUT is "-" for standard output. Exits with 0 if there was any essence and no error, else with 1, or with 2 if
+/// it was called wrongly.
 
 #include <cstdint>
 #include <exception>
@@ -25,6 +26,7 @@
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCSplitter.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
 #include "util/byte_order.h"
 
 namespace {
@@ -52,10 +54,16 @@ private:
     std::uint64_t errors_ = 0;
 };
 
-/// Which elements are meant: those with a key, or those whose key ends in a track number.
+/// Which elements are meant: those with a key, or those whose key ends in a track number; in one essence container, or in
+/// whatever it is.
 class Selection {
 public:
     explicit Selection(std::string text) {
+        const std::size_t at = text.find('@');
+        if (at != std::string::npos) {
+            bodySID_ = number(text.substr(at + 1), 0);
+            text.resize(at);
+        }
         const std::string prefix = "urn:smpte:ul:";
         if (text.compare(0, prefix.size(), prefix) == 0) {
             text.erase(0, prefix.size());
@@ -80,6 +88,8 @@ public:
         return key_ ? key == *key_ : util::loadBigEndian<std::uint32_t>(&key.octets[12]) == trackNumber_;
     }
 
+    const std::optional<std::uint32_t>& bodySID() const { return bodySID_; }
+
 private:
     static std::uint32_t number(const std::string& text, int base) {
         std::size_t end = 0;
@@ -92,22 +102,39 @@ private:
 
     std::optional<KLVKey> key_;
     std::uint32_t trackNumber_ = 0;
+    std::optional<std::uint32_t> bodySID_;
 };
 
 /// Takes elements in chunks, in a buffer of its own, so that memory does not depend on how long they are.
-class Extractor final : public MXFGCEssenceHandler, public MXFGCChunkedEssenceHandler {
+class Extractor final : public DullMXFStructureHandler, public MXFGCEssenceHandler, public MXFGCChunkedEssenceHandler {
 public:
     Extractor(Selection selection, std::ostream& out, ProgressBar& progress, const ErrorPrinter& positions)
-        : selection_(selection), out_(out), progress_(progress), positions_(positions), buffer_(1U << 20U) {}
+        : selection_(selection), out_(out), progress_(progress), positions_(positions), buffer_(1U << 20U),
+          container_(selection.bodySID()) {}
 
     std::uint64_t elements() const { return elements_; }
+    /// Whether elements of another essence container are meant as well, and were left out.
+    const std::optional<std::uint32_t>& otherContainer() const { return otherContainer_; }
+
+    void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t /*headerStart*/) override {
+        bodySID_ = pack.bodySID;
+    }
 
     bool startElement(const KLVKey& key, std::uint64_t /*length*/, std::uint8_t*& /*buffer*/,
                       std::uint64_t& /*size*/) override {
         progress_.reached(positions_.position());
-        const bool isWanted = selection_.includes(key);
-        elements_ += isWanted ? 1 : 0;
-        return isWanted;
+        if (!selection_.includes(key)) {
+            return false;
+        }
+        if (!container_) {
+            container_ = bodySID_;
+        }
+        if (*container_ != bodySID_) {
+            otherContainer_ = bodySID_;
+            return false;
+        }
+        ++elements_;
+        return true;
     }
     bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t length, std::uint64_t offset, std::uint64_t& size,
                              std::uint8_t*& buffer) override {
@@ -147,6 +174,9 @@ private:
     const ErrorPrinter& positions_;
     std::vector<std::uint8_t> buffer_;
     std::uint64_t elements_ = 0;
+    std::uint32_t bodySID_ = 0; ///< of the partition that is read
+    std::optional<std::uint32_t> container_;
+    std::optional<std::uint32_t> otherContainer_;
 };
 
 int extract(std::istream& file, const Selection& selection, std::ostream& out) {
@@ -155,6 +185,7 @@ int extract(std::istream& file, const Selection& selection, std::ostream& out) {
     Extractor extractor(selection, out, progress, errors);
     MXFGCSplitter splitter(nullptr, nullptr, &extractor);
     MXFReader reader;
+    reader.setStructureHandler(&extractor);
     reader.setBodyHandler(&splitter);
     reader.setErrorHandler(&errors);
     std::string problem;
@@ -169,6 +200,10 @@ int extract(std::istream& file, const Selection& selection, std::ostream& out) {
         problem = error.what();
     }
     progress.clear();
+    if (extractor.otherContainer() && !selection.bodySID()) {
+        std::cerr << "extract: such elements of essence container " << *extractor.otherContainer()
+                  << " are left out; add @" << *extractor.otherContainer() << " to have those\n";
+    }
     if (!problem.empty()) {
         std::cerr << "extract: " << problem << '\n';
     }
@@ -187,7 +222,7 @@ int main(int argc, char** argv) {
         std::cerr << "extract: " << argv[2] << " is neither a key nor a track number\n";
     }
     if (!selection) {
-        std::cerr << "usage: extract FILE KEY|TRACKNUMBER OUT\n";
+        std::cerr << "usage: extract FILE KEY|TRACKNUMBER[@BODYSID] OUT\n";
         return 2;
     }
     std::ifstream file;

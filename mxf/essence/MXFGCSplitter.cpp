@@ -24,9 +24,6 @@ constexpr std::uint64_t longestHeld = 0xFFFFFF;
 /// The most items of a system element.
 constexpr std::size_t maxItems = 65536;
 
-/// The keys that are remembered as reported. Further ones are not reported.
-constexpr std::size_t maxReported = 1000;
-
 /// "key - 0x" and the length in hexadecimal digits.
 std::string lengthText(const KLVKey& key, std::uint64_t length) {
     std::uint8_t octets[8];
@@ -105,12 +102,6 @@ MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) const {
                                     : MXFGCEssenceKind::None;
 }
 
-void MXFGCSplitter::reportOnce(const klvutil::Finding& finding, const KLVKey& key) {
-    if (reported_.size() < maxReported && reported_.insert(key).second) {
-        klvutil::report(errorHandler_, finding, toString(key));
-    }
-}
-
 // ---- The stream, and what can be in it ----
 
 void MXFGCSplitter::startStream(bool accurateLengths) {
@@ -119,7 +110,7 @@ void MXFGCSplitter::startStream(bool accurateLengths) {
     form_ = passedForm_ = klvutil::automaticBERLengthForm;
     hasFirstKey_ = packageOpen_ = inElement_ = false;
     delivery_ = Delivery::None;
-    reported_.clear();
+    invalidKeys_.clear();
     state_ = State::GCStarted;
     if (structureHandler_ != nullptr) {
         structureHandler_->startStream(0);
@@ -140,7 +131,7 @@ void MXFGCSplitter::endStream(bool /*stopped*/) {
 }
 
 bool MXFGCSplitter::startLabel(const KLVKey& key) {
-    reportOnce(findings::invalidGCElement, key);
+    invalidKeys_.report(errorHandler_, findings::invalidGCElement, key);
     return false;
 }
 
@@ -185,7 +176,7 @@ void MXFGCSplitter::endElement(const KLVKey& key) {
 
 bool MXFGCSplitter::startSystemElement(const KLVKey& key, std::uint64_t length) {
     if (!isSystemElement(key)) {
-        reportOnce(findings::invalidGCSystemElement, key);
+        invalidKeys_.report(errorHandler_, findings::invalidGCSystemElement, key);
         return false;
     }
     startElement(key);
@@ -302,7 +293,7 @@ bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length)
     require(isRunning(), "expected individual item");
     kind_ = kindOf(key);
     if (kind_ == MXFGCEssenceKind::None) {
-        reportOnce(findings::invalidGCEssenceElement, key);
+        invalidKeys_.report(errorHandler_, findings::invalidGCEssenceElement, key);
         return false;
     }
     startElement(key);

@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <set>
 #include <vector>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
+#include "mxf/essence/MXFKeyReporter.h"
 #include "util/Api.h"
 
 class ErrorHandler;
@@ -91,7 +91,6 @@ private:
     enum class Delivery : std::uint8_t { None, System, Chunks, CallersBuffer, OwnBuffer };
 
     MXFGCEssenceKind kindOf(const KLVKey& key) const;
-    void reportOnce(const klvutil::Finding& finding, const KLVKey& key);
     void startElement(const KLVKey& key);
     void endElement(const KLVKey& key);
     bool startSystemElement(const KLVKey& key, std::uint64_t length);
@@ -116,7 +115,7 @@ private:
     bool kindsSeen_[5] = {};
     std::uint8_t form_;
     std::uint8_t passedForm_;
-    std::set<KLVKey> reported_;
+    MXFKeyReporter invalidKeys_;
 
     // The element being read.
     KLVKey key_;

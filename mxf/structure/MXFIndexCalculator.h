@@ -21,7 +21,9 @@
 ///
 /// Positions count edit units of the index. Those of entries are in stored order, in which the essence stands; where
 /// pictures are reordered, storedPosition() leads from display order to it. Offsets count octets from the start of the
-/// essence container. Nothing that a file says makes an answer wrap around: what would is not in the index.
+/// essence container; where all of it is one element, wrapped as a clip, files count those of entries from its key, and
+/// edit units of one size from its value. Nothing that a file says makes an answer wrap around: what would is not in
+/// the index.
 ///
 /// An entry takes 11 octets of memory and 4 for each slice after the first. Copies share them.
 class BRYX_API MXFIndexCalculator {

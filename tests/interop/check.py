@@ -370,7 +370,7 @@ def compare_essence(check, inspect, path, key, stream, is_sample):
 
 def compare_ffprobe(check, inspect, path, report, reading, is_sample):
     result = run("ffprobe", "-v", "error", "-of", "json", "-show_entries",
-                 "packet=stream_index,pos,size:format=size:format_tags=operational_pattern_ul", path)
+                 "packet=stream_index,pos,size:format=size:format_tags=operational_pattern_ul,timecode", path)
     if result.returncode != 0 or result.stderr:
         check.not_compared("ffprobe", "reads it with errors")
         if not is_sample:
@@ -384,6 +384,10 @@ def compare_ffprobe(check, inspect, path, report, reading, is_sample):
     check.same("ffprobe", "fileSize", report["fileSize"], int(probed["format"]["size"]))
     check.same("ffprobe", "operational pattern", report["partitions"][0]["operationalPattern"],
                "urn:smpte:ul:" + probed["format"]["tags"]["operational_pattern_ul"])
+
+    # ffprobe has it from the timecode track, inspect from the system item of the first content package.
+    if report["firstTimecode"] is not None and "timecode" in probed["format"]["tags"]:
+        check.same("ffprobe", "timecode", report["firstTimecode"], probed["format"]["tags"]["timecode"])
 
     starts = [element.start for element in reading.elements]
     packets = {}  # by key: for each element by its index, the sizes of the packets in it

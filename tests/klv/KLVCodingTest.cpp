@@ -11,6 +11,7 @@
 #include "klv/ValueCoding.h"
 #include "mxf/engines/MXFEngineFindings.h"
 #include "mxf/essence/MXFGCFindings.h"
+#include "mxf/essence/MXFSystemFindings.h"
 #include "mxf/metadata/parsing/MXFMetadataFindings.h"
 #include "mxf/structure/MXFIndexFindings.h"
 #include "mxf/structure/MXFPrimerFindings.h"
@@ -151,6 +152,7 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
     BRYX_PRIMER_FINDINGS(ADD)
     BRYX_INDEX_FINDINGS(ADD)
     BRYX_GC_FINDINGS(ADD)
+    BRYX_SYSTEM_FINDINGS(ADD)
     BRYX_METADATA_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Checks what inspect takes of the system: memory on files far larger than it, and system calls for what it skips.
+"""Checks what inspect and extract take of the system: memory on files far larger than that, and system calls for what
+inspect skips.
 
-usage: check.py INSPECT
+usage: check.py INSPECT EXTRACT
 
 Prints a line for each measure. The exit status is 1 when a limit is passed.
 """
@@ -34,12 +35,20 @@ def sparse_file(path, count, length):
         file.truncate(file.tell())
 
 
-def peak_memory(inspect, path):
-    """MiB of a run of inspect, and what it printed."""
-    process = subprocess.Popen([inspect, path], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    output = process.stdout.read().decode()
+def peak_memory(take, *command):
+    """MiB of a run of a command, and what take makes of the stream that it writes."""
+    process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    output = take(process.stdout)
     _, _, usage = os.wait4(process.pid, 0)
     return usage.ru_maxrss / 1024, output
+
+
+def text_of(stream):
+    return stream.read().decode()
+
+
+def size_of(stream):
+    return sum(map(len, iter(lambda: stream.read(MIB), b"")))
 
 
 def system_calls(inspect, path):
@@ -49,7 +58,7 @@ def system_calls(inspect, path):
 
 
 def main():
-    inspect = sys.argv[1]
+    inspect, extract = sys.argv[1:]
     passed = True
 
     def limit(what, value, highest):
@@ -61,10 +70,18 @@ def main():
         path = os.path.join(folder, "sparse.mxf")
         for count, length in ((1, 10 << 30), (50000, 200000)):
             sparse_file(path, count, length)
-            memory, output = peak_memory(inspect, path)
+            memory, output = peak_memory(text_of, inspect, path)
             if not re.search(rf"picture +{count} +{count * length}\b", output):
                 sys.exit(f"inspect does not count {count} elements of {length} octets:\n{output}")
             limit(f"MiB of memory for {os.path.getsize(path) >> 20} MiB in {count} elements", memory, 32)
+
+        # One clip-wrapped element.
+        clip = (4 << 30) + 7
+        sparse_file(path, 1, clip)
+        memory, octets = peak_memory(size_of, extract, path, "0x15010500", "-")
+        if octets != clip:
+            sys.exit(f"extract writes {octets} octets of {clip}")
+        limit(f"MiB of memory to extract an element of {clip >> 20} MiB", memory, 32)
 
         sparse_file(path, 1, 100)
         base = system_calls(inspect, path)
@@ -75,7 +92,7 @@ def main():
             sparse_file(path, 0, 0)
             with open(path, "ab") as file:
                 file.write(klv_head(PICTURE, claimed) + b"and no more")
-            memory, output = peak_memory(inspect, path)
+            memory, output = peak_memory(text_of, inspect, path)
             if not re.search(r"^ +fatal +\d+ ", output, re.MULTILINE):
                 sys.exit(f"inspect has nothing fatal to say of a length of {claimed}:\n{output}")
             limit(f"MiB of memory for a claimed length of {claimed:#x}", memory, 32)

@@ -1,7 +1,11 @@
 #include "mxf/essence/MXFGCSplitter.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <sstream>
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -244,6 +248,43 @@ TEST(GCSplitter, DeliversTheSameByEveryRoad) {
     partial.accepted = 3;
     read(body, partial);
     EXPECT_EQ(partial.octets, essence.substr(0, 3000) + essence);
+}
+
+TEST(GCSplitter, DeliversClipsOfAnyLengthInNoMemory) {
+    // More than 32 bits can count, in a file that is a hole but for the key and the last octets.
+    constexpr std::uint64_t length = (std::uint64_t{1} << 32U) + 7;
+    const auto path = std::filesystem::temp_directory_path() / "bryx_clip.klv";
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out | std::ios::trunc);
+    std::filesystem::remove(path); // the open file stays
+    const std::string head = octets::key(element(0x16)) + octets::length(length, 0x88);
+    file << head;
+    file.seekp(static_cast<std::streamoff>(head.size() + length - 3)) << "end";
+    file.seekg(0);
+
+    struct Clip : ChunkReceiver {
+        std::uint64_t delivered = 0;
+        bool inOrder = true;
+        std::string tail;
+        void soundElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                          std::uint64_t offset) override {
+            inOrder = inOrder && offset == delivered;
+            delivered += size;
+            tail.assign(data + size - std::min<std::uint64_t>(size, 3), data + size);
+        }
+    } clip;
+    clip.chunkSize = std::uint64_t{1} << 30U;
+    MXFGCSplitter splitter(nullptr, nullptr, &clip);
+    GenericKLVReader reader;
+    reader.setHandler(&splitter);
+    struct rusage before {};
+    struct rusage after {};
+    getrusage(RUSAGE_SELF, &before);
+    reader.parse(file, 0);
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_EQ(clip.delivered, length);
+    EXPECT_TRUE(clip.inOrder);
+    EXPECT_EQ(clip.tail, "end");
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 16 * 1024) << "KiB";
 }
 
 TEST(GCSplitter, RefusesWhatNobodyCanHold) {

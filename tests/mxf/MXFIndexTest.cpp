@@ -383,13 +383,17 @@ namespace {
 class ElementPlaces : public DullKLVHandler, public DullMXFStructureHandler {
 public:
     std::map<std::uint32_t, std::set<std::uint64_t>> places; // by body SID
+    std::uint64_t lastLength = 0;                            // of the value of the last triplet
 
     void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
         pack_ = pack;
         bodyStart_ = headerStart + pack.headerByteCount + pack.indexByteCount;
     }
     void setLocator(const Locator& locator) override { locator_ = &locator; }
-    bool startIndividualItem(const KLVKey& /*key*/, std::uint64_t /*length*/) override { return note(); }
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
+        lastLength = key == klvutil::fillKey ? lastLength : length;
+        return note();
+    }
     bool startLocalSet(const KLVKey& /*key*/, std::uint64_t /*length*/, KLVFieldForm /*tags*/,
                        KLVFieldForm /*lengths*/) override {
         return note();
@@ -427,11 +431,18 @@ TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
         reader.read(file);
         for (const MXFIndexCalculator::Table table : collector.tables()) {
             const std::set<std::uint64_t>& places = body.places[table.bodySID];
-            if (places.size() < 3) {
-                continue; // wrapped as one clip: edit units lie within its element
-            }
             MXFIndexCalculator index;
             index.setSegments(collector, table);
+            if (places.size() < 3) {
+                // Wrapped as one clip, in whose element the edit units lie. Entries count from its key, as those of
+                // frames do; edit units of one size fill its value.
+                for (const MXFIndexCalculator::Range& range : index.ranges()) {
+                    const std::int64_t last = range.end == MXFIndexCalculator::endless ? 0 : range.end - 1;
+                    const std::uint64_t end = index.streamOffset(last) + index.size(last).value_or(1);
+                    EXPECT_LE(end, body.lastLength + 25) << path;
+                }
+                continue;
+            }
             for (const MXFIndexCalculator::Range& range : index.ranges()) {
                 for (std::int64_t unit = range.first; unit < range.end; ++unit) {
                     const std::uint64_t offset = index.streamOffset(unit);

@@ -1,0 +1,55 @@
+#include "mxf/essence/MXFSDTICPSystemCoder.h"
+
+#include <vector>
+
+#include "klv/ValueCoding.h"
+#include "util/assertion_failure.h"
+
+using mxfutil::SDTICPElement;
+using util::require;
+
+MXFSDTICPSystemCoder::~MXFSDTICPSystemCoder() = default;
+
+void MXFSDTICPSystemCoder::systemMetadata(const MXFSystemMetadataPack& pack) {
+    hasPack_ = true;
+    awaitsControlData_ = (pack.bitmap & MXFSystemBitmap::controlData) != 0;
+    if (next_.wantsSystemElement(mxfutil::sdtiCPSystemMetadataKey)) {
+        const std::vector<std::uint8_t> octets = klvutil::writeValue(pack);
+        next_.fixedLengthPack(mxfutil::sdtiCPSystemMetadataKey, octets.data(), octets.size());
+    }
+}
+
+void MXFSDTICPSystemCoder::set(SDTICPElement element, const MXFGCItems& items) {
+    require(hasPack_, "system metadata first");
+    require(items.size() <= 255, "valid block count");
+    for (const MXFGCItem& item : items) {
+        require(item.tag <= 255, "valid SDTI-CP tag");
+        require(element == SDTICPElement::Control || item.size <= 65535, "property fits item length");
+    }
+    const KLVKey key = mxfutil::sdtiCPElementKey(element, static_cast<std::uint8_t>(items.size()));
+    if (next_.wantsSystemElement(key)) {
+        next_.localSet(key, items);
+    }
+}
+
+void MXFSDTICPSystemCoder::packageMetadata(const MXFGCItems& items) {
+    set(SDTICPElement::Package, items);
+}
+
+void MXFSDTICPSystemCoder::pictureMetadata(const MXFGCItems& items) {
+    set(SDTICPElement::Picture, items);
+}
+
+void MXFSDTICPSystemCoder::soundMetadata(const MXFGCItems& items) {
+    set(SDTICPElement::Sound, items);
+}
+
+void MXFSDTICPSystemCoder::dataMetadata(const MXFGCItems& items) {
+    set(SDTICPElement::Data, items);
+}
+
+void MXFSDTICPSystemCoder::controlData(const std::uint8_t* data, std::size_t size) {
+    require(awaitsControlData_, "announced control data");
+    awaitsControlData_ = false;
+    set(SDTICPElement::Control, {{0, data, size}});
+}
