@@ -8,7 +8,7 @@ constexpr std::size_t usualDepth = 32;
 
 KLVMonitor::MonitoredLocator::~MonitoredLocator() = default;
 
-KLVMonitor::KLVMonitor() {
+KLVMonitor::KLVMonitor(UnknownLengths unknownLengths) : unknownLengths_(unknownLengths) {
     open_.reserve(usualDepth);
 }
 
@@ -45,11 +45,11 @@ template <class Start>
 bool KLVMonitor::start(std::uint64_t headSize, std::uint64_t length, Start forward) {
     const bool known = length != klvutil::unknownLength;
     const std::uint64_t valueStart = static_cast<std::uint64_t>(next_) + headSize;
-    open_.push_back({next_, static_cast<std::streamoff>(valueStart + (known ? length : 0))});
+    open_.push_back({next_, static_cast<std::streamoff>(valueStart + (known ? length : 0)), known});
     position_ = next_;
     next_ = static_cast<std::streamoff>(valueStart);
     const bool wanted = forward(next());
-    util::require(known || !wanted, "wants value for unknown length");
+    util::require(known || !wanted || unknownLengths_ == UnknownLengths::Counted, "wants value for unknown length");
     return wanted;
 }
 
@@ -105,4 +105,11 @@ bool KLVMonitor::startWrapper(const KLVKey& key, std::uint64_t length, KLVWrappe
 }
 void KLVMonitor::endWrapper(const KLVKey& key) {
     end([&](KLVHandler& h) { h.endWrapper(key); });
+}
+
+void KLVMonitor::value(const std::uint8_t* data, std::uint64_t size) {
+    if (!open_.empty() && !open_.back().isKnown) {
+        open_.back().end += static_cast<std::streamoff>(size);
+    }
+    next().value(data, size);
 }

@@ -19,7 +19,13 @@ public:
         ~MonitoredLocator() override;
     };
 
-    KLVMonitor();
+    /// What becomes of an item whose length is klvutil::unknownLength, if the next handler wants its value.
+    enum class UnknownLengths : std::uint8_t {
+        Rejected, ///< the start event fails: a reader's events have lengths, and positions follow from them
+        Counted   ///< the octets of its value are counted as they pass: the next handler is a writer
+    };
+
+    explicit KLVMonitor(UnknownLengths unknownLengths = UnknownLengths::Rejected);
     ~KLVMonitor() override;
     KLVMonitor(const KLVMonitor&) = delete;
     KLVMonitor& operator=(const KLVMonitor&) = delete;
@@ -35,8 +41,8 @@ public:
     void berLengthForm(std::uint8_t form) override;
 
     // Start events with a length require "has BER length form": that berLengthForm has come before. They fail with
-    // "wants value for unknown length" when the next handler wants a value of klvutil::unknownLength, since what is not
-    // known cannot be counted. End events require "in KLV triplet": a start event before.
+    // "wants value for unknown length" when the next handler wants a value whose length is not known, unless such values
+    // are counted. End events require "in KLV triplet": a start event before.
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
     void endIndividualItem(const KLVKey& key) override;
     bool startLabel(const KLVKey& key) override;
@@ -51,12 +57,14 @@ public:
     void endVariableLengthPack(const KLVKey& key) override;
     bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) override;
     void endWrapper(const KLVKey& key) override;
+    void value(const std::uint8_t* data, std::uint64_t size) override;
 
 private:
     /// A triplet whose end event has not come yet.
     struct OpenTriplet {
         std::streamoff start;
-        std::streamoff end;
+        std::streamoff end; ///< so far, if the length is not known
+        bool isKnown;
     };
 
     std::uint64_t headSize() const;
@@ -65,6 +73,7 @@ private:
     template <class End>
     void end(End forward);
 
+    UnknownLengths unknownLengths_;
     std::vector<OpenTriplet> open_;
     std::streamoff next_ = 0;     ///< position of the octet that comes next
     std::streampos position_ = 0; ///< what the locator tells

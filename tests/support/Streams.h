@@ -42,6 +42,23 @@ private:
     std::string data_;
 };
 
+/// An output stream that takes a number of octets and no more, as a full disk.
+class FullStream : private std::stringbuf, public std::ostream {
+public:
+    explicit FullStream(std::size_t room) : std::ostream(static_cast<std::stringbuf*>(this)), room_(room) {}
+
+    std::string octets() const { return std::stringbuf::str(); }
+
+private:
+    std::streamsize xsputn(const char* data, std::streamsize size) override {
+        const auto taken = std::min(size, static_cast<std::streamsize>(room_));
+        room_ -= static_cast<std::size_t>(taken);
+        return std::stringbuf::xsputn(data, taken);
+    }
+
+    std::size_t room_;
+};
+
 /// A stream in memory that tells its position but cannot seek: a seek fails, or throws.
 class TellingStream : private std::stringbuf, public std::istream {
 public:
