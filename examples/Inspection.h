@@ -492,13 +492,14 @@ private:
 /// Counts what the bodies of the partitions hold. It wants no values: start events return false, so that the reader
 /// passes over the essence, with a seek where the stream allows it.
 ///
-/// A triplet is counted when it ends: one that the end of the file cuts off has a start event but no end event.
+/// A triplet is counted when it ends: one that the end of the file cuts off has a start event but no end event. What is
+/// no element of a Generic Container is counted, and does not concern the splitter.
 class BodyCounter final : public MXFGCSplitter {
 public:
-    /// What is no element of a Generic Container is counted here, so that the splitter need not report it.
     BodyCounter(FindingCollector& findings, ProgressBar& progress) : packages_(findings), progress_(progress) {
         setStructureHandler(&packages_);
         setSystemHandler(&packages_);
+        setErrorHandler(&findings);
     }
 
     // Each body is a stream of its own, and its locator comes with it.
@@ -506,22 +507,22 @@ public:
 
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
         start(length);
-        return MXFGCSplitter::startIndividualItem(key, length);
+        return essenceKind(key) != nullptr && MXFGCSplitter::startIndividualItem(key, length);
     }
     bool startLabel(const KLVKey& /*key*/) override { return start(0); }
     bool startUniversalSet(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
     bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
                        KLVFieldForm lengthForm) override {
         start(length);
-        return MXFGCSplitter::startLocalSet(key, length, tagForm, lengthForm);
+        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startLocalSet(key, length, tagForm, lengthForm);
     }
     bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
         start(length);
-        return MXFGCSplitter::startFixedLengthPack(key, length);
+        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startFixedLengthPack(key, length);
     }
     bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override {
         start(length);
-        return MXFGCSplitter::startVariableLengthPack(key, length, itemLengthForm);
+        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startVariableLengthPack(key, length, itemLengthForm);
     }
     bool startWrapper(const KLVKey& /*key*/, std::uint64_t length, KLVWrapperKind /*kind*/) override {
         return start(length);

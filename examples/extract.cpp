@@ -34,12 +34,15 @@ namespace {
 /// Tells of errors on standard error, and knows where the reader is.
 class ErrorPrinter final : public ErrorHandler {
 public:
+    explicit ErrorPrinter(ProgressBar& progress) : progress_(progress) {}
+
     void setLocator(const Locator& locator) override { locator_ = &locator; }
     void startStream() override {}
     void endStream() override { locator_ = nullptr; }
     void warning(const util::uuid& /*id*/, const std::string& /*message*/) override {}
     void error(const util::uuid& /*id*/, const std::string& message) override {
         ++errors_;
+        progress_.clear();
         std::cerr << "extract: " << message << " at octet " << position() << '\n';
     }
     void fatalError(const util::uuid& id, const std::string& message) override { error(id, message); }
@@ -50,6 +53,7 @@ public:
     }
 
 private:
+    ProgressBar& progress_;
     const Locator* locator_ = nullptr;
     std::uint64_t errors_ = 0;
 };
@@ -105,10 +109,58 @@ private:
     std::optional<std::uint32_t> bodySID_;
 };
 
+/// What is written: standard output, or a file, which is not touched before there is something to write.
+class Output {
+public:
+    explicit Output(std::string name) : name_(std::move(name)) {}
+
+    /// Throws if that is not possible.
+    void write(const std::uint8_t* data, std::uint64_t size) {
+        if (name_ != "-" && !file_.is_open()) {
+            file_.open(name_, std::ios::binary);
+        }
+        check(stream().write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size)));
+    }
+    void finish() { check(stream().flush()); }
+
+private:
+    std::ostream& stream() {
+        if (name_ == "-") {
+            return std::cout;
+        }
+        return file_;
+    }
+    void check(const std::ostream& stream) const {
+        if (!stream) {
+            throw std::runtime_error(name_ + " cannot be written");
+        }
+    }
+
+    std::string name_;
+    std::ofstream file_;
+};
+
+/// Cuts elements as a Generic Container has them, and those with the selected key, whatever it is.
+class Splitter final : public MXFGCSplitter {
+public:
+    Splitter(const Selection& selection, MXFGCEssenceHandler& handler)
+        : MXFGCSplitter(nullptr, nullptr, &handler), selection_(selection) {}
+
+private:
+    bool isEssenceElement(const KLVKey& key) const override {
+        return selection_.includes(key) || MXFGCSplitter::isEssenceElement(key);
+    }
+    bool isDataElement(const KLVKey& key) const override {
+        return selection_.includes(key) || MXFGCSplitter::isDataElement(key);
+    }
+
+    const Selection& selection_;
+};
+
 /// Takes elements in chunks, in a buffer of its own, so that memory does not depend on how long they are.
 class Extractor final : public DullMXFStructureHandler, public MXFGCEssenceHandler, public MXFGCChunkedEssenceHandler {
 public:
-    Extractor(Selection selection, std::ostream& out, ProgressBar& progress, const ErrorPrinter& positions)
+    Extractor(const Selection& selection, Output& out, ProgressBar& progress, const ErrorPrinter& positions)
         : selection_(selection), out_(out), progress_(progress), positions_(positions), buffer_(1U << 20U),
           container_(selection.bodySID()) {}
 
@@ -162,14 +214,10 @@ public:
     void setLengthForm(std::uint8_t /*form*/) override {}
 
 private:
-    void write(const std::uint8_t* data, std::uint64_t size) {
-        if (size > 0 && !out_.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size))) {
-            throw std::runtime_error("the essence could not be written");
-        }
-    }
+    void write(const std::uint8_t* data, std::uint64_t size) { out_.write(data, size); }
 
-    Selection selection_;
-    std::ostream& out_;
+    const Selection& selection_;
+    Output& out_;
     ProgressBar& progress_;
     const ErrorPrinter& positions_;
     std::vector<std::uint8_t> buffer_;
@@ -179,22 +227,23 @@ private:
     std::optional<std::uint32_t> otherContainer_;
 };
 
-int extract(std::istream& file, const Selection& selection, std::ostream& out) {
+int extract(std::istream& file, const Selection& selection, Output& out) {
     ProgressBar progress(sizeOf(file));
-    ErrorPrinter errors;
+    ErrorPrinter errors(progress);
     Extractor extractor(selection, out, progress, errors);
-    MXFGCSplitter splitter(nullptr, nullptr, &extractor);
+    Splitter splitter(selection, extractor);
     MXFReader reader;
     reader.setStructureHandler(&extractor);
     reader.setBodyHandler(&splitter);
+    reader.setGenericStreamHandler(&splitter);
     reader.setErrorHandler(&errors);
     std::string problem;
     try {
         reader.read(file);
-        if (!out.flush()) {
-            problem = "the essence could not be written";
-        } else if (extractor.elements() == 0) {
+        if (extractor.elements() == 0) {
             problem = "there is no such element";
+        } else {
+            out.finish();
         }
     } catch (const std::exception& error) {
         problem = error.what();
@@ -229,19 +278,11 @@ int main(int argc, char** argv) {
     if (!openInput(file, argv[1], "extract")) {
         return 1;
     }
-    const std::string name = argv[3];
-    if (name == "-") {
-        return extract(file, *selection, std::cout);
-    }
     std::error_code unknown;
-    if (std::filesystem::equivalent(argv[1], name, unknown)) {
-        std::cerr << "extract: " << name << " is what is read\n";
+    if (std::filesystem::equivalent(argv[1], argv[3], unknown)) {
+        std::cerr << "extract: " << argv[3] << " is what is read\n";
         return 1;
     }
-    std::ofstream out(name, std::ios::binary);
-    if (!out) {
-        std::cerr << "extract: " << name << " cannot be written\n";
-        return 1;
-    }
+    Output out(argv[3]);
     return extract(file, *selection, out);
 }

@@ -33,6 +33,7 @@ void inspectFile(std::istream& file, Inspection& inspection) {
     reader.setHeaderMetadataHandler(&inspection.metadata.handler());
     reader.setIndexHandler(&inspection.index.handler());
     reader.setBodyHandler(&inspection.body);
+    reader.setGenericStreamHandler(&inspection.body);
     reader.setErrorHandler(&inspection.findings);
     try {
         // The reader takes a stream without octets for no file at all, and calls no handler.

@@ -40,6 +40,18 @@ KLVCoding classify(const KLVKey& key) noexcept {
     }
 }
 
+KLVFieldForm itemLengthForm(const KLVKey& key) noexcept {
+    static constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
+                                             KLVFieldForm::FourOctets};
+    return forms[(key[5] >> 5U) & 0x03U];
+}
+
+KLVFieldForm itemTagForm(const KLVKey& key) noexcept {
+    static constexpr KLVFieldForm forms[] = {KLVFieldForm::OneOctet, KLVFieldForm::BER, KLVFieldForm::TwoOctets,
+                                             KLVFieldForm::FourOctets};
+    return forms[(key[5] >> 3U) & 0x03U];
+}
+
 std::uint8_t berLengthFieldSize(std::uint8_t form) {
     util::require(isValidBERLengthForm(form), "valid BER length form");
     return form == 1 ? std::uint8_t{1} : static_cast<std::uint8_t>((form & 0x7FU) + 1);

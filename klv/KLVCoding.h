@@ -49,6 +49,13 @@ BRYX_API bool isSMPTEKey(const KLVKey& key) noexcept;
 /// The coding that octets 4 and 5 of @p key tell; KLVCoding::None when they tell none or it is not a SMPTE key.
 BRYX_API KLVCoding classify(const KLVKey& key) noexcept;
 
+/// The form of the lengths of the items in the local set or variable-length pack with @p key: bits 5 and 6 of octet 5.
+BRYX_API KLVFieldForm itemLengthForm(const KLVKey& key) noexcept;
+
+/// The form of the tags in the local set with @p key: bits 3 and 4 of octet 5. KLVFieldForm::BER stands for tags in the
+/// form of BER object identifiers, which are not implemented.
+BRYX_API KLVFieldForm itemTagForm(const KLVKey& key) noexcept;
+
 /// Whether @p form selects a BER length: 1 for the short form, 0x81 to 0x88 for a long one.
 constexpr bool isValidBERLengthForm(std::uint8_t form) noexcept {
     return form == 1 || (form >= 0x81 && form <= 0x88);

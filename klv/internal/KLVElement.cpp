@@ -4,17 +4,6 @@
 
 namespace findings = klvutil::findings;
 
-namespace {
-
-/// Bits 5 and 6 of octet 5 of the key of a local set or variable-length pack (ST 336).
-KLVFieldForm lengthFormOf(const KLVKey& key) {
-    static constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
-                                             KLVFieldForm::FourOctets};
-    return forms[(key[5] >> 5U) & 0x03U];
-}
-
-} // namespace
-
 void KLVWalk::walkTriplet() {
     requireLeft(klvutil::keySize);
     const std::streamoff outer = input.triplet();
@@ -155,14 +144,11 @@ void KLVUniversalSet::parse() {
 
 void KLVLocalSet::parse() {
     const std::uint64_t length = readLength();
-    // Bits 3 and 4 of octet 5 (ST 336); 01 would be tags in BER object identifier form.
-    static constexpr KLVFieldForm tagForms[] = {KLVFieldForm::OneOctet, KLVFieldForm::BER, KLVFieldForm::TwoOctets,
-                                                KLVFieldForm::FourOctets};
-    const KLVFieldForm tagForm = tagForms[(key_[5] >> 3U) & 0x03U];
+    const KLVFieldForm tagForm = klvutil::itemTagForm(key_);
     if (tagForm == KLVFieldForm::BER) {
         walk_.input.fail(findings::unimplementedCoding);
     }
-    const KLVFieldForm lengthForm = lengthFormOf(key_);
+    const KLVFieldForm lengthForm = klvutil::itemLengthForm(key_);
     const auto item = [&] {
         const auto tag = static_cast<std::uint32_t>(walk_.readField(tagForm));
         const std::uint64_t size = walk_.readField(lengthForm);
@@ -190,7 +176,7 @@ void KLVVariableLengthPack::parse() {
         walk_.input.fail(findings::invalidVariableLengthPackType);
     }
     const std::uint64_t length = readLength();
-    const KLVFieldForm lengthForm = lengthFormOf(key_);
+    const KLVFieldForm lengthForm = klvutil::itemLengthForm(key_);
     const auto item = [&] {
         const std::uint64_t size = walk_.readField(lengthForm);
         walk_.walkContent(

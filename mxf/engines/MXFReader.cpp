@@ -20,6 +20,7 @@ void MXFReader::read(std::istream& stream) {
     const auto orDull = [&](KLVHandler* handler) { return handler != nullptr ? handler : &dull; };
     MXFSplitter splitter(structureHandler_ != nullptr ? structureHandler_ : &dullStructure,
                          orDull(headerMetadataHandler_), orDull(indexHandler_), orDull(bodyHandler_), true);
+    splitter.setGenericStreamHandler(genericStreamHandler_);
     splitter.setErrorHandler(errorHandler_);
     GenericKLVReader reader;
     reader.setHandler(&splitter);

@@ -40,6 +40,9 @@ public:
     /// Gets each body, save those of generic stream partitions, as a stream of its own.
     KLVHandler* setBodyHandler(KLVHandler* handler) { return bodyHandler_ = handler; }
 
+    /// Gets the body of each generic stream partition (ST 410) as a stream of its own.
+    KLVHandler* setGenericStreamHandler(KLVHandler* handler) { return genericStreamHandler_ = handler; }
+
     /// Told what is wrong with the file.
     ErrorHandler* setErrorHandler(ErrorHandler* handler) { return errorHandler_ = handler; }
 
@@ -57,5 +60,6 @@ private:
     KLVHandler* headerMetadataHandler_ = nullptr;
     KLVHandler* indexHandler_ = nullptr;
     KLVHandler* bodyHandler_ = nullptr;
+    KLVHandler* genericStreamHandler_ = nullptr;
     ErrorHandler* errorHandler_ = nullptr;
 };

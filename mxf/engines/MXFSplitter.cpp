@@ -141,7 +141,10 @@ KLVHandler& MXFSplitter::delegate() {
     case State::InIndex:
         return *indexHandler_;
     case State::InBody:
-        return genericStream_ ? skippedBody_ : *bodyHandler_;
+        if (!genericStream_) {
+            return *bodyHandler_;
+        }
+        return genericStreamHandler_ != nullptr ? *genericStreamHandler_ : skippedBody_;
     default:
         util::failAssertion("is delegating state");
     }

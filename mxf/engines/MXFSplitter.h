@@ -22,7 +22,7 @@ class MXFStructureValidator;
 ///
 /// Each header metadata region, each index region and each body is a stream of its own to its handler: setLocator,
 /// startStream and the length form in force come with its first triplet, endStream at its end. A region of no octets
-/// is not a stream. The body of a generic stream partition (ST 410) is skipped.
+/// is not a stream. The body of a generic stream partition (ST 410) has a handler of its own, or is skipped.
 ///
 /// Where a triplet cannot stand, or a region does not end with a triplet, there is an error with the key; if the error
 /// handler returns, or there is none, klvutil::parse_error follows with the same text. When a pack is met inside a
@@ -74,6 +74,9 @@ public:
     /// splitter's, which shows the pack while its partition is checked.
     virtual void setErrorHandler(ErrorHandler* errorHandler);
 
+    /// Gets the bodies of generic stream partitions; not owned. Null, as it is unless set, to skip them.
+    void setGenericStreamHandler(KLVHandler* handler) { genericStreamHandler_ = handler; }
+
     /// Tells of a run-in that precedes the stream. Requires "before start".
     virtual void runIn(std::uint64_t length);
 
@@ -118,6 +121,7 @@ private:
     KLVHandler* headerMetadataHandler_;
     KLVHandler* indexHandler_;
     KLVHandler* bodyHandler_;
+    KLVHandler* genericStreamHandler_ = nullptr;
     DullKLVHandler skippedBody_;
     ErrorHandler* errorHandler_ = nullptr;
     const Locator* locator_ = nullptr;

@@ -22,14 +22,14 @@ public:
     virtual void startElement(const KLVKey& key) = 0;
     virtual void endElement(const KLVKey& key) = 0;
 
-    /// The element that comes next starts on the grid, if it is @p extraSize octets longer than it will be. Not called
-    /// when reading, like those that follow.
+    // Not called when reading. What comes between a start and its end is followed by fill; the two do not overlap.
+
+    /// The fill ends @p extraSize octets before the grid: when that many have followed it, such as a key and a length,
+    /// the next octet is on the grid.
     virtual void startPad(std::uint64_t extraSize) = 0;
-    /// What startPad() placed has been written.
     virtual void endPad() = 0;
 
-    /// The element that comes next starts at a multiple of @p alignment octets; 0 stands for the grid.
+    /// The fill ends at a multiple of @p alignment octets, counted from the origin of the grid; 0 stands for the grid.
     virtual void startAlign(std::uint64_t alignment) = 0;
-    /// What startAlign() placed has been written.
     virtual void endAlign() = 0;
 };

@@ -1,5 +1,6 @@
 #include "mxf/essence/MXFSDTICPSystemCoder.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "klv/ValueCoding.h"
@@ -11,8 +12,6 @@ using util::require;
 MXFSDTICPSystemCoder::~MXFSDTICPSystemCoder() = default;
 
 void MXFSDTICPSystemCoder::systemMetadata(const MXFSystemMetadataPack& pack) {
-    hasPack_ = true;
-    awaitsControlData_ = (pack.bitmap & MXFSystemBitmap::controlData) != 0;
     if (next_.wantsSystemElement(mxfutil::sdtiCPSystemMetadataKey)) {
         const std::vector<std::uint8_t> octets = klvutil::writeValue(pack);
         next_.fixedLengthPack(mxfutil::sdtiCPSystemMetadataKey, octets.data(), octets.size());
@@ -20,13 +19,12 @@ void MXFSDTICPSystemCoder::systemMetadata(const MXFSystemMetadataPack& pack) {
 }
 
 void MXFSDTICPSystemCoder::set(SDTICPElement element, const MXFGCItems& items) {
-    require(hasPack_, "system metadata first");
-    require(items.size() <= 255, "valid block count");
     for (const MXFGCItem& item : items) {
         require(item.tag <= 255, "valid SDTI-CP tag");
         require(element == SDTICPElement::Control || item.size <= 65535, "property fits item length");
     }
-    const KLVKey key = mxfutil::sdtiCPElementKey(element, static_cast<std::uint8_t>(items.size()));
+    const KLVKey key =
+        mxfutil::sdtiCPElementKey(element, static_cast<std::uint8_t>(std::min<std::size_t>(items.size(), 255)));
     if (next_.wantsSystemElement(key)) {
         next_.localSet(key, items);
     }
@@ -49,7 +47,5 @@ void MXFSDTICPSystemCoder::dataMetadata(const MXFGCItems& items) {
 }
 
 void MXFSDTICPSystemCoder::controlData(const std::uint8_t* data, std::size_t size) {
-    require(awaitsControlData_, "announced control data");
-    awaitsControlData_ = false;
     set(SDTICPElement::Control, {{0, data, size}});
 }

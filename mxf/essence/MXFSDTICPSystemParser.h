@@ -14,7 +14,8 @@ class ErrorHandler;
 /// their elements come in order and are complete.
 ///
 /// Whatever is wrong with an element is reported, and the element passed on all the same; save a pack of the wrong size,
-/// and what is no element of a system item.
+/// and what is no element of a system item. Control data that the last pack of a stream announces is missed when
+/// endSystemItems() is called.
 class BRYX_API MXFSDTICPSystemParser : public MXFGCSystemHandler {
 public:
     /// @param handler not owned; if it is null, no element is wanted

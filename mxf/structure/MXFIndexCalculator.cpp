@@ -139,7 +139,8 @@ struct MXFIndexCalculator::Segment {
         }
         const std::size_t index = indexOf(editUnit);
         if (index + 1 == offsets.size()) {
-            return vbeByteCount;
+            return vbeByteCount.value_or(0) != 0 && advance(offsets[index], 1, *vbeByteCount) ? vbeByteCount
+                                                                                              : boost::none;
         }
         const std::uint64_t end = offsets[index + 1];
         return end > offsets[index] && end <= maxOffset ? boost::optional<std::uint64_t>(end - offsets[index])
@@ -249,8 +250,8 @@ void MXFIndexCalculator::placeSpans(std::vector<Span> spans) {
             // It goes on where the edit unit before ends, if that is known.
             const Span& before = spans_.back();
             const std::int64_t last = before.range.end - 1;
-            const std::uint64_t octets = before.segment->sizeOf(last).value_or(0);
-            offset = octets == 0 ? boost::none : advance(before.offsetOf(last), 1, octets);
+            const auto octets = before.segment->sizeOf(last);
+            offset = octets ? advance(before.offsetOf(last), 1, *octets) : boost::none;
         } else if (isUniform) {
             offset = advance(0, static_cast<std::uint64_t>(span.range.first), segment.editUnitByteCount);
         }
@@ -385,6 +386,9 @@ std::uint8_t MXFIndexCalculator::flags(std::int64_t editUnit) const {
 
 boost::optional<std::int64_t> MXFIndexCalculator::editUnitAt(std::uint64_t streamOffset) const {
     require(isSet_, "index segments set");
+    if (streamOffset > maxOffset) {
+        return boost::none;
+    }
     const std::uint64_t* const after = upperBound(offsets_, streamOffset);
     if (after == offsets_.data()) {
         return boost::none;

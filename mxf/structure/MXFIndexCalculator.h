@@ -43,8 +43,9 @@ public:
         void startIndex() override {}
         void endIndex() override {}
 
-        /// Keeps what calculation needs of @p segment, unless it repeats one that came before. Requires of its entries
-        /// "valid sliceOffsets": as many as it says.
+        /// Keeps what calculation needs of @p segment, unless it repeats one that came before: with the same start,
+        /// duration, octets of an edit unit, SIDs and number of entries. Requires of its entries "valid sliceOffsets":
+        /// as many as it says.
         void indexTableSegment(const MXFIndexTableSegment& segment) override;
 
         /// The index tables of which segments came, in the order of their first ones.
@@ -74,7 +75,8 @@ public:
     /// The same for @p segments: those of one index table, that of the first.
     void setSegments(const std::vector<MXFIndexTableSegment>& segments);
 
-    /// The edit units in the index, in ascending order.
+    /// The edit units that segments cover, in ascending order. Those among them whose place cannot be told are not in the
+    /// index all the same, as contains() knows.
     std::vector<Range> ranges() const;
 
     /// Whether @p editUnit is in the index.
@@ -91,8 +93,8 @@ public:
     /// The elements that the index knows in @p editUnit; at least 1.
     std::size_t elementCount(std::int64_t editUnit) const;
 
-    /// Where an element of @p editUnit begins; none if it stands in a slice that the index does not tell. Requires "valid
-    /// element index".
+    /// Where an element of @p editUnit begins; none if it stands in a slice that the index does not tell. Fractions of edit
+    /// units, which pos tables tell, are not looked at. Requires "valid element index".
     boost::optional<std::uint64_t> elementOffset(std::int64_t editUnit, std::size_t element) const;
 
     /// Whether the pictures in an element are stored in another order than they are displayed.

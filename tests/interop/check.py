@@ -81,6 +81,7 @@ class Element:
     start: int
     value: int
     end: int
+    body_sid: int
 
     @property
     def size(self):
@@ -247,7 +248,7 @@ def read(data):
                 reading.header_metadata.append((key, start, data[value:end]))
             elif start < body and is_like(key, INDEX_SEGMENT):
                 reading.index_segments.append(index_segment(start, data[value:end]))
-            if start < body or current["status"] == "genericStream":
+            if start < body:
                 continue
             if is_system_element(key) or essence_kind(key):
                 first = first or key
@@ -255,9 +256,9 @@ def read(data):
             if is_system_element(key):
                 reading.system_elements += 1
             elif essence_kind(key):
-                reading.elements.append(Element(key, start, value, end))
+                reading.elements.append(Element(key, start, value, end, current["bodySID"]))
             else:
-                reading.others.append(Element(key, start, value, end))
+                reading.others.append(Element(key, start, value, end, current["bodySID"]))
     return reading
 
 
@@ -346,6 +347,26 @@ def compare_own(check, report, reading):
         check.same("plain reading", name, report.get(name), value)
 
 
+def octets_of(*command):
+    return subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False).stdout
+
+
+def extracted(inspect, path, selection):
+    """What extract, which stands beside inspect, writes."""
+    return octets_of(os.path.join(os.path.dirname(inspect), "extract"), path, selection, "-")
+
+
+def compare_extract(check, inspect, path, reading, data):
+    tracks = {}
+    for element in reading.elements + reading.others:
+        if element.key[4] == 1:  # an individual item, as essence is
+            tracks.setdefault((element.key, element.body_sid), []).append(data[element.value:element.end])
+    for (key, body_sid), values in tracks.items():
+        check.holds("plain reading", "extracted octets",
+                    extracted(inspect, path, f"{urn(key)}@{body_sid}") == b"".join(values),
+                    f"{urn(key)}@{body_sid}: extract has other octets than the elements")
+
+
 # ---- ffprobe ----
 
 def is_aes3_of_d10(key):
@@ -354,18 +375,15 @@ def is_aes3_of_d10(key):
 
 
 def compare_essence(check, inspect, path, key, stream, is_sample):
-    """Whether extract, which stands beside inspect, writes the octets that ffmpeg copies."""
-    def octets(*command):
-        return subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False).stdout
-
-    extracted = octets(os.path.join(os.path.dirname(inspect), "extract"), path, urn(key), "-")
-    copied = octets("ffmpeg", "-nostdin", "-v", "error", "-i", path, "-map", f"0:{stream}", "-c", "copy",
+    """Whether extract writes the octets that ffmpeg copies."""
+    own = extracted(inspect, path, urn(key))
+    copied = octets_of("ffmpeg", "-nostdin", "-v", "error", "-i", path, "-map", f"0:{stream}", "-c", "copy",
                     "-f", "data", "-")
     if is_sample and not copied:
         check.not_compared("ffmpeg", "no essence that it copies")
         return
-    check.holds("ffmpeg", "extracted essence", extracted == copied and copied,
-                f"{urn(key)}: extract has {len(extracted)} octets, which are not the {len(copied)} of ffmpeg")
+    check.holds("ffmpeg", "extracted essence", own == copied and copied,
+                f"{urn(key)}: extract has {len(own)} octets, which are not the {len(copied)} of ffmpeg")
 
 
 def compare_ffprobe(check, inspect, path, report, reading, is_sample):
@@ -492,6 +510,7 @@ def check_file(inspect, path, registers=None, is_sample=False):
         try:
             with mapped(path) as data:
                 reading = read(data)
+                compare_extract(check, inspect, path, reading, data)
         except Malformed as problem:
             check.problems.append(f"plain reading: {problem}")
         else:

@@ -7,10 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFPartialReader.h"
 #include "mxf/engines/MXFReader.h"
+#include "mxf/essence/DullMXFGCStructureHandler.h"
+#include "mxf/essence/MXFGCSplitter.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexCoder.h"
@@ -379,40 +380,41 @@ TEST(IndexCalculator, FindsOffsetsHoweverUnevenTheyAre) {
 
 namespace {
 
-/// Notes where triplets of the bodies begin, in octets from the start of their essence containers.
-class ElementPlaces : public DullKLVHandler, public DullMXFStructureHandler {
+/// Notes where the elements of content packages begin, in octets from the start of their essence containers.
+class PackagePlaces : public MXFGCSplitter, private DullMXFGCStructureHandler {
 public:
-    std::map<std::uint32_t, std::set<std::uint64_t>> places; // by body SID
-    std::uint64_t lastLength = 0;                            // of the value of the last triplet
+    using Package = std::vector<std::uint64_t>;
 
-    void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
-        pack_ = pack;
-        bodyStart_ = headerStart + pack.headerByteCount + pack.indexByteCount;
-    }
+    PackagePlaces() : MXFGCSplitter(this, nullptr, nullptr) {}
+    std::map<std::uint32_t, std::vector<Package>> packages; // by body SID
+    std::map<std::uint32_t, std::uint64_t> lengths;         // of all elements
+
+    class Partitions : public DullMXFStructureHandler {
+    public:
+        MXFPartitionPack pack;
+        std::uint64_t bodyStart = 0;
+        void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& started,
+                            std::uint64_t headerStart) override {
+            pack = started;
+            bodyStart = headerStart + pack.headerByteCount + pack.indexByteCount;
+        }
+    } partitions;
+
     void setLocator(const Locator& locator) override { locator_ = &locator; }
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
-        lastLength = key == klvutil::fillKey ? lastLength : length;
-        return note();
-    }
-    bool startLocalSet(const KLVKey& /*key*/, std::uint64_t /*length*/, KLVFieldForm /*tags*/,
-                       KLVFieldForm /*lengths*/) override {
-        return note();
-    }
-    bool startFixedLengthPack(const KLVKey& /*key*/, std::uint64_t /*length*/) override { return note(); }
-    bool startVariableLengthPack(const KLVKey& /*key*/, std::uint64_t /*length*/, KLVFieldForm /*form*/) override {
-        return note();
+        lengths[partitions.pack.bodySID] += key == klvutil::fillKey ? 0 : length;
+        return MXFGCSplitter::startIndividualItem(key, length);
     }
 
 private:
-    bool note() {
-        const std::streamoff position = locator_->streampos();
-        places[pack_.bodySID].insert(pack_.bodyOffset + static_cast<std::uint64_t>(position) - bodyStart_);
-        return false;
+    void startContentPackage() override { packages[partitions.pack.bodySID].emplace_back(); }
+    void startElement(const KLVKey& /*key*/) override {
+        const auto position = static_cast<std::uint64_t>(std::streamoff{locator_->streampos()});
+        packages[partitions.pack.bodySID].back().push_back(partitions.pack.bodyOffset + position -
+                                                           partitions.bodyStart);
     }
 
     const Locator* locator_ = nullptr;
-    MXFPartitionPack pack_;
-    std::uint64_t bodyStart_ = 0;
 };
 
 } // namespace
@@ -421,40 +423,38 @@ TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
     std::size_t units = 0;
     for (const auto& path : sampleFiles()) {
         std::ifstream file(path, std::ios::binary);
-        ElementPlaces body;
+        PackagePlaces body;
         MXFIndexCalculator::Collector collector;
         MXFIndexParser parser(collector);
         MXFReader reader;
-        reader.setStructureHandler(&body);
+        reader.setStructureHandler(&body.partitions);
         reader.setIndexHandler(&parser);
         reader.setBodyHandler(&body);
         reader.read(file);
         for (const MXFIndexCalculator::Table table : collector.tables()) {
-            const std::set<std::uint64_t>& places = body.places[table.bodySID];
+            const std::vector<PackagePlaces::Package>& packages = body.packages[table.bodySID];
             MXFIndexCalculator index;
             index.setSegments(collector, table);
-            if (places.size() < 3) {
-                // Wrapped as one clip, in whose element the edit units lie. Entries count from its key, as those of
-                // frames do; edit units of one size fill its value.
-                for (const MXFIndexCalculator::Range& range : index.ranges()) {
-                    const std::int64_t last = range.end == MXFIndexCalculator::endless ? 0 : range.end - 1;
-                    const std::uint64_t end = index.streamOffset(last) + index.size(last).value_or(1);
-                    EXPECT_LE(end, body.lastLength + 25) << path;
-                }
+            const MXFIndexCalculator::Range range = index.ranges().at(0);
+            const std::int64_t last = range.end == MXFIndexCalculator::endless ? 1 : range.end - 1;
+            if (packages.size() == 1 && last > 0) {
+                // Wrapped as one clip, in whose element the edit units lie. Entries count from its key, as those of frames
+                // do; edit units of one size fill its value.
+                EXPECT_LE(index.streamOffset(last) + index.size(last).value_or(1), body.lengths[table.bodySID] + 25)
+                    << path;
                 continue;
             }
-            for (const MXFIndexCalculator::Range& range : index.ranges()) {
-                for (std::int64_t unit = range.first; unit < range.end; ++unit) {
-                    const std::uint64_t offset = index.streamOffset(unit);
-                    if (range.end == MXFIndexCalculator::endless && offset > *places.rbegin()) {
-                        break;
-                    }
-                    for (std::size_t element = 0; element < index.elementCount(unit); ++element) {
-                        EXPECT_EQ(places.count(index.elementOffset(unit, element).value_or(~0ULL)), 1U)
-                            << path << ' ' << unit << ' ' << element << ' ' << offset;
-                    }
-                    ++units;
+            for (std::size_t unit = 0; unit < packages.size(); ++unit) {
+                const auto position = static_cast<std::int64_t>(unit);
+                const PackagePlaces::Package& package = packages[unit];
+                ASSERT_TRUE(index.contains(position)) << path << ' ' << unit;
+                EXPECT_EQ(index.streamOffset(position), package.at(0)) << path << ' ' << unit;
+                EXPECT_EQ(index.editUnitAt(package.back()).value_or(-1), position) << path << ' ' << unit;
+                for (std::size_t element = 0; element < index.elementCount(position); ++element) {
+                    const std::uint64_t offset = index.elementOffset(position, element).value_or(~0ULL);
+                    EXPECT_EQ(std::count(package.begin(), package.end(), offset), 1) << path << ' ' << unit;
                 }
+                ++units;
             }
         }
     }
