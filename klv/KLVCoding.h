@@ -64,6 +64,13 @@ constexpr bool isValidBERLengthForm(std::uint8_t form) noexcept {
 /// The octets of a BER length field in @p form: 1, or 2 to 9. Requires "valid BER length form".
 BRYX_API std::uint8_t berLengthFieldSize(std::uint8_t form);
 
+/// The BER length form for @p length: @p form if it can hold that, else 0x87. The automatic form is 0x83 if that can.
+constexpr std::uint8_t fittingBERLengthForm(std::uint8_t form, std::uint64_t length) noexcept {
+    const std::uint8_t preferred = form == automaticBERLengthForm ? std::uint8_t{0x83} : form;
+    const unsigned bits = preferred == 1 ? 7 : 8 * (preferred & 0x7FU);
+    return bits >= 64 || length >> bits == 0 ? preferred : std::uint8_t{0x87};
+}
+
 /// Writes @p length in BER form @p form to @p field, which has room for 9 octets, and returns the octets written.
 /// Requires "valid BER length form" and "enough octets".
 BRYX_API std::uint8_t storeBERLength(std::uint8_t* field, std::uint8_t form, std::uint64_t length);

@@ -8,9 +8,6 @@ namespace {
 
 constexpr std::uint64_t pieceSize = 4096;
 
-/// The form of a length that does not fit the usual one.
-constexpr std::uint8_t longForm = 0x87;
-
 } // namespace
 
 std::uint64_t klvutil::fillSize(std::uint64_t size, std::uint64_t alignment, std::uint8_t form) {
@@ -81,13 +78,9 @@ void KLVFiller::writeFill(std::uint64_t size) {
     if (size == 0) {
         return;
     }
-    std::uint8_t form = fillForm_;
-    std::uint64_t length = size - klvutil::keySize - klvutil::berLengthFieldSize(form);
-    const unsigned bits = form == 1 ? 7 : 8 * (form & 0x7FU);
-    if (bits < 64 && length >> bits != 0) {
-        form = longForm;
-        length = size - klvutil::keySize - klvutil::berLengthFieldSize(form);
-    }
+    const std::uint64_t usual = size - klvutil::keySize - klvutil::berLengthFieldSize(fillForm_);
+    const std::uint8_t form = klvutil::fittingBERLengthForm(fillForm_, usual);
+    const std::uint64_t length = size - klvutil::keySize - klvutil::berLengthFieldSize(form);
     next().berLengthForm(form);
     if (next().startIndividualItem(klvutil::fillKey, length)) {
         static constexpr std::uint8_t zeros[pieceSize] = {};

@@ -5,20 +5,6 @@
 
 using util::require;
 
-namespace {
-
-/// The form for a length where nobody has chosen one, or the one chosen cannot hold it.
-std::uint8_t automaticForm(std::uint64_t length) {
-    return length >> 24U == 0 ? 0x83 : 0x87;
-}
-
-bool holds(std::uint8_t form, std::uint64_t length) {
-    const unsigned bits = form == 1 ? 7 : 8 * (form & 0x7FU);
-    return bits >= 64 || length >> bits == 0;
-}
-
-} // namespace
-
 MXFGCEssenceCoder::~MXFGCEssenceCoder() = default;
 
 bool MXFGCEssenceCoder::startElement(const KLVKey& /*key*/, std::uint64_t /*length*/, std::uint8_t*& /*buffer*/,
@@ -28,13 +14,18 @@ bool MXFGCEssenceCoder::startElement(const KLVKey& /*key*/, std::uint64_t /*leng
 
 void MXFGCEssenceCoder::setLengthForm(std::uint8_t form) {
     require(form == klvutil::automaticBERLengthForm || klvutil::isValidBERLengthForm(form), "valid BER length form");
+    form_ = isFormFixed_ ? form_ : form;
+}
+
+void MXFGCEssenceCoder::setFixedLengthForm(std::uint8_t form) {
+    require(klvutil::isValidBERLengthForm(form), "valid BER length form");
     form_ = form;
+    isFormFixed_ = true;
 }
 
 void MXFGCEssenceCoder::startTriplet(const KLVKey& key, std::uint64_t length) {
-    // A length that is not known is as long as any.
-    const bool isChosen = form_ != klvutil::automaticBERLengthForm && holds(form_, length);
-    receiver_.berLengthForm(isChosen ? form_ : automaticForm(length));
+    // A length that is not known is longer than any.
+    receiver_.berLengthForm(klvutil::fittingBERLengthForm(form_, length));
     require(receiver_.startIndividualItem(key, length), "wants essence");
 }
 

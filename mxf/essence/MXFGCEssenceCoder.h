@@ -36,6 +36,9 @@ public:
     /// octets, else 0x87. Requires "valid BER length form".
     void setLengthForm(std::uint8_t form) override;
 
+    /// From now on @p form is preferred whatever setLengthForm() says. Requires "valid BER length form".
+    void setFixedLengthForm(std::uint8_t form);
+
     /// Begins an element at offset 0, and tells of its next chunk at another one; true. The offset that equals the length
     /// ends it.
     ///
@@ -52,6 +55,7 @@ private:
 
     KLVHandler& receiver_;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
+    bool isFormFixed_ = false;
 
     // The chunked element in progress.
     bool isChunked_ = false;

@@ -5,11 +5,6 @@
 
 namespace {
 
-/// Lengths of system elements have this form, or the longer one where it cannot hold them.
-std::uint8_t lengthForm(std::uint64_t length) {
-    return length >> 24U == 0 ? 0x83 : 0x87;
-}
-
 std::uint64_t fieldSize(KLVFieldForm form, std::uint64_t value, std::uint8_t berForm) {
     if (form == KLVFieldForm::BER) {
         return klvutil::berLengthFieldSize(berForm);
@@ -38,7 +33,8 @@ bool MXFGCSystemCoder::wantsSystemElement(const KLVKey& /*key*/) {
 }
 
 void MXFGCSystemCoder::localSet(const KLVKey& key, const MXFGCItems& items) {
-    const std::uint8_t form = lengthForm(sizeOf(items, key, true, 0x83));
+    const std::uint8_t form =
+        klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, sizeOf(items, key, true, 0x83));
     const std::uint64_t size = sizeOf(items, key, true, form);
     receiver_.berLengthForm(form);
     if (receiver_.startLocalSet(key, size, klvutil::itemTagForm(key), klvutil::itemLengthForm(key))) {
@@ -53,7 +49,7 @@ void MXFGCSystemCoder::localSet(const KLVKey& key, const MXFGCItems& items) {
 }
 
 void MXFGCSystemCoder::fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) {
-    receiver_.berLengthForm(lengthForm(size));
+    receiver_.berLengthForm(klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, size));
     if (receiver_.startFixedLengthPack(key, size)) {
         klvutil::sendValue(receiver_, data, size);
     }
@@ -61,7 +57,8 @@ void MXFGCSystemCoder::fixedLengthPack(const KLVKey& key, const std::uint8_t* da
 }
 
 void MXFGCSystemCoder::variableLengthPack(const KLVKey& key, const MXFGCItems& items) {
-    const std::uint8_t form = lengthForm(sizeOf(items, key, false, 0x83));
+    const std::uint8_t form =
+        klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, sizeOf(items, key, false, 0x83));
     const std::uint64_t size = sizeOf(items, key, false, form);
     receiver_.berLengthForm(form);
     if (receiver_.startVariableLengthPack(key, size, klvutil::itemLengthForm(key))) {

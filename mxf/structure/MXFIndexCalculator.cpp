@@ -384,6 +384,13 @@ std::uint8_t MXFIndexCalculator::flags(std::int64_t editUnit) const {
     return marks == nullptr ? MXFIndexEntryFlags::randomAccess : marks->flags;
 }
 
+void MXFIndexCalculator::describe(std::int64_t editUnit, MXFIndexEntry& entry) const {
+    const auto* const marks = span(editUnit).segment->marksOf(editUnit);
+    entry.flags = marks == nullptr ? MXFIndexEntryFlags::randomAccess : marks->flags;
+    entry.temporalOffset = marks == nullptr ? std::int8_t{0} : marks->temporalOffset;
+    entry.keyFrameOffset = marks == nullptr ? std::int8_t{0} : marks->keyFrameOffset;
+}
+
 boost::optional<std::int64_t> MXFIndexCalculator::editUnitAt(std::uint64_t streamOffset) const {
     require(isSet_, "index segments set");
     if (streamOffset > maxOffset) {

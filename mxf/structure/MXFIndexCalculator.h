@@ -112,6 +112,10 @@ public:
     /// there.
     std::uint8_t flags(std::int64_t editUnit) const;
 
+    /// Sets what the entry of @p editUnit says beside its place: flags, temporal and key frame offset. One that has no
+    /// entry sets that decoding may start there.
+    void describe(std::int64_t editUnit, MXFIndexEntry& entry) const;
+
     /// The edit unit that the octet at @p streamOffset belongs to; none if that is not in the index. After the last entry
     /// of a segment, whose size need not be known, whatever follows belongs to it.
     boost::optional<std::int64_t> editUnitAt(std::uint64_t streamOffset) const;

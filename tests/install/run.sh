@@ -33,7 +33,7 @@ try() { # PROGRAM
 
 echo "== the examples as a project of their own"
 configure_and_build "$here/../../examples" "$work/examples"
-"$work/examples/make_structure" "$work/sample.mxf"
+"$work/examples/make_clip" "$work/sample.mxf" 12
 
 echo "== an outside CMake project"
 configure_and_build "$work/consumer" "$work/consumer/build"

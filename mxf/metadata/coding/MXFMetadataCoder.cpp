@@ -6,23 +6,6 @@
 
 using util::require;
 
-namespace {
-
-/// The BER form for @p length where @p form is preferred.
-std::uint8_t fittingForm(std::uint8_t form, std::uint64_t length) {
-    const std::uint64_t bits = form == 1 ? 7 : 8U * (form & 0x7FU);
-    return bits >= 64 || length >> bits == 0 ? form : std::uint8_t{0x87};
-}
-
-/// The item length form that octet 5 of a local set's key tells (ST 336).
-KLVFieldForm itemLengthForm(const KLVKey& key) {
-    constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
-                                      KLVFieldForm::FourOctets};
-    return forms[(key[5] >> 5U) & 3U];
-}
-
-} // namespace
-
 MXFMetadataCoder::MXFMetadataCoder(KLVHandler& next) : next_(next) {}
 
 MXFMetadataCoder::~MXFMetadataCoder() = default;
@@ -58,16 +41,16 @@ void MXFMetadataCoder::primer(const Primer& primer) {
 }
 
 void MXFMetadataCoder::sendLengthForm(std::uint64_t length) {
-    next_.berLengthForm(fittingForm(form_, length));
+    next_.berLengthForm(klvutil::fittingBERLengthForm(form_, length));
 }
 
 void MXFMetadataCoder::primedSet(MXFPrimedSet& set) {
     require(state_ == State::BeforePrimedSet, "before primed set");
     require((set.key[5] & 0x07U) == 3 && ((set.key[5] >> 3U) & 3U) == 2, "supported tag type");
-    const KLVFieldForm lengthForm = itemLengthForm(set.key);
+    const KLVFieldForm lengthForm = klvutil::itemLengthForm(set.key);
     const auto lengthFieldSize = [&](std::uint64_t size) -> std::uint64_t {
         if (lengthForm == KLVFieldForm::BER) {
-            return klvutil::berLengthFieldSize(fittingForm(form_, size));
+            return klvutil::berLengthFieldSize(klvutil::fittingBERLengthForm(form_, size));
         }
         const std::uint64_t octets = klvutil::fieldSize(lengthForm);
         require(size >> (8 * octets) == 0, "property fits item length");

@@ -12,6 +12,13 @@ public:
     virtual MXFUID generateUID() = 0;
 };
 
+namespace mxfutil {
+
+/// A UMID of a material number that @p generator makes, of no particular kind of material (ST 330).
+BRYX_API UMID generateUMID(MXFUIDGenerator& generator);
+
+} // namespace mxfutil
+
 /// Hands out fresh random UUIDs, as new sets have them. Requires "UuidCreate succeeded".
 class BRYX_API BRYXDefaultUIDGenerator : public MXFUIDGenerator {
 public:

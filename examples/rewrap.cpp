@@ -1,0 +1,517 @@
+/// Writes an MXF file again, with a fresh layout and the same content.
+///
+///     rewrap IN OUT [options]
+///
+/// Essence, system items and generic streams are copied octet for octet; header metadata goes through a model, or through
+/// its sets as they are if the model cannot hold it whole. Exits with 0, with 1 if anything is wrong with IN or OUT cannot
+/// be written, or with 2 if it was called wrongly.
+///
+/// IN is read twice: for what the header partition must say, and for the essence. IN stays as it is.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <boost/program_options.hpp>
+
+#include "InputFile.h"
+#include "ProgressBar.h"
+#include "klv/DullErrorHandler.h"
+#include "klv/DullKLVHandler.h"
+#include "klv/KLVFilter.h"
+#include "klv/Locator.h"
+#include "klv/parse_error.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/essence/DullMXFGCStructureHandler.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCSplitter.h"
+#include "mxf/metadata/coding/MXFMetadataCoder.h"
+#include "mxf/metadata/coding/MXFMetadataModelCoder.h"
+#include "mxf/metadata/model/MXFUIDGenerator.h"
+#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
+#include "mxf/metadata/parsing/MXFMetadataModelParser.h"
+#include "mxf/metadata/structural/Preface.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFIndexCalculator.h"
+#include "mxf/structure/MXFIndexParser.h"
+#include "sdk/BRYXMetadataFactory.h"
+#include "sdk/BRYXWriter.h"
+#include "util/assertion_failure.h"
+#include "util/byte_order.h"
+
+namespace {
+
+using Placement = BRYXWriterConfiguration::IndexPlacement;
+
+struct Options {
+    BRYXWriterConfiguration configuration;
+    bool keepsLayout = false;
+    bool verifies = false;
+};
+
+/// Counts errors in the file that is read, and tells of them.
+class ErrorPrinter final : public DullErrorHandler {
+public:
+    explicit ErrorPrinter(ProgressBar& progress) : progress_(progress) {}
+
+    void setLocator(const Locator& locator) override { locator_ = &locator; }
+    void endStream() override { locator_ = nullptr; }
+    void error(const util::uuid& /*id*/, const std::string& message) override {
+        progress_.clear();
+        std::cerr << "rewrap: " << message << " at octet " << position() << '\n';
+        ++errors_;
+    }
+    void fatalError(const util::uuid& id, const std::string& message) override { error(id, message); }
+
+    std::uint64_t errors() const { return errors_; }
+    std::uint64_t position() const {
+        return locator_ == nullptr ? 0 : static_cast<std::uint64_t>(std::streamoff{locator_->streampos()});
+    }
+
+private:
+    ProgressBar& progress_;
+    const Locator* locator_ = nullptr;
+    std::uint64_t errors_ = 0;
+};
+
+/// Hands out the same identifiers in each run.
+class CountingUIDGenerator final : public MXFUIDGenerator {
+public:
+    MXFUID generateUID() override {
+        MXFUID uid{{0xB7, 0x19, 0x64, 0x0E, 0x52, 0xDA, 0x4C, 0x83, 0x91, 0x5F}};
+        util::storeBigEndian(&uid.octets[10], ++count_, 6);
+        return uid;
+    }
+
+private:
+    std::uint64_t count_ = 0;
+};
+
+/// Cuts whatever is in a body: what is no element of a Generic Container is data, or a system element, all the same.
+class AnySplitter final : public MXFGCSplitter {
+public:
+    using MXFGCSplitter::MXFGCSplitter;
+
+private:
+    bool isSystemElement(const KLVKey& /*key*/) const override { return true; }
+    bool isEssenceElement(const KLVKey& /*key*/) const override { return true; }
+    bool isDataElement(const KLVKey& key) const override {
+        return !isPictureElement(key) && !isSoundElement(key) && !isCompoundElement(key);
+    }
+    bool allowsSecondKind() const override { return true; }
+};
+
+// ---- The first reading ----
+
+/// The header metadata of one partition: its sets as they are, and the model if that holds them whole.
+struct Metadata {
+    MXFMetadataHandler::Primer primer;
+    std::vector<MXFPrimedSet> sets;
+    std::shared_ptr<Preface> root; ///< null if the model does not hold them whole
+};
+
+/// Collects the header metadata of each region: the last one of those that are closed and complete, or else open.
+class MetadataCollector final : public MXFMetadataHandler, private MXFMetadataModelHandler, private DullErrorHandler {
+public:
+    MetadataCollector() {
+        modelParser_.setErrorHandler(this);
+        // The factory shares its error handler. This one is nobody's to delete.
+        factory_.setErrorHandler({std::shared_ptr<void>(), static_cast<ErrorHandler*>(this)});
+    }
+
+    KLVHandler& handler() { return headerParser_; }
+    void partition(MXFPartitionStatus status) { status_ = status; }
+    const Metadata* found() const { return hasFound_ ? &found_ : nullptr; }
+
+    void startMetadata() override {
+        region_ = {};
+        isWhole_ = true;
+        modelParser_.startMetadata();
+    }
+    void primer(const Primer& primer) override { region_.primer = primer; }
+    bool handlesSet(const KLVKey& /*key*/) override { return true; }
+    void primedSet(MXFPrimedSet& set) override {
+        region_.sets.push_back(set);
+        if (modelParser_.handlesSet(set.key)) {
+            modelParser_.primedSet(set);
+        } else {
+            isWhole_ = false;
+        }
+    }
+    void endMetadata() override {
+        modelParser_.endMetadata();
+        if (!isWhole_) {
+            region_.root.reset();
+        }
+        const int rank = status_ == MXFPartitionStatus::ClosedComplete     ? 3
+                         : status_ == MXFPartitionStatus::ClosedIncomplete ? 2
+                         : status_ == MXFPartitionStatus::OpenComplete     ? 1
+                                                                           : 0;
+        if (rank >= rank_) {
+            rank_ = rank;
+            found_ = std::move(region_);
+            hasFound_ = true;
+        }
+    }
+
+private:
+    // The model's own start and end are those of the region.
+    class Sink final : public MXFMetadataModelHandler {
+    public:
+        explicit Sink(MetadataCollector& collector) : collector_(collector) {}
+        void startMetadata() override {}
+        void endMetadata() override {}
+        void model(const Model& model) override { collector_.model(model); }
+
+    private:
+        MetadataCollector& collector_;
+    };
+
+    void model(const Model& model) override {
+        // What nothing owns is not coded with the root.
+        isWhole_ = isWhole_ && model.size() == 1;
+        region_.root = std::dynamic_pointer_cast<Preface>(model.front());
+    }
+
+    // Whatever is remarked on may not come out of the model as it went in.
+    void warning(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
+    void error(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
+
+    Sink sink_{*this};
+    BRYXMetadataFactory factory_;
+    MXFMetadataModelParser modelParser_{factory_, sink_};
+    MXFHeaderMetadataParser headerParser_{*this};
+    MXFPartitionStatus status_ = MXFPartitionStatus::OpenIncomplete;
+    Metadata region_;
+    bool isWhole_ = false;
+    int rank_ = -1;
+    Metadata found_;
+    bool hasFound_ = false;
+};
+
+/// What must be known of a file before it is written again.
+class Survey final : public DullMXFStructureHandler, private DullMXFGCStructureHandler, private MXFIndexHandler {
+public:
+    MXFPartitionPack pack; ///< of the partition with the latest labels
+    MetadataCollector metadata;
+    MXFIndexCalculator::Collector index;
+    std::map<std::uint32_t, std::vector<MXFIndexTableSegment>> segments; ///< by body SID, without those repeated
+    std::map<std::uint32_t, std::int64_t> contentPackages;               ///< by body SID
+
+    void read(std::istream& file, ErrorPrinter& errors) {
+        MXFReader reader;
+        reader.setStructureHandler(this);
+        reader.setHeaderMetadataHandler(&metadata.handler());
+        reader.setIndexHandler(&indexParser_);
+        reader.setBodyHandler(&splitter_);
+        reader.setErrorHandler(&errors);
+        reader.read(file);
+    }
+
+private:
+    void startPartition(const KLVKey& key, const MXFPartitionPack& started, std::uint64_t /*headerStart*/) override {
+        pack = started;
+        metadata.partition(mxfutil::partitionStatus(key));
+    }
+    void startContentPackage() override { ++contentPackages[pack.bodySID]; }
+
+    void startIndex() override {}
+    void endIndex() override {}
+    void indexTableSegment(const MXFIndexTableSegment& segment) override {
+        index.indexTableSegment(segment);
+        // A later one that begins at the same edit unit may have learnt how many there are.
+        auto& known = segments[segment.bodySID];
+        const auto same = std::find_if(known.begin(), known.end(), [&](const MXFIndexTableSegment& other) {
+            return other.indexStartPosition == segment.indexStartPosition;
+        });
+        if (same == known.end()) {
+            known.push_back(segment);
+        } else if (segment.indexDuration >= same->indexDuration) {
+            *same = segment;
+        }
+    }
+
+    MXFIndexParser indexParser_{*this};
+    AnySplitter splitter_{this, nullptr, nullptr};
+};
+
+// ---- The second reading ----
+
+/// Hands what is read to the writer: bodies cut into elements, or as they are.
+class Copier final : public DullMXFStructureHandler {
+public:
+    Copier(const Survey& survey, BRYXWriter& writer, const Options& options, ProgressBar& progress,
+           const ErrorPrinter& errors)
+        : survey_(survey), writer_(writer), options_(options),
+          splitter_(&writer.structureReceiver(), &writer.systemReceiver(), &writer.essenceReceiver()),
+          body_(*this, options.keepsLayout ? writer.bodyReceiver() : splitter_), genericStream_(*this),
+          progress_(progress), positions_(errors) {}
+
+    KLVHandler& body() { return body_; }
+    KLVHandler& genericStream() { return genericStream_; }
+
+    void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t /*headerStart*/) override {
+        bodySID_ = pack.bodySID;
+    }
+
+    /// Ends what is being written.
+    void finish() {
+        if (isOpen_) {
+            writer_.endEssence();
+            isOpen_ = false;
+        }
+    }
+
+private:
+    /// A body goes to its essence container.
+    class Body final : public DullKLVFilter {
+    public:
+        Body(Copier& copier, KLVHandler& next) : copier_(copier), isRaw_(copier.options_.keepsLayout) {
+            setHandler(&next);
+        }
+        void startStream(bool accurateLengths) override {
+            copier_.startBody();
+            if (!isRaw_) {
+                next().startStream(accurateLengths);
+            }
+        }
+        void endStream(bool stopped) override {
+            if (!isRaw_) {
+                next().endStream(stopped);
+            }
+        }
+        bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
+            copier_.progress_.reached(copier_.positions_.position());
+            return next().startIndividualItem(key, length);
+        }
+
+    private:
+        Copier& copier_;
+        bool isRaw_;
+    };
+
+    /// The body of a generic stream partition goes to one of its own.
+    class GenericStream final : public DullKLVFilter {
+    public:
+        explicit GenericStream(Copier& copier) : copier_(copier) {}
+        void startStream(bool /*accurateLengths*/) override {
+            copier_.finish();
+            setHandler(&copier_.writer_.startGenericStream(copier_.bodySID_));
+        }
+        void endStream(bool /*stopped*/) override { copier_.writer_.endGenericStream(); }
+        // The writer pads on its own.
+        void setLocator(const Locator& /*locator*/) override {}
+
+    private:
+        Copier& copier_;
+    };
+
+    void startBody() {
+        if (isOpen_ && bodySID_ == openSID_) {
+            if (options_.keepsLayout) {
+                writer_.startBodyPartition();
+            }
+            return;
+        }
+        finish();
+        writer_.startEssence(describe(bodySID_));
+        isOpen_ = true;
+        openSID_ = bodySID_;
+    }
+
+    BRYXEssenceContainer describe(std::uint32_t bodySID) const {
+        BRYXEssenceContainer container;
+        container.bodySID = bodySID;
+        container.indexSID = 0;
+        const auto found = survey_.segments.find(bodySID);
+        if (found == survey_.segments.end()) {
+            return container;
+        }
+        const std::vector<MXFIndexTableSegment>& segments = found->second;
+        container.indexSID = segments.front().indexSID;
+        container.editRate = segments.front().indexEditRate;
+        const auto index = std::make_shared<MXFIndexCalculator>();
+        index->setSegments(survey_.index, {container.indexSID, bodySID});
+        const auto ranges = index->ranges();
+        const auto packages = survey_.contentPackages.find(bodySID);
+        const bool isClip = packages != survey_.contentPackages.end() && packages->second == 1 && !ranges.empty() &&
+                            ranges.back().end > 1;
+        if (isClip || options_.keepsLayout) {
+            container.segments = segments;
+            return container;
+        }
+        container.isConstant = std::all_of(segments.begin(), segments.end(), [](const MXFIndexTableSegment& segment) {
+            return segment.editUnitByteCount != 0;
+        });
+        container.describe = [index](std::int64_t editUnit, MXFIndexEntry& entry) {
+            if (index->contains(editUnit)) {
+                index->describe(editUnit, entry);
+            }
+        };
+        return container;
+    }
+
+    const Survey& survey_;
+    BRYXWriter& writer_;
+    const Options& options_;
+    AnySplitter splitter_;
+    Body body_;
+    GenericStream genericStream_;
+    ProgressBar& progress_;
+    const ErrorPrinter& positions_;
+    std::uint32_t bodySID_ = 0;
+    bool isOpen_ = false;
+    std::uint32_t openSID_ = 0;
+};
+
+/// What is to be written as header metadata.
+BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
+    const Metadata* const found = survey.metadata.found();
+    if (found == nullptr) {
+        throw std::runtime_error("there is no header metadata");
+    }
+    BRYXHeaderMetadata metadata;
+    isModel = found->root != nullptr;
+    if (isModel) {
+        metadata = toBRYXHeaderMetadata(found->root);
+    } else {
+        metadata.send = [found](MXFMetadataHandler& handler) {
+            handler.startMetadata();
+            handler.primer(found->primer);
+            for (MXFPrimedSet set : found->sets) {
+                handler.primedSet(set);
+            }
+            handler.endMetadata();
+        };
+    }
+    metadata.operationalPattern = survey.pack.operationalPattern;
+    metadata.essenceContainers = survey.pack.essenceContainers;
+    return metadata;
+}
+
+void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrinter& errors, ProgressBar& progress) {
+    Survey survey;
+    survey.read(in, errors);
+    in.clear();
+    in.seekg(0);
+    bool isModel = false;
+    const BRYXHeaderMetadata metadata = headerMetadata(survey, isModel);
+    if (!isModel) {
+        progress.clear();
+        std::cerr << "rewrap: the model does not hold all header metadata; its sets are copied as they are\n";
+    }
+    if (options.keepsLayout) {
+        options.configuration.kagSize = survey.pack.kagSize;
+    }
+
+    const auto mode = std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary;
+    const auto file = std::make_shared<std::fstream>(out, mode);
+    if (!*file) {
+        throw std::runtime_error(out + " cannot be written");
+    }
+    const std::shared_ptr<BRYXWriter> writer =
+        options.verifies ? createVerifyingBRYXWriter(file) : createBRYXWriter(file);
+    writer->setConfiguration(options.configuration);
+    writer->start(metadata);
+    Copier copier(survey, *writer, options, progress, errors);
+    MXFReader reader;
+    reader.setStructureHandler(&copier);
+    reader.setBodyHandler(&copier.body());
+    reader.setGenericStreamHandler(&copier.genericStream());
+    DullErrorHandler heard; // everything has been told of once
+    reader.setErrorHandler(&heard);
+    reader.read(in);
+    copier.finish();
+    writer->finish(metadata);
+}
+
+int run(const std::string& in, const std::string& out, const Options& options) {
+    std::ifstream file;
+    if (!openInput(file, in, "rewrap")) {
+        return 1;
+    }
+    std::error_code unknown;
+    if (std::filesystem::equivalent(in, out, unknown)) {
+        std::cerr << "rewrap: " << out << " is what is read\n";
+        return 1;
+    }
+    ProgressBar progress(sizeOf(file));
+    ErrorPrinter errors(progress);
+    try {
+        rewrap(file, out, options, errors, progress);
+        progress.clear();
+    } catch (const std::exception& error) {
+        progress.clear();
+        std::cerr << "rewrap: " << error.what() << '\n';
+        return 1;
+    }
+    return errors.errors() == 0 ? 0 : 1;
+}
+
+Placement placementOf(const std::string& name) {
+    static const std::map<std::string, Placement> names{
+        {"none", Placement::None}, {"footer", Placement::Footer}, {"after", Placement::AfterEssence}};
+    const auto found = names.find(name);
+    if (found == names.end()) {
+        throw boost::program_options::error("there is no index placement \"" + name + "\"");
+    }
+    return found->second;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    namespace po = boost::program_options;
+    Options options;
+    BRYXWriterConfiguration& configuration = options.configuration;
+    std::string placement = "after";
+    po::options_description described("Writes an MXF file again, with a fresh layout and the same content.\n\n"
+                                      "  rewrap IN OUT [options]\n\nOptions");
+    const auto value = [](auto& variable) { return po::value(&variable)->default_value(variable); };
+    described.add_options()("kag", value(configuration.kagSize), "octets of the KLV alignment grid")                 //
+        ("partition-duration", value(configuration.partitionDuration), "content packages of a partition; 0 for all") //
+        ("partition-size", value(configuration.partitionSize), "octets of essence of a partition; 0 for all")        //
+        ("header-space", value(configuration.headerSpace), "least octets of header metadata")                        //
+        ("index", value(placement), "none, footer, or after its essence")                                            //
+        ("keep-layout", "copy grid, partitions and fill of the essence, and the index table")                        //
+        ("fixed-uids", "make identifiers that are the same each time")                                               //
+        ("verify", "read back what is written")("help", "print this text");
+    po::options_description all;
+    all.add(described).add_options()("in", po::value<std::string>())("out", po::value<std::string>());
+    po::positional_options_description positional;
+    positional.add("in", 1).add("out", 1);
+    try {
+        po::variables_map arguments;
+        po::store(po::command_line_parser(argc, argv).options(all).positional(positional).run(), arguments);
+        po::notify(arguments);
+        if (arguments.count("help") != 0) {
+            std::cout << described;
+            return 0;
+        }
+        if (arguments.count("out") == 0) {
+            throw po::error("two files are needed");
+        }
+        configuration.indexPlacement = placementOf(placement);
+        options.keepsLayout = arguments.count("keep-layout") != 0;
+        options.verifies = arguments.count("verify") != 0;
+        if (arguments.count("fixed-uids") != 0) {
+            configuration.uidGenerator = std::make_shared<CountingUIDGenerator>();
+        }
+        return run(arguments["in"].as<std::string>(), arguments["out"].as<std::string>(), options);
+    } catch (const po::error& error) {
+        std::cerr << "rewrap: " << error.what() << "\nTry rewrap --help.\n";
+        return 2;
+    }
+}

@@ -1,0 +1,134 @@
+#include "mxf/essence/MXFGCIntraIndexer.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "mxf/essence/MXFGCKeys.h"
+#include "mxf/structure/MXFIndexCoder.h"
+
+MXFGCIntraIndexer::~MXFGCIntraIndexer() = default;
+
+void MXFGCIntraIndexer::startElement(const KLVKey& key) {
+    if (packages_.empty() && mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture) {
+        pictures_.push_back(elements_);
+    }
+    ++elements_;
+    MXFGCIndexer::startElement(key);
+}
+
+void MXFGCIntraIndexer::indexContentPackage(std::uint64_t start, const Offsets& offsets) {
+    packages_.push_back({start - bodyStart_ + bodyOffset_, offsets_.size()});
+    offsets_.insert(offsets_.end(), offsets.begin(), offsets.end());
+    elements_ = 0;
+}
+
+void MXFGCIntraIndexer::describe(std::int64_t /*editUnit*/, MXFIndexEntry& entry) const {
+    entry.flags = MXFIndexEntryFlags::randomAccess;
+}
+
+std::size_t MXFGCIntraIndexer::elementCount(std::size_t package) const {
+    const std::size_t end = package + 1 < packages_.size() ? packages_[package + 1].offsets : offsets_.size();
+    return end - packages_[package].offsets + 1;
+}
+
+/// Where an element begins; that of the last one for one that the package does not have.
+std::uint32_t MXFGCIntraIndexer::offsetAt(std::size_t package, std::size_t element) const {
+    const std::size_t known = std::min(element, elementCount(package) - 1);
+    return known == 0 ? 0 : offsets_[packages_[package].offsets + known - 1];
+}
+
+/// The elements that begin a slice, in @p count packages from @p first on.
+std::vector<std::size_t> MXFGCIntraIndexer::slices(std::size_t first, std::size_t count,
+                                                   std::vector<MXFDeltaEntry>& deltas) const {
+    std::size_t elements = 1;
+    for (std::size_t i = first; i < first + count; ++i) {
+        elements = std::max(elements, elementCount(i));
+    }
+    std::vector<std::size_t> starts;
+    deltas = {{0, 0, 0}};
+    std::size_t sliceStart = 0;
+    for (std::size_t element = 1; element < elements; ++element) {
+        const auto delta = [&](std::size_t package) {
+            return offsetAt(package, element) - offsetAt(package, sliceStart);
+        };
+        bool isConstant = true;
+        for (std::size_t i = first; isConstant && i < first + count; ++i) {
+            isConstant = delta(i) == delta(first);
+        }
+        if (!isConstant) {
+            if (starts.size() == std::numeric_limits<std::uint8_t>::max()) {
+                break; // no further slice can be told
+            }
+            starts.push_back(element);
+            sliceStart = element;
+        }
+        deltas.push_back({0, static_cast<std::uint8_t>(starts.size()), delta(first)});
+    }
+    return starts;
+}
+
+MXFIndexTableSegment MXFGCIntraIndexer::segment(std::size_t first, std::size_t count) const {
+    MXFIndexTableSegment result;
+    std::vector<std::size_t> starts = slices(first, count, result.deltaEntryArray);
+    const std::size_t most = mxfutil::maxIndexEntries(static_cast<std::uint8_t>(starts.size()), 0);
+    if (count > most) {
+        count = most;
+        starts = slices(first, count, result.deltaEntryArray);
+    }
+    result.sliceCount = static_cast<std::uint8_t>(starts.size());
+    result.indexStartPosition = static_cast<std::int64_t>(first);
+    result.indexDuration = static_cast<std::int64_t>(count);
+    bool isReordered = false;
+    for (std::size_t i = first; i < first + count; ++i) {
+        MXFIndexEntry entry;
+        describe(static_cast<std::int64_t>(i), entry);
+        entry.streamOffset = packages_[i].streamOffset;
+        for (const std::size_t element : starts) {
+            entry.sliceOffsets.push_back(offsetAt(i, element));
+        }
+        isReordered = isReordered || entry.temporalOffset != 0;
+        result.indexEntryArray.push_back(std::move(entry));
+    }
+    for (const std::size_t element : pictures_) {
+        if (isReordered && element < result.deltaEntryArray.size()) {
+            result.deltaEntryArray[element].posTableIndex = -1;
+        }
+    }
+    if (result.deltaEntryArray.size() == 1 && !isReordered) {
+        result.deltaEntryArray.clear(); // a single element needs none
+    }
+    return result;
+}
+
+std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first) const {
+    std::vector<MXFIndexTableSegment> result;
+    auto next = static_cast<std::size_t>(first);
+    while (next < packages_.size()) {
+        result.push_back(segment(next, std::min(packages_.size() - next, mxfutil::maxIndexEntries(0, 0))));
+        next += result.back().indexEntryArray.size();
+    }
+    return result;
+}
+
+MXFIndexTableSegment MXFGCIntraIndexer::constantSegment(std::uint64_t octets) const {
+    MXFIndexTableSegment result;
+    if (packages_.empty() || octets % packages_.size() != 0) {
+        return result;
+    }
+    const std::uint64_t size = octets / packages_.size();
+    for (std::size_t i = 0; i < packages_.size(); ++i) {
+        if (packages_[i].streamOffset != i * size) {
+            return result;
+        }
+    }
+    std::vector<MXFDeltaEntry> deltas;
+    if (size > std::numeric_limits<std::uint32_t>::max() || !slices(0, packages_.size(), deltas).empty()) {
+        return result;
+    }
+    result.editUnitByteCount = static_cast<std::uint32_t>(size);
+    result.indexDuration = editUnits();
+    if (deltas.size() > 1) {
+        result.deltaEntryArray = std::move(deltas);
+    }
+    return result;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+
+#include "klv/KLVFiller.h"
+#include "util/Api.h"
+
+class MXFGCEssenceCoder;
+class MXFGCEssenceHandler;
+class MXFGCIndexer;
+class MXFGCStructureHandler;
+class MXFGCSystemHandler;
+
+/// Assembles what writes a Generic Container, and has a receiver for each kind of content: structure, system elements and
+/// essence elements. They take the calls that an MXFGCSplitter makes, so that a file can be written from one that is read.
+/// Each element is followed by fill up to the KLV alignment grid.
+///
+/// The receivers live as long as the muxer and are not to be deleted.
+class BRYX_API MXFGCMuxer {
+public:
+    /// @param body the body receiver of an MXFWriter or MXFMuxer
+    /// @param locator tells where in the stream the next octet goes
+    /// @param grid of the partition
+    /// All outlive the muxer, and are not owned.
+    MXFGCMuxer(KLVHandler& body, const Locator& locator, const KLVGrid& grid);
+    ~MXFGCMuxer();
+    MXFGCMuxer(const MXFGCMuxer&) = delete;
+    MXFGCMuxer& operator=(const MXFGCMuxer&) = delete;
+
+    /// What comes behind an indexer, whose next handler it is: put one in front with setIndexer().
+    MXFGCStructureHandler& padder();
+
+    /// Makes the structure receiver pass all calls through @p indexer, which ends in padder(); not owned.
+    void setIndexer(MXFGCIndexer& indexer);
+
+    MXFGCStructureHandler& structureReceiver();
+    MXFGCSystemHandler& systemReceiver();
+    MXFGCEssenceCoder& essenceReceiver();
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <vector>
+
+#include "klv/KLVKey.h"
+#include "klv/KLVValueTypes.h"
+#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/structure/MXFIndexTableSegment.h"
+#include "mxf/structure/MXFPartitionPack.h"
+#include "util/Api.h"
+
+class KLVHandler;
+class MXFGCEssenceHandler;
+class MXFGCStructureHandler;
+class MXFGCSystemHandler;
+class MXFMetadataFactory;
+class MXFUIDGenerator;
+class Preface;
+
+/// Header metadata as it is written: what goes into partition packs, and who sends the sets.
+struct BRYXHeaderMetadata {
+    KLVKey operationalPattern;
+    std::vector<KLVKey> essenceContainers;
+
+    /// Sends primer and primed sets, between startMetadata and endMetadata. May be called more than once, and sends the
+    /// same each time.
+    std::function<void(MXFMetadataHandler&)> send;
+};
+
+/// The model that @p root owns. It is looked at when it is written, so that what changes until then counts; what cannot be
+/// coded fails as MXFMetadataModelCoder says.
+/// @param factory of the sets; null for that of all sets that the library knows
+BRYX_API BRYXHeaderMetadata toBRYXHeaderMetadata(std::shared_ptr<Preface> root,
+                                                 std::shared_ptr<MXFMetadataFactory> factory = nullptr);
+
+/// How a file is laid out.
+struct BRYXWriterConfiguration {
+    enum class IndexPlacement : std::uint8_t {
+        None,   ///< no index table
+        Footer, ///< all of it in the footer partition, or in one of its own where another essence container follows
+        AfterEssence, ///< the segments for the essence of a partition in the next one; and all of it as with Footer
+        BeforeEssence ///< in the first partition of its essence, which goes for edit units of one size alone
+    };
+
+    std::uint32_t kagSize = 1; ///< octets of the KLV alignment grid; 0 and 1 for none
+    std::uint64_t headerSpace =
+        0; ///< least octets of header metadata in the header partition, for what may change later
+    /// Of the header partition until it is rewritten, which happens at the end if the stream can seek.
+    MXFPartitionStatus headerStatus = MXFPartitionStatus::OpenIncomplete;
+    std::uint16_t minorVersion = 3;         ///< of ST 377-1
+    std::uint8_t packLengthForm = 0x83;     ///< BER form of the lengths of packs and the fill behind them
+    std::uint8_t metadataLengthForm = 0x83; ///< BER form of the lengths of sets
+    std::uint8_t essenceLengthForm = 0x80;  ///< BER form of the lengths of elements; 0x80 for what they come with
+    std::uint8_t fillKeyVersion = 1;        ///< octet 7 of the key of fill items: 1 or 2
+    IndexPlacement indexPlacement = IndexPlacement::AfterEssence;
+    std::uint64_t partitionSize = 0;     ///< octets of essence after which a partition ends; 0 for any number
+    std::uint64_t partitionDuration = 0; ///< content packages after which a partition ends; 0 for any number
+
+    /// Makes the instance UIDs of index table segments; random ones if it is empty.
+    std::shared_ptr<MXFUIDGenerator> uidGenerator;
+};
+
+/// An essence container that is written.
+struct BRYXEssenceContainer {
+    std::uint32_t bodySID = 1;
+    std::uint32_t indexSID = 2; ///< 0 for no index table
+    Rational editRate{25, 1};   ///< of the index table
+
+    /// Whether all edit units have one size, so that one index table segment without entries will do. If it turns out
+    /// that they do not, there are entries all the same.
+    bool isConstant = false;
+
+    /// Tells what is to stand in the index entry of an edit unit, beside its place; pictures that are coded on their own
+    /// if it is empty. Called in the order of edit units, when segments are written.
+    std::function<void(std::int64_t editUnit, MXFIndexEntry& entry)> describe;
+
+    /// If not empty, the index table as it is to be: for essence wrapped as a clip, whose edit units the writer does not
+    /// see, and for BeforeEssence. SIDs and edit rate are filled in.
+    std::vector<MXFIndexTableSegment> segments;
+};
+
+/// Writes an MXF file in one pass. The stream need not be able to seek; if it is, the header partition is rewritten at the
+/// end, closed and complete.
+///
+/// @code
+/// auto writer = createBRYXWriter(stream);
+/// writer->start(toBRYXHeaderMetadata(preface));
+/// writer->startEssence({1, 2, {25, 1}});
+/// for each edit unit: the calls that an MXFGCSplitter makes, on the receivers
+/// writer->endEssence();
+/// writer->finish(toBRYXHeaderMetadata(preface)); // with durations that are known by now
+/// @endcode
+///
+/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "not finished". What was
+/// written is a readable file whenever a partition ends. A write that fails throws util::assertion_failure "successful
+/// write()"; nothing is written after it. A writer is used by one thread at a time.
+class BRYX_API BRYXWriter {
+public:
+    virtual ~BRYXWriter();
+
+    /// Before start(). Requires "valid BER length form" of each form, "valid fill item key version", and "header
+    /// partition status": not that of a generic stream.
+    virtual void setConfiguration(const BRYXWriterConfiguration& configuration) = 0;
+
+    /// Writes the header partition.
+    virtual void start(const BRYXHeaderMetadata& metadata) = 0;
+
+    /// Begins an essence container with a partition of its own, or goes on with one that was begun before.
+    virtual void startEssence(const BRYXEssenceContainer& container) = 0;
+
+    // For the calls that an MXFGCSplitter makes: a content package starts, its elements come and end, it ends. Stream
+    // events are the writer's own. Receivers are valid as long as the writer is, and take calls in essence alone.
+
+    virtual MXFGCStructureHandler& structureReceiver() = 0;
+    virtual MXFGCSystemHandler& systemReceiver() = 0;
+    /// Takes chunks as well: it is an MXFGCChunkedEssenceHandler.
+    virtual MXFGCEssenceHandler& essenceReceiver() = 0;
+
+    /// Takes the triplets of essence as they are, fill included, in place of the three receivers above. The writer then
+    /// knows no edit units: the index table is what the container says.
+    virtual KLVHandler& bodyReceiver() = 0;
+
+    /// Ends the partition that is written, and goes on in another one. Not within a content package.
+    virtual void startBodyPartition() = 0;
+
+    virtual void endEssence() = 0;
+
+    /// Begins a partition with a generic stream (ST 410), and takes its triplets until endGenericStream().
+    virtual KLVHandler& startGenericStream(std::uint32_t bodySID) = 0;
+    virtual void endGenericStream() = 0;
+
+    /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition.
+    ///
+    /// @return whether the header partition is closed and complete now. It stays as it was if the stream cannot seek, or
+    ///     if @p metadata does not fit the space in it.
+    virtual bool finish(const BRYXHeaderMetadata& metadata) = 0;
+
+    /// Where the next octet goes, in octets from the header partition pack.
+    virtual std::uint64_t position() const = 0;
+};
+
+/// Writes a file and reads back all that it writes, triplet by triplet, and at the end as a whole. What differs throws
+/// VerifyingKLVHandler::exception; what a reader of the file finds wrong, too.
+class BRYX_API VerifyingBRYXWriter : public BRYXWriter {
+public:
+    ~VerifyingBRYXWriter() override;
+};
+
+/// @param stream written to from where it stands
+BRYX_API std::shared_ptr<BRYXWriter> createBRYXWriter(std::shared_ptr<std::ostream> stream);
+
+/// @param stream written to from where it stands, and read from; it can seek
+BRYX_API std::shared_ptr<VerifyingBRYXWriter> createVerifyingBRYXWriter(std::shared_ptr<std::iostream> stream);

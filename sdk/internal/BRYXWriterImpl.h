@@ -1,0 +1,111 @@
+#pragma once
+
+#include <istream>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "klv/KLVFillItemKeyFilter.h"
+#include "klv/VerifyingKLVHandler.h"
+#include "mxf/engines/MXFWriter.h"
+#include "mxf/essence/MXFGCEssenceCoder.h"
+#include "mxf/essence/MXFGCIntraIndexer.h"
+#include "mxf/essence/MXFGCMuxer.h"
+#include "mxf/essence/MXFGCStructureFilter.h"
+#include "mxf/structure/MXFRandomIndex.h"
+#include "sdk/BRYXWriter.h"
+
+/// The chain to a stream: what MXFWriter assembles, with a key filter for fill in it, and a verifier if that is wanted.
+class BRYXWriterChain {
+public:
+    /// @param written to read back from; null for no verification
+    BRYXWriterChain(std::ostream& stream, std::iostream* written, const BRYXWriterConfiguration& configuration);
+
+    MXFWriter writer;
+
+private:
+    KLVFillItemKeyFilter fill_;
+    std::unique_ptr<VerifyingKLVHandler> verifying_;
+};
+
+class BRYXWriterImpl : public BRYXWriter {
+public:
+    explicit BRYXWriterImpl(std::shared_ptr<std::ostream> stream, std::iostream* written = nullptr);
+    ~BRYXWriterImpl() override;
+
+    void setConfiguration(const BRYXWriterConfiguration& configuration) override;
+    void start(const BRYXHeaderMetadata& metadata) override;
+    void startEssence(const BRYXEssenceContainer& container) override;
+    MXFGCStructureHandler& structureReceiver() override;
+    MXFGCSystemHandler& systemReceiver() override;
+    MXFGCEssenceHandler& essenceReceiver() override;
+    KLVHandler& bodyReceiver() override;
+    void startBodyPartition() override;
+    void endEssence() override;
+    KLVHandler& startGenericStream(std::uint32_t bodySID) override;
+    void endGenericStream() override;
+    bool finish(const BRYXHeaderMetadata& metadata) override;
+    std::uint64_t position() const override;
+
+private:
+    enum class State : std::uint8_t { BeforeStart, Between, InEssence, InGenericStream, Finished };
+    struct Container;
+    class PartitionCutter;
+
+    void startPartition(MXFPartitionKind kind, MXFPartitionStatus status, const BRYXHeaderMetadata* metadata,
+                        const std::vector<MXFIndexTableSegment>& segments, std::uint32_t bodySID);
+    void endPartition();
+    void openBody();
+    void closeBody();
+    void cutBody();
+    void writePendingIndex();
+    std::vector<MXFIndexTableSegment> pendingSegments(Container& container, bool isLast);
+    std::vector<MXFIndexTableSegment> completed(const Container& container,
+                                                std::vector<MXFIndexTableSegment> segments) const;
+    bool rewriteHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer);
+    Container& current() const;
+
+    std::shared_ptr<std::ostream> stream_;
+    std::iostream* written_;
+    BRYXWriterConfiguration configuration_;
+    std::streamoff base_; ///< where the file begins; -1 if the stream cannot seek
+    std::unique_ptr<BRYXWriterChain> chain_;
+
+    State state_ = State::BeforeStart;
+    BRYXHeaderMetadata metadata_; ///< as it was at the start
+    MXFPartitionPack headerPack_;
+    KLVKey partitionKey_;
+    MXFRandomIndex randomIndex_;
+    std::unique_ptr<KLVFiller> genericStreamFiller_;
+
+    std::map<std::uint32_t, std::unique_ptr<Container>> containers_; ///< by body SID
+    Container* current_ = nullptr; ///< the one that is written, or that was written last
+    std::unique_ptr<MXFGCMuxer> muxer_;
+    std::unique_ptr<PartitionCutter> structure_;
+};
+
+/// Reads the file as a whole when it is finished.
+class VerifyingBRYXWriterImpl : public VerifyingBRYXWriter {
+public:
+    explicit VerifyingBRYXWriterImpl(std::shared_ptr<std::iostream> stream);
+    ~VerifyingBRYXWriterImpl() override;
+
+    void setConfiguration(const BRYXWriterConfiguration& configuration) override;
+    void start(const BRYXHeaderMetadata& metadata) override;
+    void startEssence(const BRYXEssenceContainer& container) override;
+    MXFGCStructureHandler& structureReceiver() override;
+    MXFGCSystemHandler& systemReceiver() override;
+    MXFGCEssenceHandler& essenceReceiver() override;
+    KLVHandler& bodyReceiver() override;
+    void startBodyPartition() override;
+    void endEssence() override;
+    KLVHandler& startGenericStream(std::uint32_t bodySID) override;
+    void endGenericStream() override;
+    bool finish(const BRYXHeaderMetadata& metadata) override;
+    std::uint64_t position() const override;
+
+private:
+    std::shared_ptr<std::iostream> stream_;
+    std::streampos start_;
+    BRYXWriterImpl writer_;
+};
