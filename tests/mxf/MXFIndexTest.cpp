@@ -10,14 +10,13 @@
 #include "klv/GenericKLVReader.h"
 #include "mxf/engines/MXFPartialReader.h"
 #include "mxf/engines/MXFReader.h"
-#include "mxf/essence/DullMXFGCStructureHandler.h"
-#include "mxf/essence/MXFGCSplitter.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexCoder.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "support/Failure.h"
 #include "support/KLVOctets.h"
+#include "support/PackagePlaces.h"
 #include "support/Recorders.h"
 #include "support/Samples.h"
 
@@ -377,47 +376,6 @@ TEST(IndexCalculator, FindsOffsetsHoweverUnevenTheyAre) {
     EXPECT_FALSE(index.editUnitAt(2));
     EXPECT_FALSE(index.editUnitAt(offsets.back()));
 }
-
-namespace {
-
-/// Notes where the elements of content packages begin, in octets from the start of their essence containers.
-class PackagePlaces : public MXFGCSplitter, private DullMXFGCStructureHandler {
-public:
-    using Package = std::vector<std::uint64_t>;
-
-    PackagePlaces() : MXFGCSplitter(this, nullptr, nullptr) {}
-    std::map<std::uint32_t, std::vector<Package>> packages; // by body SID
-    std::map<std::uint32_t, std::uint64_t> lengths;         // of all elements
-
-    class Partitions : public DullMXFStructureHandler {
-    public:
-        MXFPartitionPack pack;
-        std::uint64_t bodyStart = 0;
-        void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& started,
-                            std::uint64_t headerStart) override {
-            pack = started;
-            bodyStart = headerStart + pack.headerByteCount + pack.indexByteCount;
-        }
-    } partitions;
-
-    void setLocator(const Locator& locator) override { locator_ = &locator; }
-    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
-        lengths[partitions.pack.bodySID] += key == klvutil::fillKey ? 0 : length;
-        return MXFGCSplitter::startIndividualItem(key, length);
-    }
-
-private:
-    void startContentPackage() override { packages[partitions.pack.bodySID].emplace_back(); }
-    void startElement(const KLVKey& /*key*/) override {
-        const auto position = static_cast<std::uint64_t>(std::streamoff{locator_->streampos()});
-        packages[partitions.pack.bodySID].back().push_back(partitions.pack.bodyOffset + position -
-                                                           partitions.bodyStart);
-    }
-
-    const Locator* locator_ = nullptr;
-};
-
-} // namespace
 
 TEST(IndexCalculator, LeadsToTheElementsOfEverySample) {
     std::size_t units = 0;
