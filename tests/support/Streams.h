@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <istream>
 #include <sstream>
 #include <streambuf>
@@ -76,4 +78,61 @@ private:
     }
 
     bool throws_;
+};
+
+/// An output stream that can neither seek nor tell its position.
+class OutputPipe : private std::stringbuf, public std::ostream {
+public:
+    OutputPipe() : std::ostream(static_cast<std::stringbuf*>(this)) {}
+
+    std::string octets() const { return std::stringbuf::str(); }
+
+private:
+    std::stringbuf::pos_type seekoff(std::stringbuf::off_type, std::ios::seekdir, std::ios::openmode) override {
+        return std::stringbuf::off_type(-1);
+    }
+    std::stringbuf::pos_type seekpos(std::stringbuf::pos_type, std::ios::openmode) override {
+        return std::stringbuf::off_type(-1);
+    }
+};
+
+/// An output stream whose device takes a number of writes, and fails at the next one and all that follow.
+class FailingOutput : private std::stringbuf, public std::ostream {
+public:
+    explicit FailingOutput(std::size_t writes) : std::ostream(static_cast<std::stringbuf*>(this)), left_(writes) {}
+
+    std::size_t writesAfterFailure() const { return after_; }
+
+private:
+    std::streamsize xsputn(const char* data, std::streamsize size) override {
+        if (left_ > 0) {
+            --left_;
+            return std::stringbuf::xsputn(data, size);
+        }
+        after_ += hasFailed_ ? 1 : 0;
+        hasFailed_ = true;
+        return 0;
+    }
+
+    std::size_t left_;
+    std::size_t after_ = 0;
+    bool hasFailed_ = false;
+};
+
+/// A file in which long values of zeros become holes.
+class SparseFile : private std::filebuf, public std::ostream {
+public:
+    explicit SparseFile(const std::filesystem::path& path) : std::ostream(static_cast<std::filebuf*>(this)) {
+        std::filebuf::open(path, std::ios::out | std::ios::binary | std::ios::trunc);
+    }
+
+private:
+    std::streamsize xsputn(const char* data, std::streamsize size) override {
+        if (size < 1000000) {
+            return std::filebuf::xsputn(data, size);
+        }
+        // The last octet is written, so that the file ends where it should.
+        std::filebuf::seekoff(size - 1, std::ios::cur);
+        return std::filebuf::xsputn("", 1) == 1 ? size : 0;
+    }
 };

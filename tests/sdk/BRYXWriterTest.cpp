@@ -1,0 +1,339 @@
+#include "sdk/BRYXWriter.h"
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "klv/VerifyingKLVHandler.h"
+#include "klv/parse_error.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/essence/MXFGCChunkedEssenceHandler.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCStructureHandler.h"
+#include "mxf/metadata/model/MXFUIDGenerator.h"
+#include "mxf/structure/MXFIndexCalculator.h"
+#include "mxf/structure/MXFIndexParser.h"
+#include "support/BuiltModel.h"
+#include "support/Failure.h"
+#include "support/Models.h"
+#include "support/PackagePlaces.h"
+#include "support/Streams.h"
+
+namespace {
+
+using Placement = BRYXWriterConfiguration::IndexPlacement;
+
+constexpr KLVKey soundKey = klvutil::key("060e2b34.01020101.0d010301.16010101");
+
+class CountingUIDs : public MXFUIDGenerator {
+public:
+    MXFUID generateUID() override { return uid(++count_); }
+
+private:
+    std::uint32_t count_ = 0;
+};
+
+/// Some packages of a picture, whose size varies, and of sound.
+void writePackages(BRYXWriter& writer, int count, std::size_t pictureSize = 700) {
+    MXFGCStructureHandler& structure = writer.structureReceiver();
+    MXFGCEssenceHandler& essence = writer.essenceReceiver();
+    for (int i = 0; i < count; ++i) {
+        const std::vector<std::uint8_t> octets(pictureSize + static_cast<std::size_t>(i) * 37 % 100, 7);
+        structure.startContentPackage();
+        structure.startElement(keys::picture);
+        essence.pictureElement(keys::picture, octets.data(), octets.size(), 0);
+        structure.endElement(keys::picture);
+        structure.startElement(soundKey);
+        essence.soundElement(soundKey, octets.data(), 192, 0);
+        structure.endElement(soundKey);
+        structure.endContentPackage();
+    }
+}
+
+BRYXHeaderMetadata metadata() {
+    static const std::shared_ptr<Preface> model = builtModel();
+    return toBRYXHeaderMetadata(model);
+}
+
+/// A file of two essence containers, the first of which goes on behind the second, and a generic stream.
+bool writeFile(BRYXWriter& writer, BRYXWriterConfiguration configuration = {}) {
+    configuration.uidGenerator = std::make_shared<CountingUIDs>();
+    writer.setConfiguration(configuration);
+    writer.start(metadata());
+    writer.startEssence({1, 2, {25, 1}, false, {}, {}});
+    writePackages(writer, 10);
+    writer.endEssence();
+    writer.startEssence({3, 4, {25, 1}, true, {}, {}});
+    writePackages(writer, 1);
+    writer.endEssence();
+    KLVHandler& stream = writer.startGenericStream(5);
+    stream.berLengthForm(0x83);
+    stream.startIndividualItem(keys::item, 3);
+    stream.value(reinterpret_cast<const std::uint8_t*>("abc"), 3);
+    stream.endIndividualItem(keys::item);
+    writer.endGenericStream();
+    writer.startEssence({1, 2, {25, 1}, false, {}, {}});
+    writePackages(writer, 5);
+    writer.endEssence();
+    return writer.finish(metadata());
+}
+
+/// What reading a file tells.
+struct Reading {
+    explicit Reading(std::istream& file) {
+        MXFIndexParser parser(index);
+        FindingRecorder errors(log);
+        MXFReader reader;
+        reader.setStructureHandler(&body.partitions);
+        reader.setIndexHandler(&parser);
+        reader.setBodyHandler(&body);
+        reader.setErrorHandler(&errors);
+        try {
+            reader.read(file);
+        } catch (const klvutil::parse_error& error) {
+            log.emplace_back(error.what());
+        }
+    }
+
+    PackagePlaces body;
+    MXFIndexCalculator::Collector index;
+    Log log; ///< findings
+
+    /// Whether the index tables lead to all content packages.
+    void checkIndex(const std::string& what) {
+        for (const auto& [bodySID, packages] : body.packages) {
+            MXFIndexCalculator calculator;
+            for (const MXFIndexCalculator::Table table : index.tables()) {
+                if (table.bodySID == bodySID) {
+                    EXPECT_EQ(table.indexSID, bodySID + 1);
+                    calculator.setSegments(index, table);
+                }
+            }
+            for (std::size_t unit = 0; unit < packages.size(); ++unit) {
+                const auto position = static_cast<std::int64_t>(unit);
+                ASSERT_TRUE(calculator.contains(position)) << what << unit;
+                for (std::size_t element = 0; element < packages[unit].size(); ++element) {
+                    EXPECT_EQ(calculator.elementOffset(position, element).value_or(~0ULL), packages[unit][element])
+                        << what << unit;
+                }
+            }
+        }
+    }
+};
+
+} // namespace
+
+TEST(BRYXWriter, WritesFilesInAllLayouts) {
+    for (const std::uint32_t kagSize : {0U, 1U, 512U, 65536U}) {
+        for (const Placement placement : {Placement::Footer, Placement::AfterEssence}) {
+            for (const std::uint8_t form : {std::uint8_t{0x83}, std::uint8_t{0x84}, std::uint8_t{0x88}}) {
+                BRYXWriterConfiguration configuration;
+                configuration.kagSize = kagSize;
+                configuration.indexPlacement = placement;
+                configuration.packLengthForm = configuration.metadataLengthForm = form;
+                configuration.essenceLengthForm = form;
+                configuration.fillKeyVersion = form == 0x84 ? 2 : 1;
+                configuration.partitionDuration = form == 0x83 ? 3 : 0;
+                configuration.partitionSize = form == 0x84 ? 2000 : 0;
+                const std::string what = std::to_string(kagSize) + ' ' + std::to_string(form) + ' ';
+                const auto file = std::make_shared<std::stringstream>();
+                EXPECT_TRUE(writeFile(*createVerifyingBRYXWriter(file), configuration)) << what;
+                std::istringstream written(file->str());
+                Reading reading(written);
+                EXPECT_EQ(joined(reading.log), "") << what;
+                EXPECT_EQ(reading.body.packages[1].size(), 15U) << what;
+                EXPECT_EQ(reading.body.packages[3].size(), 1U) << what;
+                reading.checkIndex(what);
+                const MXFPartitionPack& footer = reading.body.partitions.pack;
+                EXPECT_EQ(footer.footerPartition, footer.thisPartition);
+
+                // The same again, and to a pipe: but for the header partition, which stays open, the same octets.
+                const auto again = std::make_shared<std::stringstream>();
+                writeFile(*createBRYXWriter(again), configuration);
+                EXPECT_EQ(again->str(), file->str()) << what;
+                const auto pipe = std::make_shared<OutputPipe>();
+                EXPECT_FALSE(writeFile(*createBRYXWriter(pipe), configuration)) << what;
+                const std::string piped = pipe->octets();
+                ASSERT_EQ(piped.size(), file->str().size()) << what;
+                EXPECT_EQ(piped.substr(200), file->str().substr(200)) << what;
+                EXPECT_EQ(piped[14], 1) << "open and incomplete";
+                EXPECT_EQ(file->str()[14], 4) << "closed and complete";
+                std::istringstream input(piped);
+                EXPECT_EQ(joined(Reading(input).log), "") << what;
+            }
+        }
+    }
+}
+
+TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
+    // Room for what header metadata may become; what does not fit leaves the header partition as it was.
+    const auto preface = builtModel();
+    for (const std::uint64_t space : {0U, 100000U}) {
+        const auto file = std::make_shared<std::stringstream>("run-in", std::ios::in | std::ios::out | std::ios::ate);
+        const auto writer = createBRYXWriter(file);
+        BRYXWriterConfiguration configuration;
+        configuration.headerSpace = space;
+        configuration.indexPlacement = Placement::BeforeEssence;
+        writer->setConfiguration(configuration);
+        writer->start(toBRYXHeaderMetadata(preface));
+        MXFIndexTableSegment segment;
+        segment.editUnitByteCount = 20 + 700 + 20 + 192;
+        segment.indexDuration = 1;
+        segment.deltaEntryArray = {{0, 0, 0}, {0, 0, 720}};
+        writer->startEssence({1, 2, {25, 1}, false, {}, {segment}});
+        writePackages(*writer, 1);
+        writer->endEssence();
+        const auto identification = Identification::create();
+        identification->setCompanyName(std::wstring(100, L'x'));
+        preface->addIdentification(identification);
+        EXPECT_EQ(writer->finish(toBRYXHeaderMetadata(preface)), space != 0);
+        const std::string octets = file->str();
+        EXPECT_EQ(octets.substr(0, 6), "run-in");
+        EXPECT_EQ(octets[6 + 14], space == 0 ? 1 : 4);
+        std::istringstream input(octets.substr(6));
+        Reading reading(input);
+        EXPECT_EQ(joined(reading.log), "");
+        reading.checkIndex("");
+        EXPECT_GE(reading.body.partitions.pack.previousPartition, space);
+
+        BRYXMetadataFactory factory;
+        ModelReader models(factory);
+        std::istringstream again(octets.substr(6));
+        models.readFile(again);
+        ASSERT_EQ(models.models.size(), 2U);
+        EXPECT_EQ(mxfutil::firstDifference(*models.models[1].front(), *preface), "");
+        preface->removeIdentificationAt(1);
+    }
+}
+
+TEST(BRYXWriter, RefusesCallsOutOfOrder) {
+    const auto file = std::make_shared<std::stringstream>();
+    const auto writer = createBRYXWriter(file);
+    const auto failed = [](const auto& call) { return failure(call); };
+    BRYXWriterConfiguration configuration;
+    configuration.metadataLengthForm = 2;
+    EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "valid BER length form");
+    configuration = {};
+    configuration.headerStatus = MXFPartitionStatus::GenericStream;
+    EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "header partition status");
+    EXPECT_EQ(failed([&] { writer->startEssence({}); }), "after start");
+    EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "after start");
+    writer->start(metadata());
+    EXPECT_EQ(failed([&] { writer->start(metadata()); }), "before start");
+    EXPECT_EQ(failed([&] { writer->setConfiguration({}); }), "before start");
+    EXPECT_EQ(failed([&] { writer->structureReceiver().startContentPackage(); }), "in essence");
+    EXPECT_EQ(failed([&] { writer->endEssence(); }), "in essence");
+    writer->startEssence({});
+    EXPECT_EQ(failed([&] { writer->startEssence({}); }), "not in essence");
+    EXPECT_EQ(failed([&] { writer->startGenericStream(9); }), "not in essence");
+    EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "not in essence");
+    writer->endEssence();
+    writer->finish(metadata());
+    EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "not finished");
+}
+
+TEST(BRYXWriter, LeavesAReadableFileWhereverItIsStopped) {
+    BRYXWriterConfiguration configuration;
+    configuration.partitionDuration = 4;
+    const auto pipe = std::make_shared<OutputPipe>();
+    writeFile(*createBRYXWriter(pipe), configuration);
+    const std::string file = pipe->octets();
+
+    // At whatever octet it is cut, and where triplets begin.
+    std::vector<std::size_t> cuts;
+    std::mt19937 random(3);
+    for (int i = 0; i < 300; ++i) {
+        cuts.push_back(1 + random() % (file.size() - 1));
+    }
+    for (std::size_t at = file.find("\x06\x0e\x2b\x34", 1); at != std::string::npos;
+         at = file.find("\x06\x0e\x2b\x34", at + 1)) {
+        cuts.push_back(at);
+    }
+    std::sort(cuts.begin(), cuts.end());
+    std::size_t packages = 0;
+    for (const std::size_t cut : cuts) {
+        std::istringstream input(file.substr(0, cut));
+        Reading reading(input);
+        EXPECT_FALSE(reading.log.empty()) << cut;
+        std::size_t found = 0;
+        for (const auto& [bodySID, read] : reading.body.packages) {
+            found += read.size();
+        }
+        EXPECT_GE(found, packages) << cut; // more octets never tell of less
+        packages = found;
+    }
+    EXPECT_EQ(packages, 16U);
+}
+
+TEST(BRYXWriter, HidesNoFailureOfTheStream) {
+    std::size_t failures = 0;
+    for (bool isComplete = false; !isComplete; ++failures) {
+        const auto file = std::make_shared<FailingOutput>(failures);
+        const std::string failed = failure([&] { writeFile(*createBRYXWriter(file)); });
+        isComplete = failed == "none";
+        if (!isComplete) {
+            EXPECT_EQ(failed, "successful write()") << failures;
+            EXPECT_EQ(file->writesAfterFailure(), 0U) << failures;
+        }
+    }
+    EXPECT_GT(failures, 200U);
+
+    // A device that changes what it is given is found out, when that is written or at the end.
+    const auto lying = std::make_shared<std::stringstream>();
+    const auto writer = createVerifyingBRYXWriter(lying);
+    writer->start(metadata());
+    writer->startEssence({});
+    writePackages(*writer, 3);
+    writer->endEssence();
+    std::string octets = lying->str();
+    octets[octets.rfind(octets::key(soundKey))] = 7;
+    lying->str(octets);
+    lying->seekp(0, std::ios::end);
+    EXPECT_THROW(writer->finish(metadata()), VerifyingKLVHandler::exception);
+}
+
+TEST(BRYXWriter, WritesFilesBeyond4GiB) {
+    // Octets that are zero are left out of the file, and it is far larger than what it takes.
+    const auto path = std::filesystem::temp_directory_path() / "bryx_large.mxf";
+    const auto file = std::make_shared<SparseFile>(path);
+    const auto writer = createBRYXWriter(file);
+    BRYXWriterConfiguration configuration;
+    configuration.partitionDuration = 2;
+    writer->setConfiguration(configuration);
+    writer->start(metadata());
+    writer->startEssence({});
+    MXFGCStructureHandler& structure = writer->structureReceiver();
+    auto& chunks = dynamic_cast<MXFGCChunkedEssenceHandler&>(writer->essenceReceiver());
+    const std::vector<std::uint8_t> zeros(std::size_t{1} << 24U);
+    constexpr std::uint64_t length = std::uint64_t{1} << 30U;
+    for (int i = 0; i < 6; ++i) {
+        structure.startContentPackage();
+        structure.startElement(keys::picture);
+        std::uint64_t size = 0;
+        std::uint8_t* buffer = nullptr;
+        const std::uint64_t announced = i % 2 == 0 ? length : MXFGCChunkedEssenceHandler::UNKNOWN_KLV_LENGTH;
+        for (std::uint64_t offset = 0; offset < length; offset += zeros.size()) {
+            chunks.startChunkedElement(keys::picture, announced, offset, size, buffer);
+            writer->essenceReceiver().pictureElement(keys::picture, zeros.data(), zeros.size(), offset);
+        }
+        if (announced != length) {
+            chunks.startChunkedElement(keys::picture, length, length, size, buffer);
+        }
+        structure.endElement(keys::picture);
+        structure.endContentPackage();
+    }
+    writer->endEssence();
+    EXPECT_TRUE(writer->finish(metadata()));
+    file->flush();
+    std::ifstream input(path, std::ios::binary);
+    std::filesystem::remove(path); // the open file stays
+    Reading reading(input);
+    EXPECT_EQ(joined(reading.log), "");
+    ASSERT_EQ(reading.body.packages[1].size(), 6U);
+    EXPECT_EQ(reading.body.packages[1][5][0], 5 * (length + 24));
+    EXPECT_GT(reading.body.partitions.pack.thisPartition, 6 * length);
+    reading.checkIndex("");
+}
