@@ -55,7 +55,7 @@ struct BRYXWriterConfiguration {
     std::uint8_t packLengthForm = 0x83;     ///< BER form of the lengths of packs and the fill behind them
     std::uint8_t metadataLengthForm = 0x83; ///< BER form of the lengths of sets
     std::uint8_t essenceLengthForm = 0x80;  ///< BER form of the lengths of elements; 0x80 for what they come with
-    std::uint8_t fillKeyVersion = 1;        ///< octet 7 of the key of fill items: 1 or 2
+    std::uint8_t fillKeyVersion = 0;        ///< octet 7 of the key of fill items: 1 or 2; 0 for what comes, 1 as a rule
     IndexPlacement indexPlacement = IndexPlacement::AfterEssence;
     std::uint64_t partitionSize = 0;     ///< octets of essence after which a partition ends; 0 for any number
     std::uint64_t partitionDuration = 0; ///< content packages after which a partition ends; 0 for any number

@@ -100,11 +100,12 @@ MXFIndexTableSegment MXFGCIntraIndexer::segment(std::size_t first, std::size_t c
     return result;
 }
 
-std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first) const {
+std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first, std::int64_t end) const {
     std::vector<MXFIndexTableSegment> result;
     auto next = static_cast<std::size_t>(first);
-    while (next < packages_.size()) {
-        result.push_back(segment(next, std::min(packages_.size() - next, mxfutil::maxIndexEntries(0, 0))));
+    while (next < static_cast<std::size_t>(end)) {
+        const std::size_t left = static_cast<std::size_t>(end) - next;
+        result.push_back(segment(next, std::min(left, mxfutil::maxIndexEntries(0, 0))));
         next += result.back().indexEntryArray.size();
     }
     return result;

@@ -33,8 +33,8 @@ public:
     /// @param octets of the essence container, fill behind the last element included
     MXFIndexTableSegment constantSegment(std::uint64_t octets) const;
 
-    /// Segments for the edit units from @p first on: each with as many entries as its array can hold.
-    std::vector<MXFIndexTableSegment> segments(std::int64_t first) const;
+    /// Segments for the edit units from @p first up to but without @p end: each with as many entries as its array can hold.
+    std::vector<MXFIndexTableSegment> segments(std::int64_t first, std::int64_t end) const;
 
     void startElement(const KLVKey& key) override;
 

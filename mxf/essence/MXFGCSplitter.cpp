@@ -198,12 +198,16 @@ bool MXFGCSplitter::startSystemElement(const KLVKey& key, std::uint64_t length) 
     return true;
 }
 
-bool MXFGCSplitter::endSystemElement(const KLVKey& key) {
-    const bool isWanted = inElement_ && delivery_ == Delivery::System;
-    if (inElement_) {
-        endElement(key);
+/// Delivers a wanted element before it ends, as essence elements are.
+template <class Deliver>
+void MXFGCSplitter::endSystemElement(const KLVKey& key, Deliver deliver) {
+    if (!inElement_) {
+        return;
     }
-    return isWanted;
+    if (delivery_ == Delivery::System) {
+        deliver();
+    }
+    endElement(key);
 }
 
 bool MXFGCSplitter::startItem(std::uint32_t tag) {
@@ -235,9 +239,7 @@ bool MXFGCSplitter::startLocalSet(const KLVKey& key, std::uint64_t length, KLVFi
 }
 
 void MXFGCSplitter::endLocalSet(const KLVKey& key) {
-    if (endSystemElement(key)) {
-        systemHandler_->localSet(key, items());
-    }
+    endSystemElement(key, [&] { systemHandler_->localSet(key, items()); });
 }
 
 bool MXFGCSplitter::startLocalItem(std::uint32_t tag, std::uint64_t /*length*/) {
@@ -250,9 +252,7 @@ bool MXFGCSplitter::startFixedLengthPack(const KLVKey& key, std::uint64_t length
 }
 
 void MXFGCSplitter::endFixedLengthPack(const KLVKey& key) {
-    if (endSystemElement(key)) {
-        systemHandler_->fixedLengthPack(key, own_.data(), own_.size());
-    }
+    endSystemElement(key, [&] { systemHandler_->fixedLengthPack(key, own_.data(), own_.size()); });
 }
 
 bool MXFGCSplitter::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm /*itemLengthForm*/) {
@@ -261,9 +261,7 @@ bool MXFGCSplitter::startVariableLengthPack(const KLVKey& key, std::uint64_t len
 }
 
 void MXFGCSplitter::endVariableLengthPack(const KLVKey& key) {
-    if (endSystemElement(key)) {
-        systemHandler_->variableLengthPack(key, items());
-    }
+    endSystemElement(key, [&] { systemHandler_->variableLengthPack(key, items()); });
 }
 
 bool MXFGCSplitter::startVariableLengthPackItem(std::uint64_t /*length*/) {

@@ -94,7 +94,8 @@ private:
     void startElement(const KLVKey& key);
     void endElement(const KLVKey& key);
     bool startSystemElement(const KLVKey& key, std::uint64_t length);
-    bool endSystemElement(const KLVKey& key);
+    template <class Deliver>
+    void endSystemElement(const KLVKey& key, Deliver deliver);
     bool startItem(std::uint32_t tag);
     const MXFGCItems& items();
     void enterEssence(const KLVKey& key);

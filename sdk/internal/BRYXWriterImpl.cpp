@@ -90,7 +90,9 @@ BRYXWriterChain::BRYXWriterChain(std::ostream& stream, std::iostream* written,
                                  const BRYXWriterConfiguration& configuration)
     : writer(stream) {
     KLVHandler* const generic = writer.getKLVWriter();
-    fill_.setKeyVersion(configuration.fillKeyVersion);
+    if (configuration.fillKeyVersion != 0) {
+        fill_.setKeyVersion(configuration.fillKeyVersion);
+    }
     if (written != nullptr) {
         verifying_ = std::make_unique<VerifyingKLVHandler>(*written, generic);
     }
@@ -126,11 +128,12 @@ struct BRYXWriterImpl::Container {
 
     BRYXEssenceContainer container;
     Indexer indexer;
-    std::uint64_t octets = 0;         ///< in the partitions that have ended
-    std::int64_t unitsIndexed = 0;    ///< in partitions
-    std::uint64_t bodyStart = 0;      ///< position of the body that is written
-    std::int64_t firstUnitOfBody = 0; ///< that is written
-    bool isIndexed = false;           ///< whether the whole index table stands in a partition
+    std::uint64_t octets = 0;            ///< in the partitions that have ended
+    std::vector<std::int64_t> indexedTo; ///< where the batches of segments end that stand in partitions
+    std::vector<MXFUID> segmentUIDs;     ///< of the segments in these
+    std::uint64_t bodyStart = 0;         ///< position of the body that is written
+    std::int64_t firstUnitOfBody = 0;    ///< that is written
+    bool isIndexed = false;              ///< whether the whole index table stands in a partition
 };
 
 /// The structure receiver: ends a partition where a content package starts, if it has enough.
@@ -178,7 +181,7 @@ void BRYXWriterImpl::setConfiguration(const BRYXWriterConfiguration& configurati
     }
     const std::uint8_t form = configuration.essenceLengthForm;
     require(form == klvutil::automaticBERLengthForm || klvutil::isValidBERLengthForm(form), "valid BER length form");
-    require(configuration.fillKeyVersion == 1 || configuration.fillKeyVersion == 2, "valid fill item key version");
+    require(configuration.fillKeyVersion <= 2, "valid fill item key version");
     require(configuration.headerStatus != MXFPartitionStatus::GenericStream, "header partition status");
     configuration_ = configuration;
     if (configuration_.uidGenerator == nullptr) {
@@ -362,9 +365,29 @@ std::vector<MXFIndexTableSegment> BRYXWriterImpl::pendingSegments(Container& con
             return completed(container, {constant});
         }
     }
-    const std::int64_t first = isLast ? 0 : container.unitsIndexed;
-    container.unitsIndexed = container.indexer.editUnits();
-    return completed(container, container.indexer.segments(first));
+    // What stands in a partition already is repeated as it is.
+    std::int64_t first = container.indexedTo.empty() || isLast ? 0 : container.indexedTo.back();
+    if (container.indexer.editUnits() > (container.indexedTo.empty() ? 0 : container.indexedTo.back())) {
+        container.indexedTo.push_back(container.indexer.editUnits());
+    }
+    std::vector<MXFIndexTableSegment> segments;
+    for (const std::int64_t end : container.indexedTo) {
+        if (end > first) {
+            const auto batch = container.indexer.segments(first, end);
+            segments.insert(segments.end(), batch.begin(), batch.end());
+            first = end;
+        }
+    }
+    segments = completed(container, std::move(segments));
+    const std::size_t repeated = isLast ? std::min(segments.size(), container.segmentUIDs.size()) : 0;
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        if (i < repeated) {
+            segments[i].instanceUID = container.segmentUIDs[i];
+        } else {
+            container.segmentUIDs.push_back(segments[i].instanceUID);
+        }
+    }
+    return segments;
 }
 
 /// Writes the index table of the container that was written last into a partition of its own, since something else

@@ -207,7 +207,7 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
         }
         structure.endStream();
         EXPECT_EQ(engine.position() % std::max(kagSize, 1U), 0U);
-        const auto segments = indexer.segments(0);
+        const auto segments = indexer.segments(0, 3);
         ASSERT_EQ(segments.size(), 1U);
         EXPECT_EQ(segments[0].indexDuration, 3);
         EXPECT_EQ(segments[0].sliceCount, 1);
@@ -224,7 +224,7 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
             EXPECT_EQ(entry.sliceOffsets, std::vector<std::uint32_t>{sound}) << kagSize;
             EXPECT_EQ(entry.flags, MXFIndexEntryFlags::randomAccess);
         }
-        EXPECT_EQ(indexer.segments(2).at(0).indexStartPosition, 2);
+        EXPECT_EQ(indexer.segments(2, 3).at(0).indexStartPosition, 2);
         EXPECT_EQ(indexer.constantSegment(offsets.back()).editUnitByteCount, 0U);
     }
 
@@ -258,7 +258,7 @@ TEST(GCWriting, IndexesAtMostWhatAnArrayHolds) {
         structure.endElement(keys::picture);
         structure.endContentPackage();
     }
-    const auto segments = indexer.segments(0);
+    const auto segments = indexer.segments(0, 7000);
     ASSERT_EQ(segments.size(), 2U);
     EXPECT_EQ(segments[0].indexDuration, 5957);
     EXPECT_EQ(segments[1].indexStartPosition, 5957);
