@@ -6,3 +6,4 @@
 void registerReading();
 void registerMetadata();
 void registerIndex();
+void registerWriting();

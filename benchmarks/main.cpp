@@ -54,6 +54,7 @@ int main(int argc, char** argv) {
     registerReading();
     registerMetadata();
     registerIndex();
+    registerWriting();
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;

@@ -105,13 +105,23 @@ BRYXWriterChain::BRYXWriterChain(std::ostream& stream, std::iostream* written,
 
 /// An essence container, and how far it has been written.
 struct BRYXWriterImpl::Container {
-    /// Asks the caller what to say of a picture.
+    /// Asks the caller what to say of a picture, and keeps nothing if there is to be no index table of this making.
     class Indexer final : public MXFGCIntraIndexer {
     public:
-        Indexer(MXFGCStructureHandler& next, const Locator& locator, const BRYXEssenceContainer& container)
-            : MXFGCIntraIndexer(next, locator), container_(container) {}
+        Indexer(MXFGCStructureHandler& next, const Locator& locator, const BRYXEssenceContainer& container,
+                Placement placement)
+            : MXFGCIntraIndexer(next, locator), container_(container),
+              keeps_(placement != Placement::None && container.indexSID != 0 && container.segments.empty()) {}
+
+        std::uint64_t contentPackages() const noexcept { return contentPackages_; }
 
     private:
+        void indexContentPackage(std::uint64_t start, const Offsets& offsets) override {
+            ++contentPackages_;
+            if (keeps_) {
+                MXFGCIntraIndexer::indexContentPackage(start, offsets);
+            }
+        }
         void describe(std::int64_t editUnit, MXFIndexEntry& entry) const override {
             if (container_.describe) {
                 container_.describe(editUnit, entry);
@@ -121,10 +131,12 @@ struct BRYXWriterImpl::Container {
         }
 
         const BRYXEssenceContainer& container_;
+        bool keeps_;
+        std::uint64_t contentPackages_ = 0;
     };
 
-    Container(BRYXEssenceContainer what, MXFGCStructureHandler& next, const Locator& locator)
-        : container(std::move(what)), indexer(next, locator, container) {}
+    Container(BRYXEssenceContainer what, MXFGCStructureHandler& next, const Locator& locator, Placement placement)
+        : container(std::move(what)), indexer(next, locator, container, placement) {}
 
     BRYXEssenceContainer container;
     Indexer indexer;
@@ -132,7 +144,7 @@ struct BRYXWriterImpl::Container {
     std::vector<std::int64_t> indexedTo; ///< where the batches of segments end that stand in partitions
     std::vector<MXFUID> segmentUIDs;     ///< of the segments in these
     std::uint64_t bodyStart = 0;         ///< position of the body that is written
-    std::int64_t firstUnitOfBody = 0;    ///< that is written
+    std::uint64_t packagesBefore = 0;    ///< content packages before that body
     bool isIndexed = false;              ///< whether the whole index table stands in a partition
 };
 
@@ -278,7 +290,8 @@ void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
     if (known != containers_.end()) {
         current_ = known->second.get();
     } else {
-        auto added = std::make_unique<Container>(container, muxer_->padder(), chain_->writer.getLocator());
+        auto added = std::make_unique<Container>(container, muxer_->padder(), chain_->writer.getLocator(),
+                                                 configuration_.indexPlacement);
         current_ = containers_.emplace(container.bodySID, std::move(added)).first->second.get();
     }
     current().isIndexed = false;
@@ -299,7 +312,7 @@ void BRYXWriterImpl::openBody() {
     startPartition(MXFPartitionKind::Body, MXFPartitionStatus::ClosedComplete, nullptr, segments,
                    now.container.bodySID);
     now.bodyStart = position();
-    now.firstUnitOfBody = now.indexer.editUnits();
+    now.packagesBefore = now.indexer.contentPackages();
     now.indexer.startBody(now.bodyStart, now.octets);
 }
 
@@ -311,7 +324,7 @@ void BRYXWriterImpl::closeBody() {
 void BRYXWriterImpl::cutBody() {
     const Container& now = current();
     const std::uint64_t octets = position() - now.bodyStart;
-    const auto units = static_cast<std::uint64_t>(now.indexer.editUnits() - now.firstUnitOfBody);
+    const std::uint64_t units = now.indexer.contentPackages() - now.packagesBefore;
     const bool isFull = (configuration_.partitionSize != 0 && octets >= configuration_.partitionSize) ||
                         (configuration_.partitionDuration != 0 && units >= configuration_.partitionDuration);
     if (octets != 0 && isFull) {

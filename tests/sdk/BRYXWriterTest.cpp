@@ -4,6 +4,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -293,6 +294,30 @@ TEST(BRYXWriter, HidesNoFailureOfTheStream) {
     lying->str(octets);
     lying->seekp(0, std::ios::end);
     EXPECT_THROW(writer->finish(metadata()), VerifyingKLVHandler::exception);
+}
+
+TEST(BRYXWriter, TakesMemoryForTheIndexAlone) {
+    for (const std::uint32_t indexSID : {0U, 2U}) {
+        struct Nowhere : std::streambuf {
+            std::streamsize xsputn(const char* /*data*/, std::streamsize size) override { return size; }
+        } nowhere;
+        const auto writer = createBRYXWriter(std::make_shared<std::ostream>(&nowhere));
+        BRYXWriterConfiguration configuration;
+        configuration.partitionDuration = 1000;
+        writer->setConfiguration(configuration);
+        writer->start(metadata());
+        writer->startEssence({1, indexSID, {25, 1}, false, {}, {}});
+        writePackages(*writer, 1000);
+        struct rusage before {};
+        struct rusage after {};
+        getrusage(RUSAGE_SELF, &before);
+        writePackages(*writer, 99000);
+        getrusage(RUSAGE_SELF, &after);
+        // 20 octets for each content package, in vectors that grow by doubling.
+        EXPECT_LT(after.ru_maxrss - before.ru_maxrss, indexSID == 0 ? 1024 : 8 * 1024) << "KiB";
+        writer->endEssence();
+        writer->finish(metadata());
+    }
 }
 
 TEST(BRYXWriter, WritesFilesBeyond4GiB) {

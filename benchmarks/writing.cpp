@@ -1,0 +1,100 @@
+/// What writing costs beyond the bare minimum of the same work: a plain loop of write(2) over the same octets.
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "Benchmarks.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCStructureHandler.h"
+#include "mxf/metadata/structural/Preface.h"
+#include "sdk/BRYXWriter.h"
+
+namespace {
+
+constexpr KLVKey pictureKey = klvutil::key("060e2b34.01020101.0d010301.15010500");
+constexpr std::size_t elementSize = 200000;
+constexpr int elements = 2500;
+
+std::filesystem::path target() {
+    return std::filesystem::temp_directory_path() / "bryx_benchmark_written.mxf";
+}
+
+const std::vector<std::uint8_t>& element() {
+    static const std::vector<std::uint8_t> octets(elementSize + 20, 7);
+    return octets;
+}
+
+std::uint64_t plainWrite() {
+    const int descriptor = ::open(target().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    for (int i = 0; i < elements; ++i) {
+        if (::write(descriptor, element().data(), element().size()) != static_cast<ssize_t>(element().size())) {
+            std::abort();
+        }
+    }
+    ::close(descriptor);
+    return std::filesystem::file_size(target());
+}
+
+std::uint64_t writer(bool isIndexed) {
+    static const BRYXHeaderMetadata metadata = [] {
+        const auto preface = Preface::create();
+        preface->setOperationalPattern({});
+        preface->setEssenceContainers({});
+        preface->setDMSchemes({});
+        preface->setContentStorage(ContentStorage::create());
+        return toBRYXHeaderMetadata(preface);
+    }();
+    const auto writer = createBRYXWriter(std::make_shared<std::ofstream>(target(), std::ios::binary));
+    writer->start(metadata);
+    BRYXEssenceContainer container;
+    container.indexSID = isIndexed ? 2 : 0;
+    writer->startEssence(container);
+    MXFGCStructureHandler& structure = writer->structureReceiver();
+    MXFGCEssenceHandler& essence = writer->essenceReceiver();
+    for (int i = 0; i < elements; ++i) {
+        structure.startContentPackage();
+        structure.startElement(pictureKey);
+        essence.pictureElement(pictureKey, element().data(), elementSize, 0);
+        structure.endElement(pictureKey);
+        structure.endContentPackage();
+    }
+    writer->endEssence();
+    writer->finish(metadata);
+    return std::filesystem::file_size(target());
+}
+
+template <class Work>
+void add(const char* name, Work work) {
+    const std::uint64_t octets = work();
+    constexpr std::uint64_t essence = std::uint64_t{elements} * (elementSize + 20);
+    if (octets < essence || octets > essence + 100000) {
+        std::fprintf(stderr, "%s writes %llu octets\n", name, static_cast<unsigned long long>(octets));
+        std::exit(1);
+    }
+    benchmark::RegisterBenchmark(name,
+                                 [work](benchmark::State& state) {
+                                     for (auto _ : state) {
+                                         benchmark::DoNotOptimize(work());
+                                     }
+                                 })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+}
+
+} // namespace
+
+void registerWriting() {
+    add("writing-200KB/write(2)", plainWrite);
+    add("writing-200KB/BRYXWriter", [] { return writer(false); });
+    add("writing-200KB/BRYXWriter-indexed", [] { return writer(true); });
+}
