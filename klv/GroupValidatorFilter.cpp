@@ -9,6 +9,11 @@ void GroupValidatorFilter::startStream(bool accurateLengths) {
     next().startStream(accurateLengths);
 }
 
+void GroupValidatorFilter::endStream(bool stopped) {
+    require(open_.empty(), "matching end of KLV triplet");
+    next().endStream(stopped);
+}
+
 void GroupValidatorFilter::berLengthForm(std::uint8_t form) {
     next().berLengthForm(form);
     form_ = form;

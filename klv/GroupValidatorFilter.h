@@ -18,6 +18,7 @@ public:
     ~GroupValidatorFilter() override;
 
     void startStream(bool accurateLengths) override;
+    void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override;
     bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
     void endIndividualItem(const KLVKey& key) override;

@@ -6,20 +6,43 @@
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/structure/MXFIndexCoder.h"
 
+namespace {
+
+/// What the array of a segment can hold. Further elements are not told.
+constexpr std::size_t maxDeltaEntries = (65535 - 8) / 6;
+
+} // namespace
+
 MXFGCIntraIndexer::~MXFGCIntraIndexer() = default;
 
+void MXFGCIntraIndexer::startContentPackage() {
+    isTold_.clear();
+    inSystemItem_ = false;
+    MXFGCIndexer::startContentPackage();
+}
+
+void MXFGCIntraIndexer::endContentPackage() {
+    MXFGCIndexer::endContentPackage();
+    isFirstPackage_ = false;
+}
+
 void MXFGCIntraIndexer::startElement(const KLVKey& key) {
-    if (packages_.empty() && mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture) {
-        pictures_.push_back(elements_);
+    const bool isSystem = mxfutil::isGCSystemElement(key);
+    isTold_.push_back(!isSystem || !inSystemItem_);
+    inSystemItem_ = isSystem;
+    if (isFirstPackage_ && mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture) {
+        pictures_.push_back(static_cast<std::size_t>(std::count(isTold_.begin(), isTold_.end(), true)) - 1);
     }
-    ++elements_;
     MXFGCIndexer::startElement(key);
 }
 
 void MXFGCIntraIndexer::indexContentPackage(std::uint64_t start, const Offsets& offsets) {
     packages_.push_back({start - bodyStart_ + bodyOffset_, offsets_.size()});
-    offsets_.insert(offsets_.end(), offsets.begin(), offsets.end());
-    elements_ = 0;
+    for (std::size_t i = 0; i < offsets.size(); ++i) {
+        if (isTold_[i + 1]) {
+            offsets_.push_back(offsets[i]);
+        }
+    }
 }
 
 void MXFGCIntraIndexer::describe(std::int64_t /*editUnit*/, MXFIndexEntry& entry) const {
@@ -47,7 +70,7 @@ std::vector<std::size_t> MXFGCIntraIndexer::slices(std::size_t first, std::size_
     std::vector<std::size_t> starts;
     deltas = {{0, 0, 0}};
     std::size_t sliceStart = 0;
-    for (std::size_t element = 1; element < elements; ++element) {
+    for (std::size_t element = 1; element < std::min(elements, maxDeltaEntries); ++element) {
         const auto delta = [&](std::size_t package) {
             return offsetAt(package, element) - offsetAt(package, sliceStart);
         };
@@ -113,7 +136,7 @@ std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first
 
 MXFIndexTableSegment MXFGCIntraIndexer::constantSegment(std::uint64_t octets) const {
     MXFIndexTableSegment result;
-    if (packages_.empty() || octets % packages_.size() != 0) {
+    if (octets == 0 || packages_.empty() || octets % packages_.size() != 0) {
         return result;
     }
     const std::uint64_t size = octets / packages_.size();

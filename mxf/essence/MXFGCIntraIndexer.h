@@ -12,7 +12,7 @@
 /// be coded on its own, unless a derived class knows better.
 ///
 /// Elements at a place that is the same in all content packages of a segment are told by delta entries alone; one behind
-/// an element whose size varies begins a slice.
+/// an element whose size varies begins a slice. The elements of a system item count as one, which begins with the first.
 class BRYX_API MXFGCIntraIndexer : public MXFGCIndexer {
 public:
     using MXFGCIndexer::MXFGCIndexer;
@@ -36,7 +36,9 @@ public:
     /// Segments for the edit units from @p first up to but without @p end: each with as many entries as its array can hold.
     std::vector<MXFIndexTableSegment> segments(std::int64_t first, std::int64_t end) const;
 
+    void startContentPackage() override;
     void startElement(const KLVKey& key) override;
+    void endContentPackage() override;
 
 protected:
     /// Tells of the picture in a content package what an index entry says beside its place: flags, temporal and key
@@ -62,5 +64,7 @@ private:
     std::vector<Package> packages_;
     std::vector<std::uint32_t> offsets_; ///< of all packages, one after the other
     std::vector<std::size_t> pictures_;  ///< the elements of the first package that are pictures
-    std::size_t elements_ = 0;           ///< in the package that is written
+    std::vector<bool> isTold_;           ///< each element of the package that is written: not if a system item goes on
+    bool inSystemItem_ = false;
+    bool isFirstPackage_ = true;
 };

@@ -13,7 +13,7 @@ class MXFGCSystemHandler;
 
 /// Assembles what writes a Generic Container, and has a receiver for each kind of content: structure, system elements and
 /// essence elements. They take the calls that an MXFGCSplitter makes, so that a file can be written from one that is read.
-/// Each element is followed by fill up to the KLV alignment grid.
+/// Each element is followed by fill up to the KLV alignment grid, a system item as a whole.
 ///
 /// The receivers live as long as the muxer and are not to be deleted.
 class BRYX_API MXFGCMuxer {

@@ -165,6 +165,14 @@ void MXFGCSplitter::startElement(const KLVKey& key) {
     packageOpen_ = true;
 }
 
+/// Tells the essence handler of a length form that it has not been told of.
+void MXFGCSplitter::passLengthForm() {
+    if (essenceHandler_ != nullptr && form_ != passedForm_) {
+        essenceHandler_->setLengthForm(form_);
+        passedForm_ = form_;
+    }
+}
+
 void MXFGCSplitter::endElement(const KLVKey& key) {
     inElement_ = false;
     if (structureHandler_ != nullptr) {
@@ -185,6 +193,7 @@ bool MXFGCSplitter::startSystemElement(const KLVKey& key, std::uint64_t length) 
         klvutil::report(errorHandler_, findings::unexpectedGCSystemElement, toString(key));
     }
     state_ = State::GCInSystemItem;
+    passLengthForm(); // who writes elements writes system elements with the same form
     if (systemHandler_ == nullptr || !systemHandler_->wantsSystemElement(key)) {
         return false;
     }
@@ -299,10 +308,7 @@ bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length)
     if (essenceHandler_ == nullptr) {
         return false;
     }
-    if (form_ != passedForm_) {
-        essenceHandler_->setLengthForm(form_);
-        passedForm_ = form_;
-    }
+    passLengthForm();
     callersBuffer_ = nullptr;
     callersSize_ = 0;
     if (!essenceHandler_->startElement(key, length, callersBuffer_, callersSize_)) {

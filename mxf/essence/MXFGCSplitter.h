@@ -92,6 +92,7 @@ private:
 
     MXFGCEssenceKind kindOf(const KLVKey& key) const;
     void startElement(const KLVKey& key);
+    void passLengthForm();
     void endElement(const KLVKey& key);
     bool startSystemElement(const KLVKey& key, std::uint64_t length);
     template <class Deliver>

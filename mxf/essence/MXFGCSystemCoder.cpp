@@ -28,13 +28,18 @@ std::uint64_t sizeOf(const MXFGCItems& items, const KLVKey& key, bool hasTags, s
 
 MXFGCSystemCoder::~MXFGCSystemCoder() = default;
 
+void MXFGCSystemCoder::setLengthForm(std::uint8_t form) {
+    util::require(form == klvutil::automaticBERLengthForm || klvutil::isValidBERLengthForm(form),
+                  "valid BER length form");
+    form_ = form;
+}
+
 bool MXFGCSystemCoder::wantsSystemElement(const KLVKey& /*key*/) {
     return true;
 }
 
 void MXFGCSystemCoder::localSet(const KLVKey& key, const MXFGCItems& items) {
-    const std::uint8_t form =
-        klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, sizeOf(items, key, true, 0x83));
+    const std::uint8_t form = klvutil::fittingBERLengthForm(form_, sizeOf(items, key, true, 0x83));
     const std::uint64_t size = sizeOf(items, key, true, form);
     receiver_.berLengthForm(form);
     if (receiver_.startLocalSet(key, size, klvutil::itemTagForm(key), klvutil::itemLengthForm(key))) {
@@ -49,7 +54,7 @@ void MXFGCSystemCoder::localSet(const KLVKey& key, const MXFGCItems& items) {
 }
 
 void MXFGCSystemCoder::fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) {
-    receiver_.berLengthForm(klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, size));
+    receiver_.berLengthForm(klvutil::fittingBERLengthForm(form_, size));
     if (receiver_.startFixedLengthPack(key, size)) {
         klvutil::sendValue(receiver_, data, size);
     }
@@ -57,8 +62,7 @@ void MXFGCSystemCoder::fixedLengthPack(const KLVKey& key, const std::uint8_t* da
 }
 
 void MXFGCSystemCoder::variableLengthPack(const KLVKey& key, const MXFGCItems& items) {
-    const std::uint8_t form =
-        klvutil::fittingBERLengthForm(klvutil::automaticBERLengthForm, sizeOf(items, key, false, 0x83));
+    const std::uint8_t form = klvutil::fittingBERLengthForm(form_, sizeOf(items, key, false, 0x83));
     const std::uint64_t size = sizeOf(items, key, false, form);
     receiver_.berLengthForm(form);
     if (receiver_.startVariableLengthPack(key, size, klvutil::itemLengthForm(key))) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+
+#include "klv/KLVCoding.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
 #include "util/Api.h"
 
@@ -12,6 +15,10 @@ public:
     explicit MXFGCSystemCoder(KLVHandler& receiver) : receiver_(receiver) {}
     ~MXFGCSystemCoder() override;
 
+    /// The BER form of the lengths that follow, where it can hold them; 0x80 leaves the choice. Requires "valid BER
+    /// length form".
+    void setLengthForm(std::uint8_t form);
+
     bool wantsSystemElement(const KLVKey& key) override;
     // Requires of items "correct local item type and length": what the forms that the key tells can hold.
     void localSet(const KLVKey& key, const MXFGCItems& items) override;
@@ -20,4 +27,5 @@ public:
 
 private:
     KLVHandler& receiver_;
+    std::uint8_t form_ = klvutil::automaticBERLengthForm;
 };

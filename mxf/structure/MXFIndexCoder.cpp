@@ -44,6 +44,11 @@ MXFIndexCoder::MXFIndexCoder(KLVHandler& next) : next_(next) {}
 
 MXFIndexCoder::~MXFIndexCoder() = default;
 
+void MXFIndexCoder::setBERLengthForm(std::uint8_t form) {
+    util::require(klvutil::isValidBERLengthForm(form), "valid BER length form");
+    form_ = form;
+}
+
 void MXFIndexCoder::startIndex() {
     util::require(!started_, "before start");
     started_ = true;
@@ -70,7 +75,7 @@ void MXFIndexCoder::indexTableSegment(const MXFIndexTableSegment& segment) {
     if (segment.instanceUID == MXFUID()) {
         items.front().second = klvutil::writeValue(MXFUID{util::freshUUID().octets});
     }
-    next_.berLengthForm(0x83);
+    next_.berLengthForm(klvutil::fittingBERLengthForm(form_, length));
     if (next_.startLocalSet(mxfutil::indexTableSegmentKey, length, KLVFieldForm::TwoOctets, KLVFieldForm::TwoOctets)) {
         for (const auto& [tag, octets] : items) {
             klvutil::sendLocalItem(next_, tag, octets);

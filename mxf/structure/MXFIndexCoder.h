@@ -19,6 +19,9 @@ public:
     MXFIndexCoder(const MXFIndexCoder&) = delete;
     MXFIndexCoder& operator=(const MXFIndexCoder&) = delete;
 
+    /// The BER form of the lengths of segments: 0x83 unless set. A longer one gets 0x87. Requires "valid BER length form".
+    void setBERLengthForm(std::uint8_t form);
+
     /// Requires "before start".
     void startIndex() override;
     void endIndex() override;
@@ -29,6 +32,7 @@ public:
 
 private:
     KLVHandler& next_;
+    std::uint8_t form_ = 0x83;
     bool started_ = false;
 };
 

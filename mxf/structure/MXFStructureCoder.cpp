@@ -74,7 +74,7 @@ void MXFStructureCoder::startPartition(const KLVKey& key, const MXFPartitionPack
     filler_->setPadding(KLVFiller::Mode::Alignment, completed.kagSize, 0);
     filler_->startFilledItem();
     const std::vector<std::uint8_t> octets = mxfutil::writePartitionPack(completed);
-    writePack(key, octets, form_ == 1 && octets.size() > 0x7F ? 0x83 : form_);
+    writePack(key, octets, klvutil::fittingBERLengthForm(form_, octets.size()));
     filler_->endFilledItem();
     lastPack_ = std::move(completed);
 }
@@ -87,6 +87,6 @@ void MXFStructureCoder::endPartition(const KLVKey& /*key*/) {
 void MXFStructureCoder::randomIndex(const MXFRandomIndex& index) {
     // The overall length depends on the form of the length.
     const std::uint64_t size = index.size() * mxfutil::randomIndexEntrySize + mxfutil::overallLengthSize;
-    const std::uint8_t form = form_ == 1 && size > 0x7F ? 0x83 : form_;
+    const std::uint8_t form = klvutil::fittingBERLengthForm(form_, size);
     writePack(mxfutil::randomIndexPackKey, mxfutil::writeRandomIndex(index, form), form);
 }

@@ -26,8 +26,8 @@ public:
     MXFStructureCoder(const MXFStructureCoder&) = delete;
     MXFStructureCoder& operator=(const MXFStructureCoder&) = delete;
 
-    /// The BER form of the lengths of packs, and of the fill behind them: 0x83 unless set. Requires "valid BER length
-    /// form".
+    /// The BER form of the lengths of packs, and of the fill behind them: 0x83 unless set. A longer pack gets 0x87.
+    /// Requires "valid BER length form".
     void setBERLengthForm(std::uint8_t form);
 
     /// What the stream is told about: the run-in is none of its octets.

@@ -188,9 +188,9 @@ TEST(GCSplitter, DeliversElements) {
                        octets::klv(element(0x15), "ABC") + octets::klv(element(0x16), "", 0x87) +
                        octets::klv(element(0x17), "D", 0x87) + octets::klv(element(0x18), "E", 0x83),
                    receiver),
-              "start 0; {; <04010100; pack M; 04010100>; <04010102; set 258=a 259= 9=b; 04010102>; <04010103; "
+              "start 0; {; <04010100; form 131; pack M; 04010100>; <04010102; set 258=a 259= 9=b; 04010102>; <04010103; "
               "items; 04010103>; <04010104; items 0=xy 0=; 04010104>; "
-              "<15010501; form 131; wants 15010501 3; picture 3 0; 15010501>; <16010501; form 135; wants 16010501 0; "
+              "<15010501; wants 15010501 3; picture 3 0; 15010501>; <16010501; form 135; wants 16010501 0; "
               "sound 0 0 null; 16010501>; <17010501; wants 17010501 1; data 1 0; 17010501>; <18010501; form 131; "
               "wants 18010501 1; compound 1 0; 18010501>; }; end");
     EXPECT_EQ(receiver.octets, "ABCDE");
@@ -198,7 +198,7 @@ TEST(GCSplitter, DeliversElements) {
     Receiver uninterested;
     uninterested.wants = false;
     EXPECT_EQ(read(octets::klv(system(0x05), "M") + octets::klv(element(0x15), "ABC"), uninterested),
-              "start 0; {; <04010100; 04010100>; <15010501; form 131; wants 15010501 3; 15010501>; }; end");
+              "start 0; {; <04010100; form 131; 04010100>; <15010501; wants 15010501 3; 15010501>; }; end");
 
     std::vector<std::uint8_t> own(4);
     Receiver buffered;
@@ -298,7 +298,7 @@ TEST(GCSplitter, RefusesWhatNobodyCanHold) {
             "form 131; wants 15010501 1; picture 1 0; 15010501>; }; end");
     Receiver many;
     EXPECT_EQ(read(octets::klv(system(0x04), std::string(65537, '\0')), many),
-              "start 0; {; <04010100; error too many items in GC system element - " + toString(system(0x04)) +
+              "start 0; {; <04010100; form 131; error too many items in GC system element - " + toString(system(0x04)) +
                   "; 04010100>; }; end");
     MXFGCSplitter splitter;
     EXPECT_EQ(failure([&] { splitter.getStructureHandler(); }), "structure handler is present");
