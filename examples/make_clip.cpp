@@ -2,6 +2,8 @@
 ///
 ///     make_clip OUT [FRAMES]
 ///
+/// FRAMES is 50 unless given, and at most 65,535.
+///
 /// The file is of operational pattern 1a (ST 378). Each content package holds a system item with the timecode, a picture
 /// of 320 by 180 pixels, uncompressed 4:2:2 with 8 bits (ST 384), and the sound that goes with it, two channels of 16
 /// bits (ST 382); 25 of them make a second. Exits with 0, with 1 if that fails, or with 2 if it was called wrongly.
@@ -18,7 +20,11 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <typeinfo>
 #include <vector>
+
+#include <boost/lexical_cast.hpp>
+#include <boost/numeric/conversion/cast.hpp>
 
 #include "klv/KLVKey.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
@@ -288,9 +294,9 @@ int main(int argc, char** argv) {
     std::uint32_t frames = 50;
     try {
         if (argc == 3) {
-            frames = static_cast<std::uint32_t>(std::stoul(argv[2]));
+            frames = boost::numeric_cast<std::uint16_t>(boost::lexical_cast<int>(argv[2]));
         }
-    } catch (const std::logic_error&) {
+    } catch (const std::bad_cast&) { // no number, or too large a one
         argc = 0;
     }
     if (argc != 2 && argc != 3) {

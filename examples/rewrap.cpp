@@ -6,7 +6,8 @@
 /// its sets as they are if the model cannot hold it whole. Exits with 0, with 1 if anything is wrong with IN or OUT cannot
 /// be written, or with 2 if it was called wrongly.
 ///
-/// IN is read twice: for what the header partition must say, and for the essence. IN stays as it is.
+/// IN is read twice: for what the header partition must say, and for the essence. IN stays as it is. If it breaks off, what
+/// is whole of it is copied.
 
 #include <algorithm>
 #include <cstddef>
@@ -37,6 +38,7 @@
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCSplitter.h"
+#include "mxf/essence/MXFGCStructureFilter.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
@@ -74,6 +76,16 @@ public:
         ++errors_;
     }
     void fatalError(const util::uuid& id, const std::string& message) override { error(id, message); }
+
+    /// Something of the file is not copied.
+    void lost(const std::string& what) { error({}, what + " is not copied"); }
+    /// The file breaks off.
+    void broken(const klvutil::parse_error& failure) {
+        progress_.clear();
+        std::cerr << "rewrap: " << failure.what() << " at octet " << std::streamoff{failure.position()}
+                  << "; what is whole up to there is copied\n";
+        ++errors_;
+    }
 
     std::uint64_t errors() const { return errors_; }
     std::uint64_t position() const {
@@ -125,7 +137,9 @@ struct Metadata {
 /// Collects the header metadata of each region: the last one of those that are closed and complete, or else open.
 class MetadataCollector final : public MXFMetadataHandler, private MXFMetadataModelHandler, private DullErrorHandler {
 public:
-    MetadataCollector() {
+    explicit MetadataCollector(ErrorPrinter& errors) : others_(errors) {
+        headerParser_.setErrorHandler(&errors);
+        headerParser_.setHandler(&others_);
         modelParser_.setErrorHandler(this);
         // The factory shares its error handler. This one is nobody's to delete.
         factory_.setErrorHandler({std::shared_ptr<void>(), static_cast<ErrorHandler*>(this)});
@@ -179,6 +193,32 @@ private:
         MetadataCollector& collector_;
     };
 
+    // What is neither the primer nor a set has no place in what is written.
+    class Others final : public DullKLVHandler {
+    public:
+        explicit Others(ErrorPrinter& errors) : errors_(errors) {}
+        bool startIndividualItem(const KLVKey& key, std::uint64_t /*length*/) override {
+            return key != klvutil::fillKey && lost(key);
+        }
+        bool startLabel(const KLVKey& key) override { return lost(key); }
+        bool startUniversalSet(const KLVKey& key, std::uint64_t /*length*/) override { return lost(key); }
+        bool startFixedLengthPack(const KLVKey& key, std::uint64_t /*length*/) override { return lost(key); }
+        bool startVariableLengthPack(const KLVKey& key, std::uint64_t /*length*/, KLVFieldForm /*form*/) override {
+            return lost(key);
+        }
+        bool startWrapper(const KLVKey& key, std::uint64_t /*length*/, KLVWrapperKind /*kind*/) override {
+            return lost(key);
+        }
+
+    private:
+        bool lost(const KLVKey& key) {
+            errors_.lost("the triplet with key " + toString(key) + " in the header metadata");
+            return false;
+        }
+
+        ErrorPrinter& errors_;
+    };
+
     void model(const Model& model) override {
         // What nothing owns is not coded with the root.
         isWhole_ = isWhole_ && model.size() == 1;
@@ -190,6 +230,7 @@ private:
     void error(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
 
     Sink sink_{*this};
+    Others others_;
     BRYXMetadataFactory factory_;
     MXFMetadataModelParser modelParser_{factory_, sink_};
     MXFHeaderMetadataParser headerParser_{*this};
@@ -204,28 +245,41 @@ private:
 /// What must be known of a file before it is written again.
 class Survey final : public DullMXFStructureHandler, private DullMXFGCStructureHandler, private MXFIndexHandler {
 public:
+    explicit Survey(ErrorPrinter& errors) : metadata(errors), errors_(errors) {
+        indexParser_.setErrorHandler(&errors);
+        splitter_.setErrorHandler(&errors);
+    }
+
+    std::uint64_t runInLength = 0;
     MXFPartitionPack pack; ///< of the partition with the latest labels
     MetadataCollector metadata;
     MXFIndexCalculator::Collector index;
     std::map<std::uint32_t, std::vector<MXFIndexTableSegment>> segments; ///< by body SID, without those repeated
-    std::map<std::uint32_t, std::int64_t> contentPackages;               ///< by body SID
+    std::map<std::uint32_t, std::int64_t> contentPackages;               ///< by body SID; those that are whole
+    bool isBroken = false;                                               ///< the file breaks off
 
-    void read(std::istream& file, ErrorPrinter& errors) {
+    void read(std::istream& file) {
         MXFReader reader;
         reader.setStructureHandler(this);
         reader.setHeaderMetadataHandler(&metadata.handler());
         reader.setIndexHandler(&indexParser_);
         reader.setBodyHandler(&splitter_);
-        reader.setErrorHandler(&errors);
-        reader.read(file);
+        reader.setErrorHandler(&errors_);
+        try {
+            reader.read(file);
+        } catch (const klvutil::parse_error& error) {
+            errors_.broken(error);
+            isBroken = true;
+        }
     }
 
 private:
+    void runIn(std::uint64_t length) override { runInLength = length; }
     void startPartition(const KLVKey& key, const MXFPartitionPack& started, std::uint64_t /*headerStart*/) override {
         pack = started;
         metadata.partition(mxfutil::partitionStatus(key));
     }
-    void startContentPackage() override { ++contentPackages[pack.bodySID]; }
+    void endContentPackage() override { ++contentPackages[pack.bodySID]; }
 
     void startIndex() override {}
     void endIndex() override {}
@@ -243,19 +297,23 @@ private:
         }
     }
 
+    ErrorPrinter& errors_;
     MXFIndexParser indexParser_{*this};
     AnySplitter splitter_{this, nullptr, nullptr};
 };
 
 // ---- The second reading ----
 
+/// Ends the second reading of a file that breaks off, where what is whole ends.
+struct EndOfWhatIsWhole {};
+
 /// Hands what is read to the writer: bodies cut into elements, or as they are.
 class Copier final : public DullMXFStructureHandler {
 public:
     Copier(const Survey& survey, BRYXWriter& writer, const Options& options, ProgressBar& progress,
            const ErrorPrinter& errors)
-        : survey_(survey), writer_(writer), options_(options),
-          splitter_(&writer.structureReceiver(), &writer.systemReceiver(), &writer.essenceReceiver()),
+        : survey_(survey), writer_(writer), options_(options), structure_(*this, writer.structureReceiver()),
+          splitter_(&structure_, &writer.systemReceiver(), &writer.essenceReceiver()),
           body_(*this, options.keepsLayout ? writer.bodyReceiver() : splitter_), genericStream_(*this),
           progress_(progress), positions_(errors) {}
 
@@ -275,6 +333,24 @@ public:
     }
 
 private:
+    /// Stops before a content package that is not whole.
+    class Structure final : public MXFGCStructureFilter {
+    public:
+        Structure(Copier& copier, MXFGCStructureHandler& next) : MXFGCStructureFilter(next), copier_(copier) {}
+        void startContentPackage() override {
+            const auto whole = copier_.survey_.contentPackages.find(copier_.bodySID_);
+            const std::int64_t count = whole == copier_.survey_.contentPackages.end() ? 0 : whole->second;
+            if (copier_.survey_.isBroken && ++copied_[copier_.bodySID_] > count) {
+                throw EndOfWhatIsWhole();
+            }
+            next().startContentPackage();
+        }
+
+    private:
+        Copier& copier_;
+        std::map<std::uint32_t, std::int64_t> copied_; ///< content packages by body SID
+    };
+
     /// A body goes to its essence container.
     class Body final : public DullKLVFilter {
     public:
@@ -366,6 +442,7 @@ private:
     const Survey& survey_;
     BRYXWriter& writer_;
     const Options& options_;
+    Structure structure_;
     AnySplitter splitter_;
     Body body_;
     GenericStream genericStream_;
@@ -402,8 +479,11 @@ BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
 }
 
 void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrinter& errors, ProgressBar& progress) {
-    Survey survey;
-    survey.read(in, errors);
+    Survey survey(errors);
+    survey.read(in);
+    if (survey.isBroken && options.keepsLayout) {
+        throw std::runtime_error("what breaks off cannot keep its layout");
+    }
     in.clear();
     in.seekg(0);
     bool isModel = false;
@@ -421,6 +501,10 @@ void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrin
     if (!*file) {
         throw std::runtime_error(out + " cannot be written");
     }
+    std::vector<char> runIn(static_cast<std::size_t>(survey.runInLength));
+    in.read(runIn.data(), static_cast<std::streamsize>(runIn.size()));
+    in.seekg(0);
+    file->write(runIn.data(), static_cast<std::streamsize>(runIn.size()));
     const std::shared_ptr<BRYXWriter> writer =
         options.verifies ? createVerifyingBRYXWriter(file) : createBRYXWriter(file);
     writer->setConfiguration(options.configuration);
@@ -432,7 +516,15 @@ void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrin
     reader.setGenericStreamHandler(&copier.genericStream());
     DullErrorHandler heard; // everything has been told of once
     reader.setErrorHandler(&heard);
-    reader.read(in);
+    try {
+        reader.read(in);
+    } catch (const EndOfWhatIsWhole&) {
+        in.clear();
+    } catch (const klvutil::parse_error&) {
+        if (!survey.isBroken) {
+            throw;
+        }
+    }
     copier.finish();
     writer->finish(metadata);
 }

@@ -39,26 +39,41 @@ BRYX_API BRYXHeaderMetadata toBRYXHeaderMetadata(std::shared_ptr<Preface> root,
 
 /// How a file is laid out.
 struct BRYXWriterConfiguration {
+    /// Where the segments of an index table stand. All of them stand together at the end as well, but for None: in the
+    /// footer partition, or in a partition in front of it where there are several essence containers.
     enum class IndexPlacement : std::uint8_t {
-        None,   ///< no index table
-        Footer, ///< all of it in the footer partition, or in one of its own where another essence container follows
-        AfterEssence, ///< the segments for the essence of a partition in the next one; and all of it as with Footer
-        BeforeEssence ///< in the first partition of its essence, which goes for edit units of one size alone
+        None,
+        Footer,       ///< nowhere else
+        AfterEssence, ///< those with entries in the partition after their essence
+        BeforeEssence ///< in the first partition of their essence, which must have been given a table
     };
 
-    std::uint32_t kagSize = 1; ///< octets of the KLV alignment grid; 0 and 1 for none
-    std::uint64_t headerSpace =
-        0; ///< least octets of header metadata in the header partition, for what may change later
+    /// Octets of the KLV alignment grid, at most 2^20; 0 and 1 for none.
+    std::uint32_t kagSize = 1;
+    /// Least octets of header metadata in the header partition, for what may change later; at most 2^32.
+    std::uint64_t headerSpace = 0;
     /// Of the header partition until it is rewritten, which happens at the end if the stream can seek.
     MXFPartitionStatus headerStatus = MXFPartitionStatus::OpenIncomplete;
-    std::uint16_t minorVersion = 3;         ///< of ST 377-1
-    std::uint8_t packLengthForm = 0x83;     ///< BER form of the lengths of packs and the fill behind them
-    std::uint8_t metadataLengthForm = 0x83; ///< BER form of the lengths of sets
-    std::uint8_t essenceLengthForm = 0x80;  ///< BER form of the lengths of elements; 0x80 for what they come with
-    std::uint8_t fillKeyVersion = 0;        ///< octet 7 of the key of fill items: 1 or 2; 0 for what comes, 1 as a rule
+    MXFPartitionStatus bodyStatus = MXFPartitionStatus::ClosedComplete;
+    MXFPartitionStatus footerStatus = MXFPartitionStatus::ClosedComplete;
+    /// Of ST 377-1.
+    std::uint16_t minorVersion = 3;
+
+    // BER forms of lengths. What a form cannot hold gets a longer one.
+
+    std::uint8_t packLengthForm = 0x83;     ///< of packs and the fill behind them
+    std::uint8_t metadataLengthForm = 0x83; ///< of sets and index table segments
+    std::uint8_t essenceLengthForm = 0x80;  ///< of elements; 0x80 for the form that they come with
+
+    /// Octet 7 of the key of fill items, 1 or 2; 0 for what comes, which is 1 unless the caller sends fill.
+    std::uint8_t fillKeyVersion = 0;
+
     IndexPlacement indexPlacement = IndexPlacement::AfterEssence;
-    std::uint64_t partitionSize = 0;     ///< octets of essence after which a partition ends; 0 for any number
-    std::uint64_t partitionDuration = 0; ///< content packages after which a partition ends; 0 for any number
+
+    // A partition ends where a content package starts, when it has as much. 0 for any number.
+
+    std::uint64_t partitionSize = 0;     ///< octets of essence
+    std::uint64_t partitionDuration = 0; ///< content packages
 
     /// Makes the instance UIDs of index table segments; random ones if it is empty.
     std::shared_ptr<MXFUIDGenerator> uidGenerator;
@@ -74,17 +89,17 @@ struct BRYXEssenceContainer {
     /// that they do not, there are entries all the same.
     bool isConstant = false;
 
-    /// Tells what is to stand in the index entry of an edit unit, beside its place; pictures that are coded on their own
-    /// if it is empty. Called in the order of edit units, when segments are written.
+    /// Sets flags, temporal and key frame offset of the index entry of an edit unit; if it is empty, those of pictures that
+    /// are coded on their own. Called when segments are written, and again when they are repeated.
     std::function<void(std::int64_t editUnit, MXFIndexEntry& entry)> describe;
 
     /// If not empty, the index table as it is to be: for essence wrapped as a clip, whose edit units the writer does not
-    /// see, and for BeforeEssence. SIDs and edit rate are filled in.
+    /// see, and for BeforeEssence. SIDs, edit rate and instance UIDs are filled in.
     std::vector<MXFIndexTableSegment> segments;
 };
 
 /// Writes an MXF file in one pass. The stream need not be able to seek; if it is, the header partition is rewritten at the
-/// end, closed and complete.
+/// end, closed and complete, and body partitions learn where the footer partition is.
 ///
 /// @code
 /// auto writer = createBRYXWriter(stream);
@@ -95,25 +110,29 @@ struct BRYXEssenceContainer {
 /// writer->finish(toBRYXHeaderMetadata(preface)); // with durations that are known by now
 /// @endcode
 ///
-/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "not finished". What was
-/// written is a readable file whenever a partition ends. A write that fails throws util::assertion_failure "successful
+/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "not finished", "not in
+/// content package", "complete element". What was written is a readable file whenever a partition ends. A write that fails throws util::assertion_failure "successful
 /// write()"; nothing is written after it. A writer is used by one thread at a time.
 class BRYX_API BRYXWriter {
 public:
     virtual ~BRYXWriter();
 
-    /// Before start(). Requires "valid BER length form" of each form, "valid fill item key version", and "header
-    /// partition status": not that of a generic stream.
+    /// Before start(). Requires "valid BER length form" of each form, "valid fill item key version", "valid KAG size",
+    /// "valid header space", and "valid partition status": none that of a generic stream.
     virtual void setConfiguration(const BRYXWriterConfiguration& configuration) = 0;
 
-    /// Writes the header partition.
+    /// Writes the header partition, from where the stream stands. Metadata that cannot be coded fails before anything is
+    /// written.
     virtual void start(const BRYXHeaderMetadata& metadata) = 0;
 
-    /// Begins an essence container with a partition of its own, or goes on with one that was begun before.
+    /// Begins an essence container with a partition of its own; or goes on in another partition with one that was begun
+    /// before, of which only the body SID counts then. Requires "unique body SID", which is not 0, "unique index SID", and
+    /// "index table segments are given" for BeforeEssence.
     virtual void startEssence(const BRYXEssenceContainer& container) = 0;
 
     // For the calls that an MXFGCSplitter makes: a content package starts, its elements come and end, it ends. Stream
-    // events are the writer's own. Receivers are valid as long as the writer is, and take calls in essence alone.
+    // events are the writer's own. Receivers exist from start() on, are valid as long as the writer is, and take calls in
+    // essence alone.
 
     virtual MXFGCStructureHandler& structureReceiver() = 0;
     virtual MXFGCSystemHandler& systemReceiver() = 0;
@@ -127,9 +146,11 @@ public:
     /// Ends the partition that is written, and goes on in another one. Not within a content package.
     virtual void startBodyPartition() = 0;
 
+    /// Requires "edit units have the size announced" where a table for BeforeEssence said so.
     virtual void endEssence() = 0;
 
-    /// Begins a partition with a generic stream (ST 410), and takes its triplets until endGenericStream().
+    /// Begins a partition with a generic stream (ST 410), and takes its triplets until endGenericStream(). Requires
+    /// "unique body SID".
     virtual KLVHandler& startGenericStream(std::uint32_t bodySID) = 0;
     virtual void endGenericStream() = 0;
 
@@ -143,8 +164,9 @@ public:
     virtual std::uint64_t position() const = 0;
 };
 
-/// Writes a file and reads back all that it writes, triplet by triplet, and at the end as a whole. What differs throws
-/// VerifyingKLVHandler::exception; what a reader of the file finds wrong, too.
+/// Writes a file and reads back all that it writes, triplet by triplet, and at the end as a whole: partitions, header
+/// metadata, and whether the index entries of its making lead to elements. What differs, and what is wrong with the file,
+/// throws VerifyingKLVHandler::exception.
 class BRYX_API VerifyingBRYXWriter : public BRYXWriter {
 public:
     ~VerifyingBRYXWriter() override;

@@ -1,19 +1,17 @@
 #include "sdk/internal/BRYXWriterImpl.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
-#include "klv/DullErrorHandler.h"
 #include "klv/DullKLVHandler.h"
 #include "klv/KLVMonitor.h"
-#include "klv/parse_error.h"
-#include "mxf/engines/MXFReader.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "mxf/structure/MXFIndexCoder.h"
 #include "mxf/structure/MXFStructureCoder.h"
+#include "sdk/internal/BRYXFileVerifier.h"
 #include "util/assertion_failure.h"
+#include "util/byte_order.h"
 
 using Placement = BRYXWriterConfiguration::IndexPlacement;
 using util::require;
@@ -22,6 +20,9 @@ namespace {
 
 /// The least octets of a fill item with the usual form of its length.
 constexpr std::uint64_t leastFill = klvutil::keySize + 4;
+
+constexpr std::uint32_t maxKAGSize = std::uint32_t{1} << 20U;
+constexpr std::uint64_t maxHeaderSpace = std::uint64_t{1} << 32U;
 
 /// The length of a region for @p size octets: at least @p least, on the grid, and with room for fill if there is any.
 std::uint64_t paddedLength(std::uint64_t size, std::uint64_t least, std::uint64_t kagSize) {
@@ -48,8 +49,9 @@ void sendMetadata(KLVHandler& handler, const BRYXHeaderMetadata& metadata, std::
     metadata.send(coder);
 }
 
-void sendIndex(KLVHandler& handler, const std::vector<MXFIndexTableSegment>& segments) {
+void sendIndex(KLVHandler& handler, const std::vector<MXFIndexTableSegment>& segments, std::uint8_t form) {
     MXFIndexCoder coder(handler);
+    coder.setBERLengthForm(form);
     coder.startIndex();
     for (const MXFIndexTableSegment& segment : segments) {
         coder.indexTableSegment(segment);
@@ -72,15 +74,6 @@ void sendRegion(KLVStreamPadder& padder, Send send) {
     send(padder);
     padder.endStream(false);
 }
-
-/// Whatever a reader finds wrong ends the reading.
-class Objector final : public DullErrorHandler {
-public:
-    void error(const util::uuid& /*id*/, const std::string& message) override {
-        throw VerifyingKLVHandler::exception("the file does not read back as written: " + message);
-    }
-    void fatalError(const util::uuid& id, const std::string& message) override { error(id, message); }
-};
 
 } // namespace
 
@@ -141,11 +134,10 @@ struct BRYXWriterImpl::Container {
     BRYXEssenceContainer container;
     Indexer indexer;
     std::uint64_t octets = 0;            ///< in the partitions that have ended
-    std::vector<std::int64_t> indexedTo; ///< where the batches of segments end that stand in partitions
-    std::vector<MXFUID> segmentUIDs;     ///< of the segments in these
     std::uint64_t bodyStart = 0;         ///< position of the body that is written
     std::uint64_t packagesBefore = 0;    ///< content packages before that body
-    bool isIndexed = false;              ///< whether the whole index table stands in a partition
+    std::vector<std::int64_t> indexedTo; ///< where the batches of segments end that stand in partitions
+    std::vector<MXFUID> segmentUIDs;     ///< of the segments that were written
 };
 
 /// The structure receiver: ends a partition where a content package starts, if it has enough.
@@ -153,34 +145,44 @@ class BRYXWriterImpl::PartitionCutter final : public MXFGCStructureHandler {
 public:
     explicit PartitionCutter(BRYXWriterImpl& writer) : writer_(writer) {}
 
+    bool isInPackage() const noexcept { return isInPackage_; }
+
     // The stream is the writer's.
     void startStream(std::uint64_t /*kagSize*/) override {}
     void endStream() override {}
     void startContentPackage() override {
         require(writer_.state_ == State::InEssence, "in essence");
+        require(!isInPackage_, "not in content package");
         writer_.cutBody();
+        isInPackage_ = true;
         next().startContentPackage();
     }
-    void endContentPackage() override { next().endContentPackage(); }
+    void endContentPackage() override {
+        isInPackage_ = false;
+        next().endContentPackage();
+    }
     void startElement(const KLVKey& key) override { next().startElement(key); }
-    void endElement(const KLVKey& key) override { next().endElement(key); }
+    void endElement(const KLVKey& key) override {
+        require(!writer_.muxer().essenceReceiver().isInElement(), "complete element");
+        next().endElement(key);
+    }
     void startPad(std::uint64_t extraSize) override { next().startPad(extraSize); }
     void endPad() override { next().endPad(); }
     void startAlign(std::uint64_t alignment) override { next().startAlign(alignment); }
     void endAlign() override { next().endAlign(); }
 
 private:
-    MXFGCStructureHandler& next() { return writer_.muxer_->structureReceiver(); }
+    MXFGCStructureHandler& next() { return writer_.muxer().structureReceiver(); }
 
     BRYXWriterImpl& writer_;
+    bool isInPackage_ = false;
 };
 
 // ---- The writer ----
 
 BRYXWriterImpl::BRYXWriterImpl(std::shared_ptr<std::ostream> stream, std::iostream* written)
-    : stream_(std::move(stream)), written_(written), base_(stream_->tellp()),
-      structure_(std::make_unique<PartitionCutter>(*this)) {
-    stream_->clear(stream_->rdstate() & ~std::ios::failbit); // as one that cannot tell its position may be
+    : stream_(std::move(stream)), written_(written), structure_(std::make_unique<PartitionCutter>(*this)) {
+    require(stream_ != nullptr, "stream is present");
     setConfiguration({});
 }
 
@@ -194,21 +196,24 @@ void BRYXWriterImpl::setConfiguration(const BRYXWriterConfiguration& configurati
     const std::uint8_t form = configuration.essenceLengthForm;
     require(form == klvutil::automaticBERLengthForm || klvutil::isValidBERLengthForm(form), "valid BER length form");
     require(configuration.fillKeyVersion <= 2, "valid fill item key version");
-    require(configuration.headerStatus != MXFPartitionStatus::GenericStream, "header partition status");
+    require(configuration.kagSize <= maxKAGSize, "valid KAG size");
+    require(configuration.headerSpace <= maxHeaderSpace, "valid header space");
+    for (const auto status : {configuration.headerStatus, configuration.bodyStatus, configuration.footerStatus}) {
+        require(status != MXFPartitionStatus::GenericStream, "valid partition status");
+    }
     configuration_ = configuration;
     if (configuration_.uidGenerator == nullptr) {
         configuration_.uidGenerator = std::make_shared<BRYXDefaultUIDGenerator>();
     }
-    chain_ = std::make_unique<BRYXWriterChain>(*stream_, written_, configuration_);
-    muxer_ = std::make_unique<MXFGCMuxer>(chain_->writer.bodyReceiver(), chain_->writer.getLocator(),
-                                          chain_->writer.getGrid());
-    if (form != klvutil::automaticBERLengthForm) {
-        muxer_->essenceReceiver().setFixedLengthForm(form);
-    }
 }
 
 std::uint64_t BRYXWriterImpl::position() const {
-    return static_cast<std::uint64_t>(std::streamoff{chain_->writer.getLocator().streampos()});
+    return chain_ == nullptr ? 0 : static_cast<std::uint64_t>(std::streamoff{chain_->writer.getLocator().streampos()});
+}
+
+MXFGCMuxer& BRYXWriterImpl::muxer() const {
+    require(muxer_ != nullptr, "after start");
+    return *muxer_;
 }
 
 MXFGCStructureHandler& BRYXWriterImpl::structureReceiver() {
@@ -216,16 +221,30 @@ MXFGCStructureHandler& BRYXWriterImpl::structureReceiver() {
 }
 
 MXFGCSystemHandler& BRYXWriterImpl::systemReceiver() {
-    return muxer_->systemReceiver();
+    return muxer().systemReceiver();
 }
 
 MXFGCEssenceHandler& BRYXWriterImpl::essenceReceiver() {
-    return muxer_->essenceReceiver();
+    return muxer().essenceReceiver();
+}
+
+KLVHandler& BRYXWriterImpl::bodyReceiver() {
+    return gate_;
+}
+
+void BRYXWriterImpl::requireBetween() const {
+    require(state_ != State::BeforeStart, "after start");
+    require(state_ != State::Finished, "not finished");
+    require(state_ == State::Between, "not in essence");
+}
+
+void BRYXWriterImpl::requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition) {
+    require(sid != 0 && known.insert(sid).second, condition);
 }
 
 void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus status,
-                                    const BRYXHeaderMetadata* metadata,
-                                    const std::vector<MXFIndexTableSegment>& segments, std::uint32_t bodySID) {
+                                    const BRYXHeaderMetadata* metadata, const Segments& segments,
+                                    std::uint32_t bodySID) {
     MXFPartitionPack pack = headerPack_;
     pack.headerByteCount = 0;
     pack.bodySID = bodySID;
@@ -239,7 +258,7 @@ void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus st
     MXFWriter& writer = chain_->writer;
     const std::uint8_t form = configuration_.metadataLengthForm;
     const auto sendSets = [&](KLVHandler& handler) { sendMetadata(handler, *metadata, form); };
-    const auto sendSegments = [&](KLVHandler& handler) { sendIndex(handler, segments); };
+    const auto sendSegments = [&](KLVHandler& handler) { sendIndex(handler, segments, form); };
     preparePadder(writer.headerMetadataReceiver(), metadata == nullptr ? 0 : sizeOf(sendSets),
                   kind == MXFPartitionKind::Header ? configuration_.headerSpace : 0, pack.kagSize);
     preparePadder(writer.indexReceiver(), segments.empty() ? 0 : sizeOf(sendSegments), 0, pack.kagSize);
@@ -261,31 +280,47 @@ void BRYXWriterImpl::endPartition() {
 
 void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     require(state_ == State::BeforeStart, "before start");
-    metadata_ = metadata;
+    // What cannot be coded fails here.
+    sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
+    if (*stream_) {
+        base_ = stream_->tellp();
+        stream_->clear(stream_->rdstate() & ~std::ios::failbit); // which one that cannot tell its position may set
+    }
+    chain_ = std::make_unique<BRYXWriterChain>(*stream_, written_, configuration_);
+    MXFWriter& writer = chain_->writer;
+    gate_.setHandler(&writer.bodyReceiver());
+    muxer_ = std::make_unique<MXFGCMuxer>(gate_, writer.getLocator(), writer.getGrid());
+    if (configuration_.essenceLengthForm != klvutil::automaticBERLengthForm) {
+        muxer_->essenceReceiver().setFixedLengthForm(configuration_.essenceLengthForm);
+    }
     headerPack_.majorVersion = 1;
     headerPack_.minorVersion = configuration_.minorVersion;
     headerPack_.kagSize = configuration_.kagSize;
     headerPack_.operationalPattern = metadata.operationalPattern;
     headerPack_.essenceContainers = metadata.essenceContainers;
-    chain_->writer.structureReceiver().startStructure();
+    writer.structureReceiver().startStructure();
     startPartition(MXFPartitionKind::Header, configuration_.headerStatus, &metadata, {}, 0);
     endPartition();
-    headerPack_ = chain_->writer.structureReceiver().lastPack();
+    headerPack_ = writer.structureReceiver().lastPack();
     state_ = State::Between;
 }
 
-// ---- Bodies and their index ----
-
-BRYXWriterImpl::Container& BRYXWriterImpl::current() const {
-    return *current_;
-}
+// ---- Bodies ----
 
 void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
-    require(state_ != State::BeforeStart, "after start");
-    require(state_ == State::Between, "not in essence");
+    requireBetween();
+    const bool isBefore = configuration_.indexPlacement == Placement::BeforeEssence;
+    require(!isBefore || container.indexSID == 0 || !container.segments.empty(), "index table segments are given");
     const auto known = containers_.find(container.bodySID);
+    if (known == containers_.end()) {
+        requireUnique(bodySIDs_, container.bodySID, "unique body SID");
+        if (container.indexSID != 0) {
+            requireUnique(indexSIDs_, container.indexSID, "unique index SID");
+        }
+    }
     if (current_ != nullptr && (known == containers_.end() || known->second.get() != current_)) {
-        writePendingIndex();
+        // The next partition is another container's.
+        writeIndexPartition(newSegments(*current_));
     }
     if (known != containers_.end()) {
         current_ = known->second.get();
@@ -294,35 +329,32 @@ void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
                                                  configuration_.indexPlacement);
         current_ = containers_.emplace(container.bodySID, std::move(added)).first->second.get();
     }
-    current().isIndexed = false;
-    muxer_->setIndexer(current().indexer);
+    muxer_->setIndexer(current_->indexer);
     state_ = State::InEssence;
-    muxer_->padder().startStream(configuration_.kagSize);
     openBody();
+    gate_.isOpen = true;
+    muxer_->padder().startStream(configuration_.kagSize);
 }
 
 void BRYXWriterImpl::openBody() {
-    Container& now = current();
-    std::vector<MXFIndexTableSegment> segments;
-    if (configuration_.indexPlacement == Placement::AfterEssence) {
-        segments = pendingSegments(now, false);
-    } else if (configuration_.indexPlacement == Placement::BeforeEssence && now.octets == 0) {
-        segments = completed(now, now.container.segments);
+    Container& now = *current_;
+    Segments segments = newSegments(now);
+    if (configuration_.indexPlacement == Placement::BeforeEssence && isIndexed(now) && now.octets == 0) {
+        segments = complete(now, now.container.segments, 0);
     }
-    startPartition(MXFPartitionKind::Body, MXFPartitionStatus::ClosedComplete, nullptr, segments,
-                   now.container.bodySID);
+    startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, segments, now.container.bodySID);
     now.bodyStart = position();
     now.packagesBefore = now.indexer.contentPackages();
     now.indexer.startBody(now.bodyStart, now.octets);
 }
 
 void BRYXWriterImpl::closeBody() {
-    current().octets += position() - current().bodyStart;
+    current_->octets += position() - current_->bodyStart;
     endPartition();
 }
 
 void BRYXWriterImpl::cutBody() {
-    const Container& now = current();
+    const Container& now = *current_;
     const std::uint64_t octets = position() - now.bodyStart;
     const std::uint64_t units = now.indexer.contentPackages() - now.packagesBefore;
     const bool isFull = (configuration_.partitionSize != 0 && octets >= configuration_.partitionSize) ||
@@ -333,95 +365,37 @@ void BRYXWriterImpl::cutBody() {
     }
 }
 
-KLVHandler& BRYXWriterImpl::bodyReceiver() {
-    return chain_->writer.bodyReceiver();
-}
-
 void BRYXWriterImpl::startBodyPartition() {
     require(state_ == State::InEssence, "in essence");
+    require(!structure_->isInPackage(), "not in content package");
     closeBody();
     openBody();
 }
 
 void BRYXWriterImpl::endEssence() {
     require(state_ == State::InEssence, "in essence");
+    require(!structure_->isInPackage(), "not in content package");
     muxer_->padder().endStream();
+    gate_.isOpen = false;
     closeBody();
     state_ = State::Between;
-}
-
-std::vector<MXFIndexTableSegment> BRYXWriterImpl::completed(const Container& container,
-                                                            std::vector<MXFIndexTableSegment> segments) const {
-    for (MXFIndexTableSegment& segment : segments) {
-        segment.indexEditRate = container.container.editRate;
-        segment.indexSID = container.container.indexSID;
-        segment.bodySID = container.container.bodySID;
-        segment.instanceUID = configuration_.uidGenerator->generateUID();
-    }
-    return segments;
-}
-
-/// The segments that stand in no partition yet; if @p isLast, all segments.
-std::vector<MXFIndexTableSegment> BRYXWriterImpl::pendingSegments(Container& container, bool isLast) {
-    const bool isWanted =
-        configuration_.indexPlacement != Placement::None && container.container.indexSID != 0 && !container.isIndexed;
-    const bool isLate = container.container.isConstant || !container.container.segments.empty();
-    if (!isWanted || (isLate && !isLast)) {
-        return {};
-    }
-    if (!container.container.segments.empty()) {
-        return completed(container, container.container.segments);
-    }
-    if (container.container.isConstant) {
-        const MXFIndexTableSegment constant = container.indexer.constantSegment(container.octets);
-        if (constant.editUnitByteCount != 0) {
-            return completed(container, {constant});
-        }
-    }
-    // What stands in a partition already is repeated as it is.
-    std::int64_t first = container.indexedTo.empty() || isLast ? 0 : container.indexedTo.back();
-    if (container.indexer.editUnits() > (container.indexedTo.empty() ? 0 : container.indexedTo.back())) {
-        container.indexedTo.push_back(container.indexer.editUnits());
-    }
-    std::vector<MXFIndexTableSegment> segments;
-    for (const std::int64_t end : container.indexedTo) {
-        if (end > first) {
-            const auto batch = container.indexer.segments(first, end);
-            segments.insert(segments.end(), batch.begin(), batch.end());
-            first = end;
-        }
-    }
-    segments = completed(container, std::move(segments));
-    const std::size_t repeated = isLast ? std::min(segments.size(), container.segmentUIDs.size()) : 0;
-    for (std::size_t i = 0; i < segments.size(); ++i) {
-        if (i < repeated) {
-            segments[i].instanceUID = container.segmentUIDs[i];
-        } else {
-            container.segmentUIDs.push_back(segments[i].instanceUID);
-        }
-    }
-    return segments;
-}
-
-/// Writes the index table of the container that was written last into a partition of its own, since something else
-/// follows.
-void BRYXWriterImpl::writePendingIndex() {
-    const std::vector<MXFIndexTableSegment> segments = pendingSegments(current(), true);
-    current().isIndexed = true;
-    if (!segments.empty()) {
-        startPartition(MXFPartitionKind::Body, MXFPartitionStatus::ClosedComplete, nullptr, segments, 0);
-        endPartition();
+    const Container& now = *current_;
+    if (configuration_.indexPlacement == Placement::BeforeEssence && now.container.segments.size() == 1 &&
+        now.indexer.contentPackages() > 1) {
+        const std::uint64_t size = now.container.segments.front().editUnitByteCount;
+        require(size == 0 || now.octets == size * now.indexer.contentPackages(), "edit units have the size announced");
     }
 }
 
 KLVHandler& BRYXWriterImpl::startGenericStream(std::uint32_t bodySID) {
-    require(state_ != State::BeforeStart, "after start");
-    require(state_ == State::Between, "not in essence");
+    requireBetween();
+    requireUnique(bodySIDs_, bodySID, "unique body SID");
     startPartition(MXFPartitionKind::Body, MXFPartitionStatus::GenericStream, nullptr, {}, bodySID);
     state_ = State::InGenericStream;
-    MXFWriter& writer = chain_->writer;
+    gate_.isOpen = true;
+    const MXFWriter& writer = chain_->writer;
     genericStreamFiller_ = std::make_unique<KLVFiller>(writer.getGrid());
-    genericStreamFiller_->setHandler(&writer.bodyReceiver());
+    genericStreamFiller_->setHandler(&gate_);
     genericStreamFiller_->setLocator(writer.getLocator());
     genericStreamFiller_->setPadding(KLVFiller::Mode::Alignment, configuration_.kagSize, 0);
     genericStreamFiller_->startFilledItem();
@@ -429,42 +403,153 @@ KLVHandler& BRYXWriterImpl::startGenericStream(std::uint32_t bodySID) {
 }
 
 void BRYXWriterImpl::endGenericStream() {
-    require(state_ == State::InGenericStream, "in essence");
+    require(state_ == State::InGenericStream, "in generic stream");
     genericStreamFiller_->endFilledItem();
+    gate_.isOpen = false;
     endPartition();
     state_ = State::Between;
+}
+
+// ---- Index tables ----
+
+bool BRYXWriterImpl::isIndexed(const Container& container) const {
+    return configuration_.indexPlacement != Placement::None && container.container.indexSID != 0;
+}
+
+std::set<std::uint32_t> BRYXWriterImpl::indexedContainers() const {
+    std::set<std::uint32_t> result;
+    for (const auto& [bodySID, container] : containers_) {
+        if (isIndexed(*container) && container->container.segments.empty()) {
+            result.insert(bodySID);
+        }
+    }
+    return result;
+}
+
+/// Fills in what @p segments do not say. @p first is the number of the first one in the table: one that was written before
+/// has the instance UID that it had.
+BRYXWriterImpl::Segments BRYXWriterImpl::complete(Container& container, Segments segments, std::size_t first) {
+    for (MXFIndexTableSegment& segment : segments) {
+        segment.indexEditRate = container.container.editRate;
+        segment.indexSID = container.container.indexSID;
+        segment.bodySID = container.container.bodySID;
+        if (first == container.segmentUIDs.size()) {
+            container.segmentUIDs.push_back(configuration_.uidGenerator->generateUID());
+        }
+        segment.instanceUID = container.segmentUIDs[first++];
+    }
+    return segments;
+}
+
+/// The segments for what has been written since the last ones, if they stand behind their essence.
+BRYXWriterImpl::Segments BRYXWriterImpl::newSegments(Container& container) {
+    if (!isIndexed(container) || configuration_.indexPlacement != Placement::AfterEssence ||
+        container.container.isConstant || !container.container.segments.empty()) {
+        return {};
+    }
+    const std::int64_t end = container.indexer.editUnits();
+    const std::int64_t first = container.indexedTo.empty() ? 0 : container.indexedTo.back();
+    if (end == first) {
+        return {};
+    }
+    Segments segments = complete(container, container.indexer.segments(first, end), container.segmentUIDs.size());
+    container.indexedTo.push_back(end);
+    return segments;
+}
+
+/// The whole table. What stands in partitions already is repeated as it is.
+BRYXWriterImpl::Segments BRYXWriterImpl::allSegments(Container& container) {
+    if (!isIndexed(container)) {
+        return {};
+    }
+    if (!container.container.segments.empty()) {
+        return complete(container, container.container.segments, 0);
+    }
+    if (container.container.isConstant) {
+        const MXFIndexTableSegment constant = container.indexer.constantSegment(container.octets);
+        if (constant.editUnitByteCount != 0) {
+            return complete(container, {constant}, 0);
+        }
+    }
+    Segments segments;
+    std::vector<std::int64_t> ends = container.indexedTo;
+    ends.push_back(container.indexer.editUnits());
+    std::int64_t first = 0;
+    for (const std::int64_t end : ends) {
+        const Segments batch = container.indexer.segments(first, end);
+        segments.insert(segments.end(), batch.begin(), batch.end());
+        first = end;
+    }
+    return complete(container, std::move(segments), 0);
+}
+
+void BRYXWriterImpl::writeIndexPartition(const Segments& segments) {
+    if (!segments.empty()) {
+        startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, segments, 0);
+        endPartition();
+    }
 }
 
 // ---- The end ----
 
 bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
-    require(state_ != State::BeforeStart, "after start");
-    require(state_ != State::Finished, "not finished");
-    require(state_ == State::Between, "not in essence");
-    const auto segments = current_ != nullptr ? pendingSegments(current(), true) : std::vector<MXFIndexTableSegment>();
-    startPartition(MXFPartitionKind::Footer, MXFPartitionStatus::ClosedComplete, &metadata, segments, 0);
+    requireBetween();
+    for (const auto& [bodySID, container] : containers_) {
+        if (container.get() != current_) {
+            writeIndexPartition(allSegments(*container));
+        }
+    }
+    startPartition(MXFPartitionKind::Footer, configuration_.footerStatus, &metadata,
+                   current_ == nullptr ? Segments() : allSegments(*current_), 0);
     endPartition();
-    const std::uint64_t footer = chain_->writer.structureReceiver().lastPack().thisPartition;
-    chain_->writer.structureReceiver().randomIndex(randomIndex_);
-    chain_->writer.structureReceiver().endStructure();
+    MXFStructureCoder& structure = chain_->writer.structureReceiver();
+    const std::uint64_t footer = structure.lastPack().thisPartition;
+    structure.randomIndex(randomIndex_);
+    structure.endStructure();
     state_ = State::Finished;
-    return rewriteHeader(metadata, footer);
-}
-
-bool BRYXWriterImpl::rewriteHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer) {
-    const std::uint64_t space = headerPack_.headerByteCount;
-    const std::uint64_t size =
-        sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
-    const bool fits = size == space || (size < space && space - size >= leastFill);
-    if (base_ < 0 || !fits || metadata.essenceContainers.size() != headerPack_.essenceContainers.size()) {
+    if (base_ < 0) {
         return false;
     }
     const std::streampos end = stream_->tellp();
+    tellFooter(footer);
+    const bool isClosed = closeHeader(metadata, footer);
+    stream_->seekp(end);
+    require(static_cast<bool>(stream_->flush()), "successful write()");
+    return isClosed;
+}
+
+/// Writes the offset of the footer partition into the packs of the body partitions.
+void BRYXWriterImpl::tellFooter(std::uint64_t footer) {
+    const std::size_t packSize = mxfutil::writePartitionPack(headerPack_).size();
+    const std::uint64_t head =
+        klvutil::keySize +
+        klvutil::berLengthFieldSize(klvutil::fittingBERLengthForm(configuration_.packLengthForm, packSize));
+    // Two versions, KAG size, this and previous partition come before it.
+    const std::uint64_t field = head + 2 + 2 + 4 + 8 + 8;
+    std::uint8_t octets[8];
+    util::storeBigEndian(octets, footer, sizeof octets);
+    for (std::size_t i = 1; i + 1 < randomIndex_.size(); ++i) {
+        stream_->seekp(base_ + static_cast<std::streamoff>(randomIndex_[i].byteOffset + field));
+        require(static_cast<bool>(stream_->write(reinterpret_cast<const char*>(octets), sizeof octets)),
+                "successful write()");
+    }
+}
+
+/// Writes the header partition again, closed and complete, if @p metadata fits in it.
+bool BRYXWriterImpl::closeHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer) {
+    const auto sendSets = [&](KLVHandler& handler) {
+        sendMetadata(handler, metadata, configuration_.metadataLengthForm);
+    };
+    const std::uint64_t space = headerPack_.headerByteCount;
+    const std::uint64_t size = sizeOf(sendSets);
+    const bool fits = size == space || (size < space && space - size >= leastFill);
+    if (!fits || metadata.essenceContainers.size() != headerPack_.essenceContainers.size()) {
+        return false;
+    }
     stream_->seekp(base_);
     BRYXWriterChain chain(*stream_, written_, configuration_);
     MXFStructureCoder& structure = chain.writer.structureReceiver();
-    KLVStreamPadder& receiver = chain.writer.headerMetadataReceiver();
-    receiver.setPadding(KLVFiller::Mode::FixedLength, headerPack_.kagSize, space);
+    chain.writer.headerMetadataReceiver().setPadding(KLVFiller::Mode::FixedLength, headerPack_.kagSize, space);
     MXFPartitionPack pack = headerPack_;
     pack.footerPartition = footer;
     pack.operationalPattern = metadata.operationalPattern;
@@ -472,18 +557,16 @@ bool BRYXWriterImpl::rewriteHeader(const BRYXHeaderMetadata& metadata, std::uint
     const KLVKey key = mxfutil::partitionPackKey(MXFPartitionKind::Header, MXFPartitionStatus::ClosedComplete);
     structure.startStructure();
     structure.startPartition(key, pack, 0);
-    sendRegion(receiver,
-               [&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
+    sendRegion(chain.writer.headerMetadataReceiver(), sendSets);
     structure.endPartition(key);
     structure.endStructure();
-    require(static_cast<bool>(stream_->seekp(end)), "successful write()");
     return true;
 }
 
 // ---- The verifying writer ----
 
 VerifyingBRYXWriterImpl::VerifyingBRYXWriterImpl(std::shared_ptr<std::iostream> stream)
-    : stream_(std::move(stream)), start_(stream_->tellp()), writer_(stream_, stream_.get()) {}
+    : stream_(std::move(stream)), writer_(stream_, stream_.get()) {}
 
 VerifyingBRYXWriterImpl::~VerifyingBRYXWriterImpl() = default;
 
@@ -491,6 +574,7 @@ void VerifyingBRYXWriterImpl::setConfiguration(const BRYXWriterConfiguration& co
     writer_.setConfiguration(configuration);
 }
 void VerifyingBRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
+    start_ = stream_->tellp();
     writer_.start(metadata);
 }
 void VerifyingBRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
@@ -527,16 +611,7 @@ std::uint64_t VerifyingBRYXWriterImpl::position() const {
 bool VerifyingBRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     const bool isClosed = writer_.finish(metadata);
     const std::streampos end = stream_->tellp();
-    stream_->seekg(start_);
-    Objector objector;
-    MXFReader reader;
-    reader.setErrorHandler(&objector);
-    try {
-        reader.read(*stream_);
-    } catch (const klvutil::parse_error& error) {
-        throw VerifyingKLVHandler::exception(std::string("the file does not read back as written: ") + error.what());
-    }
-    stream_->clear();
+    verifyFile(*stream_, start_, writer_.indexedContainers());
     stream_->seekp(end);
     return isClosed;
 }

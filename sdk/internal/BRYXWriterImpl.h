@@ -3,9 +3,11 @@
 #include <istream>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "klv/KLVFillItemKeyFilter.h"
+#include "klv/KLVFilter.h"
 #include "klv/VerifyingKLVHandler.h"
 #include "mxf/engines/MXFWriter.h"
 #include "mxf/essence/MXFGCEssenceCoder.h"
@@ -14,6 +16,7 @@
 #include "mxf/essence/MXFGCStructureFilter.h"
 #include "mxf/structure/MXFRandomIndex.h"
 #include "sdk/BRYXWriter.h"
+#include "util/assertion_failure.h"
 
 /// The chain to a stream: what MXFWriter assembles, with a key filter for fill in it, and a verifier if that is wanted.
 class BRYXWriterChain {
@@ -28,8 +31,19 @@ private:
     std::unique_ptr<VerifyingKLVHandler> verifying_;
 };
 
+/// Lets body triplets pass as long as it is open.
+class BRYXBodyGate final : public ActionKLVFilter {
+public:
+    bool isOpen = false;
+
+private:
+    void before() override { util::require(isOpen, "in essence"); }
+    void after() override {}
+};
+
 class BRYXWriterImpl : public BRYXWriter {
 public:
+    /// @param written the same stream, to read back from; null for no verification
     explicit BRYXWriterImpl(std::shared_ptr<std::ostream> stream, std::iostream* written = nullptr);
     ~BRYXWriterImpl() override;
 
@@ -47,37 +61,47 @@ public:
     bool finish(const BRYXHeaderMetadata& metadata) override;
     std::uint64_t position() const override;
 
+    /// The essence containers with an index table of the writer's making.
+    std::set<std::uint32_t> indexedContainers() const;
+
 private:
     enum class State : std::uint8_t { BeforeStart, Between, InEssence, InGenericStream, Finished };
+    using Segments = std::vector<MXFIndexTableSegment>;
     struct Container;
     class PartitionCutter;
 
+    void requireBetween() const;
+    MXFGCMuxer& muxer() const;
+    void requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition);
     void startPartition(MXFPartitionKind kind, MXFPartitionStatus status, const BRYXHeaderMetadata* metadata,
-                        const std::vector<MXFIndexTableSegment>& segments, std::uint32_t bodySID);
+                        const Segments& segments, std::uint32_t bodySID);
     void endPartition();
+    void writeIndexPartition(const Segments& segments);
     void openBody();
     void closeBody();
     void cutBody();
-    void writePendingIndex();
-    std::vector<MXFIndexTableSegment> pendingSegments(Container& container, bool isLast);
-    std::vector<MXFIndexTableSegment> completed(const Container& container,
-                                                std::vector<MXFIndexTableSegment> segments) const;
-    bool rewriteHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer);
-    Container& current() const;
+    bool isIndexed(const Container& container) const;
+    Segments newSegments(Container& container);
+    Segments allSegments(Container& container);
+    Segments complete(Container& container, Segments segments, std::size_t first);
+    bool closeHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer);
+    void tellFooter(std::uint64_t footer);
 
     std::shared_ptr<std::ostream> stream_;
     std::iostream* written_;
     BRYXWriterConfiguration configuration_;
-    std::streamoff base_; ///< where the file begins; -1 if the stream cannot seek
+    std::streamoff base_ = -1; ///< where the file begins; -1 if the stream cannot seek
     std::unique_ptr<BRYXWriterChain> chain_;
+    BRYXBodyGate gate_;
 
     State state_ = State::BeforeStart;
-    BRYXHeaderMetadata metadata_; ///< as it was at the start
     MXFPartitionPack headerPack_;
     KLVKey partitionKey_;
     MXFRandomIndex randomIndex_;
     std::unique_ptr<KLVFiller> genericStreamFiller_;
 
+    std::set<std::uint32_t> bodySIDs_;
+    std::set<std::uint32_t> indexSIDs_;
     std::map<std::uint32_t, std::unique_ptr<Container>> containers_; ///< by body SID
     Container* current_ = nullptr; ///< the one that is written, or that was written last
     std::unique_ptr<MXFGCMuxer> muxer_;
@@ -106,6 +130,6 @@ public:
 
 private:
     std::shared_ptr<std::iostream> stream_;
-    std::streampos start_;
+    std::streampos start_ = 0;
     BRYXWriterImpl writer_;
 };

@@ -151,19 +151,21 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
                 const MXFPartitionPack& footer = reading.body.partitions.pack;
                 EXPECT_EQ(footer.footerPartition, footer.thisPartition);
 
-                // The same again, and to a pipe: but for the header partition, which stays open, the same octets.
+                // The same again; and to a pipe, where the header partition stays open, and no partition but the footer
+                // knows where that is.
                 const auto again = std::make_shared<std::stringstream>();
                 writeFile(*createBRYXWriter(again), configuration);
-                EXPECT_EQ(again->str(), file->str()) << what;
+                EXPECT_TRUE(again->str() == file->str()) << what;
                 const auto pipe = std::make_shared<OutputPipe>();
                 EXPECT_FALSE(writeFile(*createBRYXWriter(pipe), configuration)) << what;
                 const std::string piped = pipe->octets();
                 ASSERT_EQ(piped.size(), file->str().size()) << what;
-                EXPECT_EQ(piped.substr(200), file->str().substr(200)) << what;
                 EXPECT_EQ(piped[14], 1) << "open and incomplete";
                 EXPECT_EQ(file->str()[14], 4) << "closed and complete";
                 std::istringstream input(piped);
-                EXPECT_EQ(joined(Reading(input).log), "") << what;
+                Reading ofPipe(input);
+                EXPECT_EQ(joined(ofPipe.log), "") << what;
+                EXPECT_TRUE(ofPipe.body.packages == reading.body.packages) << what;
             }
         }
     }
@@ -219,7 +221,7 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "valid BER length form");
     configuration = {};
     configuration.headerStatus = MXFPartitionStatus::GenericStream;
-    EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "header partition status");
+    EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "valid partition status");
     EXPECT_EQ(failed([&] { writer->startEssence({}); }), "after start");
     EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "after start");
     writer->start(metadata());
