@@ -6,7 +6,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <malloc.h>
 #include <memory>
+#include <ostream>
+#include <streambuf>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -45,7 +48,7 @@ std::uint64_t plainWrite() {
     return std::filesystem::file_size(target());
 }
 
-std::uint64_t writer(bool isIndexed) {
+const BRYXHeaderMetadata& metadata() {
     static const BRYXHeaderMetadata metadata = [] {
         const auto preface = Preface::create();
         preface->setOperationalPattern({});
@@ -54,23 +57,52 @@ std::uint64_t writer(bool isIndexed) {
         preface->setContentStorage(ContentStorage::create());
         return toBRYXHeaderMetadata(preface);
     }();
-    const auto writer = createBRYXWriter(std::make_shared<std::ofstream>(target(), std::ios::binary));
-    writer->start(metadata);
-    BRYXEssenceContainer container;
-    container.indexSID = isIndexed ? 2 : 0;
-    writer->startEssence(container);
-    MXFGCStructureHandler& structure = writer->structureReceiver();
-    MXFGCEssenceHandler& essence = writer->essenceReceiver();
-    for (int i = 0; i < elements; ++i) {
+    return metadata;
+}
+
+void writePackages(BRYXWriter& writer, int count, std::size_t size) {
+    MXFGCStructureHandler& structure = writer.structureReceiver();
+    MXFGCEssenceHandler& essence = writer.essenceReceiver();
+    for (int i = 0; i < count; ++i) {
         structure.startContentPackage();
         structure.startElement(pictureKey);
-        essence.pictureElement(pictureKey, element().data(), elementSize, 0);
+        essence.pictureElement(pictureKey, element().data(), size, 0);
         structure.endElement(pictureKey);
         structure.endContentPackage();
     }
+}
+
+std::uint64_t writer(bool isIndexed) {
+    const auto writer = createBRYXWriter(std::make_shared<std::ofstream>(target(), std::ios::binary));
+    writer->start(metadata());
+    BRYXEssenceContainer container;
+    container.indexSID = isIndexed ? 2 : 0;
+    writer->startEssence(container);
+    writePackages(*writer, elements, elementSize);
     writer->endEssence();
-    writer->finish(metadata);
+    writer->finish(metadata());
     return std::filesystem::file_size(target());
+}
+
+/// The octets of memory that a content package takes while a file of 100,000 is written.
+double memoryPerPackage(bool isIndexed) {
+    struct Nowhere : std::streambuf {
+        std::streamsize xsputn(const char* /*data*/, std::streamsize size) override { return size; }
+    } nowhere;
+    const auto writer = createBRYXWriter(std::make_shared<std::ostream>(&nowhere));
+    BRYXWriterConfiguration configuration;
+    configuration.indexPlacement = BRYXWriterConfiguration::IndexPlacement::Footer;
+    configuration.partitionDuration = 1000;
+    writer->setConfiguration(configuration);
+    writer->start(metadata());
+    BRYXEssenceContainer container;
+    container.indexSID = isIndexed ? 2 : 0;
+    writer->startEssence(container);
+    constexpr int packages = 100000;
+    const struct mallinfo2 before = mallinfo2();
+    writePackages(*writer, packages, 64);
+    const struct mallinfo2 after = mallinfo2();
+    return static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) / packages;
 }
 
 template <class Work>
@@ -94,6 +126,14 @@ void add(const char* name, Work work) {
 } // namespace
 
 void registerWriting() {
+    // An entry of the index to be, in a vector that grows by doubling; and next to nothing without one.
+    const double indexed = memoryPerPackage(true);
+    const double plain = memoryPerPackage(false);
+    std::printf("writing 100,000 content packages: %.2f octets each, without index %.2f\n", indexed, plain);
+    if (indexed > 48 || plain > 1) {
+        std::fprintf(stderr, "memory grows with the file\n");
+        std::exit(1);
+    }
     add("writing-200KB/write(2)", plainWrite);
     add("writing-200KB/BRYXWriter", [] { return writer(false); });
     add("writing-200KB/BRYXWriter-indexed", [] { return writer(true); });
