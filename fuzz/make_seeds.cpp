@@ -61,9 +61,9 @@ int main(int argc, char** argv) {
     const auto model = builtModel();
     const auto storage = model->getContentStorage();
     const auto material = std::dynamic_pointer_cast<MaterialPackage>(storage->getPackageAt(0));
-    for (const std::string& seed :
-         {whole, "run-in" + whole, whole.substr(0, 300), coded(model, factory),
-          coded((storage->removePackageAt(0), material), factory), builtBody(), builtIndex()}) {
+    for (const std::string& seed : {whole, "run-in" + whole, whole.substr(0, 300), coded(model, factory),
+                                    coded((storage->removePackageAt(0), material), factory), builtBody(),
+                                    builtBody() + builtBody(), builtIndex()}) {
         std::ofstream file(argv[1] + ("/seed" + std::to_string(seed.size())), std::ios::binary);
         file << seed << '\0';
         if (!file.flush()) {

@@ -181,18 +181,18 @@ TEST(GCSplitter, CutsContentPackages) {
 
 TEST(GCSplitter, DeliversElements) {
     Receiver receiver;
-    EXPECT_EQ(read(octets::klv(system(0x05), "M") +
-                       octets::klv(system(0x53, 2), octets::of({1, 2, 0, 1, 'a', 1, 3, 0, 0, 0, 9, 0, 1, 'b'})) +
-                       octets::klv(system(0x04, 3), "") +
-                       octets::klv(system(0x44, 4), octets::of({0, 2, 'x', 'y', 0, 0})) +
-                       octets::klv(element(0x15), "ABC") + octets::klv(element(0x16), "", 0x87) +
-                       octets::klv(element(0x17), "D", 0x87) + octets::klv(element(0x18), "E", 0x83),
-                   receiver),
-              "start 0; {; <04010100; form 131; pack M; 04010100>; <04010102; set 258=a 259= 9=b; 04010102>; <04010103; "
-              "items; 04010103>; <04010104; items 0=xy 0=; 04010104>; "
-              "<15010501; wants 15010501 3; picture 3 0; 15010501>; <16010501; form 135; wants 16010501 0; "
-              "sound 0 0 null; 16010501>; <17010501; wants 17010501 1; data 1 0; 17010501>; <18010501; form 131; "
-              "wants 18010501 1; compound 1 0; 18010501>; }; end");
+    EXPECT_EQ(
+        read(octets::klv(system(0x05), "M") +
+                 octets::klv(system(0x53, 2), octets::of({1, 2, 0, 1, 'a', 1, 3, 0, 0, 0, 9, 0, 1, 'b'})) +
+                 octets::klv(system(0x04, 3), "") + octets::klv(system(0x44, 4), octets::of({0, 2, 'x', 'y', 0, 0})) +
+                 octets::klv(element(0x15), "ABC") + octets::klv(element(0x16), "", 0x87) +
+                 octets::klv(element(0x17), "D", 0x87) + octets::klv(element(0x18), "E", 0x83),
+             receiver),
+        "start 0; {; <04010100; form 131; pack M; 04010100>; <04010102; set 258=a 259= 9=b; 04010102>; <04010103; "
+        "items; 04010103>; <04010104; items 0=xy 0=; 04010104>; "
+        "<15010501; wants 15010501 3; picture 3 0; 15010501>; <16010501; form 135; wants 16010501 0; "
+        "sound 0 0 null; 16010501>; <17010501; wants 17010501 1; data 1 0; 17010501>; <18010501; form 131; "
+        "wants 18010501 1; compound 1 0; 18010501>; }; end");
     EXPECT_EQ(receiver.octets, "ABCDE");
 
     Receiver uninterested;

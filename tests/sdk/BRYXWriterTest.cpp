@@ -129,12 +129,12 @@ struct Reading {
 TEST(BRYXWriter, WritesFilesInAllLayouts) {
     for (const std::uint32_t kagSize : {0U, 1U, 512U, 65536U}) {
         for (const Placement placement : {Placement::Footer, Placement::AfterEssence}) {
-            for (const std::uint8_t form : {std::uint8_t{0x83}, std::uint8_t{0x84}, std::uint8_t{0x88}}) {
+            for (const int form : {1, 0x81, 0x82, 0x83, 0x84, 0x85, 0x86, 0x87, 0x88}) {
                 BRYXWriterConfiguration configuration;
                 configuration.kagSize = kagSize;
                 configuration.indexPlacement = placement;
-                configuration.packLengthForm = configuration.metadataLengthForm = form;
-                configuration.essenceLengthForm = form;
+                configuration.packLengthForm = configuration.metadataLengthForm = static_cast<std::uint8_t>(form);
+                configuration.essenceLengthForm = static_cast<std::uint8_t>(form);
                 configuration.fillKeyVersion = form == 0x84 ? 2 : 1;
                 configuration.partitionDuration = form == 0x83 ? 3 : 0;
                 configuration.partitionSize = form == 0x84 ? 2000 : 0;
