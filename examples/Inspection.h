@@ -21,13 +21,12 @@
 #include "klv/parse_error.h"
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/essence/MXFGCSplitter.h"
-#include "mxf/essence/MXFPDProxySystemParser.h"
-#include "mxf/essence/MXFSDTICPSystemParser.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "sdk/BRYXMetadataFactory.h"
+#include "sdk/BRYXSystemParser.h"
 
 /// @file
 /// The handlers through which inspect learns what a file holds. Each keeps what the report needs and no more: however
@@ -422,30 +421,22 @@ private:
 
 /// Counts content packages, and keeps the timecodes that the system items of the first and of the last one have.
 class PackageCollector final : public DullMXFGCStructureHandler,
-                               public MXFGCSystemHandler,
                                public MXFSDTICPSystemHandler,
                                public MXFPDProxySystemHandler {
 public:
     explicit PackageCollector(FindingCollector& findings) {
-        sdtiCP_.setErrorHandler(&findings);
-        pdProxy_.setErrorHandler(&findings);
+        system_.setSDTICPSystemHandler(this);
+        system_.setPDProxySystemHandler(this);
+        system_.setErrorHandler(&findings);
     }
+
+    MXFGCSystemHandler& systemHandler() { return system_; }
 
     void startContentPackage() override {
         ++count_;
         last_.reset();
     }
-    void endStream() override { sdtiCP_.endSystemItems(); }
-
-    // Two schemes of system items are known, which the item type in the key tells apart.
-    bool wantsSystemElement(const KLVKey& key) override { return parserOf(key).wantsSystemElement(key); }
-    void localSet(const KLVKey& key, const MXFGCItems& items) override { parserOf(key).localSet(key, items); }
-    void fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) override {
-        parserOf(key).fixedLengthPack(key, data, size);
-    }
-    void variableLengthPack(const KLVKey& key, const MXFGCItems& items) override {
-        parserOf(key).variableLengthPack(key, items);
-    }
+    void endStream() override { system_.endSystemItems(); }
 
     void systemMetadata(const MXFSystemMetadataPack& pack) override {
         const auto user = mxfutil::stampTimecode(pack, pack.userStamp);
@@ -468,13 +459,6 @@ public:
     const boost::optional<Timecode>& lastTimecode() const { return last_; }
 
 private:
-    MXFGCSystemHandler& parserOf(const KLVKey& key) {
-        if (key[12] == 0x14) {
-            return pdProxy_;
-        }
-        return sdtiCP_;
-    }
-
     void found(const boost::optional<Timecode>& timecode) {
         last_ = timecode;
         if (count_ == 1) {
@@ -482,8 +466,7 @@ private:
         }
     }
 
-    MXFSDTICPSystemParser sdtiCP_{this};
-    MXFPDProxySystemParser pdProxy_{this};
+    BRYXSystemParser system_;
     std::uint64_t count_ = 0;
     boost::optional<Timecode> first_;
     boost::optional<Timecode> last_;
@@ -498,7 +481,7 @@ class BodyCounter final : public MXFGCSplitter {
 public:
     BodyCounter(FindingCollector& findings, ProgressBar& progress) : packages_(findings), progress_(progress) {
         setStructureHandler(&packages_);
-        setSystemHandler(&packages_);
+        setSystemHandler(&packages_.systemHandler());
         setErrorHandler(&findings);
     }
 

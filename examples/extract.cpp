@@ -25,8 +25,8 @@
 #include "mxf/engines/MXFReader.h"
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
-#include "mxf/essence/MXFGCSplitter.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "sdk/BRYXEssenceSplitter.h"
 #include "util/byte_order.h"
 
 namespace {
@@ -140,20 +140,17 @@ private:
     std::ofstream file_;
 };
 
-/// Cuts elements as a Generic Container has them, and those with the selected key, whatever it is.
-class Splitter final : public MXFGCSplitter {
+/// Takes as essence what a Generic Container has, and what is selected, whatever it is.
+class Classifier final : public BRYXGCEssenceKeyClassifier {
 public:
-    Splitter(const Selection& selection, MXFGCEssenceHandler& handler)
-        : MXFGCSplitter(nullptr, nullptr, &handler), selection_(selection) {}
+    explicit Classifier(const Selection& selection) : selection_(selection) {}
+
+    MXFGCEssenceKind classify(const KLVKey& key) const override {
+        const MXFGCEssenceKind kind = mxfutil::gcEssenceKind(key);
+        return kind == MXFGCEssenceKind::None && selection_.includes(key) ? MXFGCEssenceKind::Data : kind;
+    }
 
 private:
-    bool isEssenceElement(const KLVKey& key) const override {
-        return selection_.includes(key) || MXFGCSplitter::isEssenceElement(key);
-    }
-    bool isDataElement(const KLVKey& key) const override {
-        return selection_.includes(key) || MXFGCSplitter::isDataElement(key);
-    }
-
     const Selection& selection_;
 };
 
@@ -231,7 +228,9 @@ int extract(std::istream& file, const Selection& selection, Output& out) {
     ProgressBar progress(sizeOf(file));
     ErrorPrinter errors(progress);
     Extractor extractor(selection, out, progress, errors);
-    Splitter splitter(selection, extractor);
+    const Classifier classifier(selection);
+    BRYXEssenceSplitter splitter(nullptr, nullptr, &extractor);
+    splitter.setEssenceKeyClassifier(&classifier);
     MXFReader reader;
     reader.setStructureHandler(&extractor);
     reader.setBodyHandler(&splitter);

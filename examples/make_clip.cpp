@@ -41,6 +41,7 @@
 #include "mxf/metadata/structural/SourcePackage.h"
 #include "mxf/metadata/structural/TimecodeComponent.h"
 #include "mxf/metadata/structural/TimelineTrack.h"
+#include "sdk/BRYXVersion.h"
 #include "sdk/BRYXWriter.h"
 #include "timecode/TimecodeCalculator.h"
 #include "util/byte_order.h"
@@ -189,6 +190,8 @@ std::shared_ptr<Preface> makeMetadata(std::int64_t duration) {
     identification->setCompanyName(L"Bryx");
     identification->setProductName(L"make_clip");
     identification->setVersionString(L"1.0");
+    identification->setToolkitVersion(getBRYXToolkitVersion());
+    identification->setPlatform(getBRYXPlatform());
     identification->setProductUID(
         {{0x5e, 0x0c, 0x52, 0x7d, 0x3a, 0x91, 0x4c, 0x1f, 0x8d, 0x66, 0x2b, 0x90, 0xf3, 0x17, 0xd8, 0x4a}});
 

@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include "klv/DullErrorHandler.h"
+#include "klv/GenericKLVReader.h"
+#include "klv/InputLocator.h"
+#include "sdk/BRYXEssenceSplitter.h"
+#include "sdk/BRYXOverridableLocator.h"
+#include "sdk/BRYXSystemParser.h"
+#include "sdk/BRYXVersion.h"
+#include "support/Failure.h"
+#include "support/Octets.h"
+#include "support/Recorders.h"
+
+TEST(BRYXOverridableLocator, TellsPositionsDuringAndAfterReading) {
+    const auto locator = std::make_shared<BRYXOverridableLocator>();
+    const auto told = [&] { return std::streamoff{locator->streampos()}; };
+    EXPECT_EQ(failure([&] { told(); }), "has locator");
+    EXPECT_EQ(failure([&] { locator->endStream(); }), "has locator");
+
+    struct Asker : DullErrorHandler {
+        const Locator* locator = nullptr;
+        std::vector<std::streamoff> positions;
+        void setLocator(const Locator& l) override { locator = &l; }
+        void error(const util::uuid&, const std::string&) override { positions.push_back(locator->streampos()); }
+    };
+    const auto asker = std::make_shared<Asker>();
+    BRYXOverridableLocator::ErrorHandler handler(asker, locator);
+    std::streampos outer = 10;
+    std::streampos inner = 20;
+    const InputLocator outerLocator(outer);
+    const InputLocator innerLocator(inner);
+    handler.setLocator(outerLocator);
+    handler.startStream();
+    EXPECT_EQ(asker->locator, locator.get());
+    handler.setLocator(innerLocator);
+    handler.startStream();
+    handler.error({}, "inner");
+    locator->overrideLocator(5);
+    handler.error({}, "something read before");
+    locator->restoreLocator();
+    handler.endStream();
+    outer = 11;
+    handler.error({}, "outer");
+    handler.endStream();
+    handler.error({}, "when all is over");
+    EXPECT_EQ(asker->positions, (std::vector<std::streamoff>{20, 5, 11, 11}));
+    EXPECT_EQ(failure([&] { BRYXOverridableLocator::ErrorHandler(nullptr, locator); }), "error handler is present");
+}
+
+TEST(BRYXEssenceSplitter, AsksItsClassifier) {
+    struct Private : BRYXGCEssenceKeyClassifier {
+        MXFGCEssenceKind classify(const KLVKey& key) const override {
+            return key == keys::item ? MXFGCEssenceKind::Sound : MXFGCEssenceKind::None;
+        }
+    } classifier;
+    struct : BRYXEssenceSplitter {
+        using BRYXEssenceSplitter::isEssenceElement;
+        using BRYXEssenceSplitter::isPictureElement;
+        using BRYXEssenceSplitter::isSoundElement;
+    } splitter;
+    EXPECT_TRUE(splitter.isEssenceElement(keys::picture) && splitter.isPictureElement(keys::picture));
+    EXPECT_FALSE(splitter.isEssenceElement(keys::item));
+    splitter.setEssenceKeyClassifier(&classifier);
+    EXPECT_FALSE(splitter.isEssenceElement(keys::picture) || splitter.isPictureElement(keys::picture));
+    EXPECT_TRUE(splitter.isEssenceElement(keys::item) && splitter.isSoundElement(keys::item));
+}
+
+TEST(BRYXSystemParser, TellsTheSchemesApart) {
+    struct Receiver : MXFPDProxySystemHandler {
+        int proxies = 0;
+        void pdProxyMetadata(const MXFPDProxyMetadata&, const MXFGCItems&) override { ++proxies; }
+    } receiver;
+    BRYXSystemParser parser;
+    EXPECT_FALSE(parser.wantsSystemElement(mxfutil::pdProxySetKey));
+    EXPECT_FALSE(parser.wantsSystemElement(mxfutil::sdtiCPSystemMetadataKey));
+    parser.setPDProxySystemHandler(&receiver);
+    EXPECT_TRUE(parser.wantsSystemElement(mxfutil::pdProxySetKey));
+    EXPECT_FALSE(parser.wantsSystemElement(mxfutil::sdtiCPSystemMetadataKey));
+    parser.localSet(mxfutil::pdProxySetKey, {});
+    EXPECT_EQ(receiver.proxies, 1);
+    EXPECT_EQ(getBRYXToolkitVersion().build, 143);
+    EXPECT_EQ(getBRYXPlatform(), L"Bryxsuite (Win32)");
+}
