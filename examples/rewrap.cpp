@@ -42,13 +42,12 @@
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
-#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
-#include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/metadata/structural/Preface.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "sdk/BRYXMetadataFactory.h"
+#include "sdk/BRYXMetadataParser.h"
 #include "sdk/BRYXWriter.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
@@ -135,37 +134,27 @@ struct Metadata {
 };
 
 /// Collects the header metadata of each region: the last one of those that are closed and complete, or else open.
-class MetadataCollector final : public MXFMetadataHandler, private MXFMetadataModelHandler, private DullErrorHandler {
+class MetadataCollector final : public MXFMetadataHandler, public MXFMetadataModelHandler, private DullErrorHandler {
 public:
-    explicit MetadataCollector(ErrorPrinter& errors) : others_(errors) {
-        headerParser_.setErrorHandler(&errors);
-        headerParser_.setHandler(&others_);
-        modelParser_.setErrorHandler(this);
+    explicit MetadataCollector(ErrorPrinter& errors) : errors_(errors), others_(errors) {
+        parser_.setErrorHandler(this);
+        parser_.setOtherHandler(&others_);
         // The factory shares its error handler. This one is nobody's to delete.
-        factory_.setErrorHandler({std::shared_ptr<void>(), static_cast<ErrorHandler*>(this)});
+        factory_.setErrorHandler({std::shared_ptr<void>(), static_cast<ErrorHandler*>(&remarks_)});
     }
 
-    KLVHandler& handler() { return headerParser_; }
+    KLVHandler& handler() { return parser_.handler(); }
     void partition(MXFPartitionStatus status) { status_ = status; }
     const Metadata* found() const { return hasFound_ ? &found_ : nullptr; }
 
     void startMetadata() override {
         region_ = {};
         isWhole_ = true;
-        modelParser_.startMetadata();
     }
     void primer(const Primer& primer) override { region_.primer = primer; }
     bool handlesSet(const KLVKey& /*key*/) override { return true; }
-    void primedSet(MXFPrimedSet& set) override {
-        region_.sets.push_back(set);
-        if (modelParser_.handlesSet(set.key)) {
-            modelParser_.primedSet(set);
-        } else {
-            isWhole_ = false;
-        }
-    }
+    void primedSet(MXFPrimedSet& set) override { region_.sets.push_back(std::move(set)); }
     void endMetadata() override {
-        modelParser_.endMetadata();
         if (!isWhole_) {
             region_.root.reset();
         }
@@ -181,16 +170,15 @@ public:
     }
 
 private:
-    // The model's own start and end are those of the region.
-    class Sink final : public MXFMetadataModelHandler {
+    // What is remarked on about values is not lost, since sets are copied as they are.
+    class Remarks final : public DullErrorHandler {
     public:
-        explicit Sink(MetadataCollector& collector) : collector_(collector) {}
-        void startMetadata() override {}
-        void endMetadata() override {}
-        void model(const Model& model) override { collector_.model(model); }
+        explicit Remarks(bool& isWhole) : isWhole_(isWhole) {}
+        void warning(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
+        void error(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
 
     private:
-        MetadataCollector& collector_;
+        bool& isWhole_;
     };
 
     // What is neither the primer nor a set has no place in what is written.
@@ -227,13 +215,16 @@ private:
 
     // Whatever is remarked on may not come out of the model as it went in.
     void warning(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
-    void error(const util::uuid& /*id*/, const std::string& /*message*/) override { isWhole_ = false; }
+    void error(const util::uuid& id, const std::string& message) override {
+        isWhole_ = false;
+        errors_.error(id, message);
+    }
 
-    Sink sink_{*this};
+    ErrorPrinter& errors_;
     Others others_;
+    Remarks remarks_{isWhole_};
     BRYXMetadataFactory factory_;
-    MXFMetadataModelParser modelParser_{factory_, sink_};
-    MXFHeaderMetadataParser headerParser_{*this};
+    BRYXMetadataParser parser_{factory_, *this};
     MXFPartitionStatus status_ = MXFPartitionStatus::OpenIncomplete;
     Metadata region_;
     bool isWhole_ = false;
