@@ -46,6 +46,7 @@
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFIndexCalculator.h"
 #include "mxf/structure/MXFIndexParser.h"
+#include "mxf/structure/MXFStaticTags.h"
 #include "sdk/BRYXMetadataFactory.h"
 #include "sdk/BRYXMetadataParser.h"
 #include "sdk/BRYXWriter.h"
@@ -302,11 +303,11 @@ struct EndOfWhatIsWhole {};
 class Copier final : public DullMXFStructureHandler {
 public:
     Copier(const Survey& survey, BRYXWriter& writer, const Options& options, ProgressBar& progress,
-           const ErrorPrinter& errors)
+           ErrorPrinter& errors)
         : survey_(survey), writer_(writer), options_(options), structure_(*this, writer.structureReceiver()),
           splitter_(&structure_, &writer.systemReceiver(), &writer.essenceReceiver()),
           body_(*this, options.keepsLayout ? writer.bodyReceiver() : splitter_), genericStream_(*this),
-          progress_(progress), positions_(errors) {}
+          progress_(progress), errors_(errors) {}
 
     KLVHandler& body() { return body_; }
     KLVHandler& genericStream() { return genericStream_; }
@@ -345,28 +346,40 @@ private:
     /// A body goes to its essence container.
     class Body final : public DullKLVFilter {
     public:
-        Body(Copier& copier, KLVHandler& next) : copier_(copier), isRaw_(copier.options_.keepsLayout) {
-            setHandler(&next);
+        Body(Copier& copier, KLVHandler& receiver) : copier_(copier), receiver_(receiver) { setHandler(&receiver); }
+        void setLocator(const Locator& locator) override {
+            copier_.errors_.setLocator(locator);
+            // What stands in a partition that has no essence container belongs to none.
+            setHandler(copier_.bodySID_ == 0 ? static_cast<KLVHandler*>(&nobody_) : &receiver_);
+            next().setLocator(locator);
         }
         void startStream(bool accurateLengths) override {
-            copier_.startBody();
-            if (!isRaw_) {
+            if (copier_.bodySID_ == 0) {
+                copier_.errors_.lost("the body of a partition without essence container");
+            } else {
+                copier_.startBody();
+            }
+            isStream_ = copier_.bodySID_ == 0 || !copier_.options_.keepsLayout;
+            if (isStream_) {
                 next().startStream(accurateLengths);
             }
         }
         void endStream(bool stopped) override {
-            if (!isRaw_) {
+            copier_.errors_.endStream();
+            if (isStream_) {
                 next().endStream(stopped);
             }
         }
         bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
-            copier_.progress_.reached(copier_.positions_.position());
+            copier_.progress_.reached(copier_.errors_.position());
             return next().startIndividualItem(key, length);
         }
 
     private:
         Copier& copier_;
-        bool isRaw_;
+        KLVHandler& receiver_;
+        DullKLVHandler nobody_;
+        bool isStream_ = false; ///< whether the receiver takes the start and the end of the stream
     };
 
     /// The body of a generic stream partition goes to one of its own.
@@ -415,6 +428,13 @@ private:
         const auto packages = survey_.contentPackages.find(bodySID);
         const bool isClip = packages != survey_.contentPackages.end() && packages->second == 1 && !ranges.empty() &&
                             ranges.back().end > 1;
+        if (packages != survey_.contentPackages.end() && !isClip && !ranges.empty() &&
+            ranges.back().end < packages->second) {
+            progress_.clear();
+            std::cerr << "rewrap: the index table of essence container " << bodySID << " ends at edit unit "
+                      << ranges.back().end << " of " << packages->second
+                      << "; for those behind it nothing is known but their places\n";
+        }
         if (isClip || options_.keepsLayout) {
             container.segments = segments;
             return container;
@@ -438,11 +458,43 @@ private:
     Body body_;
     GenericStream genericStream_;
     ProgressBar& progress_;
-    const ErrorPrinter& positions_;
+    ErrorPrinter& errors_;
     std::uint32_t bodySID_ = 0;
     bool isOpen_ = false;
     std::uint32_t openSID_ = 0;
 };
+
+/// @p primer with an entry for each property of @p sets, and none twice: as a damaged file need not have it.
+MXFMetadataHandler::Primer wholePrimer(const MXFMetadataHandler::Primer& primer,
+                                       const std::vector<MXFPrimedSet>& sets) {
+    std::map<KLVKey, std::uint16_t> tags;
+    std::set<std::uint16_t> taken;
+    for (const auto& [tag, label] : primer) {
+        if (taken.count(tag) == 0 && tags.emplace(label, tag).second) {
+            taken.insert(tag);
+        }
+    }
+    std::uint16_t next = mxfutil::firstDynamicTag;
+    for (const MXFPrimedSet& set : sets) {
+        for (const auto& property : set.properties) {
+            if (tags.count(property.first) != 0) {
+                continue;
+            }
+            std::uint16_t tag = mxfutil::staticTag(property.first);
+            while (tag == 0 || taken.count(tag) != 0) {
+                tag = next++;
+            }
+            tags.emplace(property.first, tag);
+            taken.insert(tag);
+        }
+    }
+    MXFMetadataHandler::Primer result;
+    for (const auto& [label, tag] : tags) {
+        result.emplace_back(tag, label);
+    }
+    std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    return result;
+}
 
 /// What is to be written as header metadata.
 BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
@@ -455,9 +507,9 @@ BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
     if (isModel) {
         metadata = toBRYXHeaderMetadata(found->root);
     } else {
-        metadata.send = [found](MXFMetadataHandler& handler) {
+        metadata.send = [found, primer = wholePrimer(found->primer, found->sets)](MXFMetadataHandler& handler) {
             handler.startMetadata();
-            handler.primer(found->primer);
+            handler.primer(primer);
             for (MXFPrimedSet set : found->sets) {
                 handler.primedSet(set);
             }

@@ -17,6 +17,9 @@ class BRYX_API GroupValidatorFilter : public DullKLVFilter {
 public:
     ~GroupValidatorFilter() override;
 
+    /// Whether no triplet is open.
+    bool isComplete() const noexcept { return open_.empty(); }
+
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override;

@@ -48,6 +48,8 @@ public:
     /// passed, or longer by at least the key and the length of a fill item.
     virtual void endFilledItem();
 
+    bool isInFilledItem() const noexcept { return inFilledItem_; }
+
     /// Octets that are to follow what is aligned before the grid is met, as those of a key and a length whose value is to
     /// be aligned. 0 unless set.
     void setExtraSize(std::uint64_t size) { extraSize_ = size; }

@@ -110,9 +110,11 @@ struct BRYXEssenceContainer {
 /// writer->finish(toBRYXHeaderMetadata(preface)); // with durations that are known by now
 /// @endcode
 ///
-/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "not finished", "not in
-/// content package", "complete element". What was written is a readable file whenever a partition ends. A write that fails throws util::assertion_failure "successful
-/// write()"; nothing is written after it. A writer is used by one thread at a time.
+/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "in content package", "not
+/// in content package", "in generic stream", "not finished"; and so does a partition that would end within an element,
+/// "complete element". What was written is a readable file whenever a partition ends. A write that fails throws
+/// util::assertion_failure "successful write()"; nothing is written after it. A writer that has thrown anything but a call
+/// out of order is done for. It is used by one thread at a time.
 class BRYX_API BRYXWriter {
 public:
     virtual ~BRYXWriter();
@@ -150,14 +152,16 @@ public:
     virtual void endEssence() = 0;
 
     /// Begins a partition with a generic stream (ST 410), and takes its triplets until endGenericStream(). Requires
-    /// "unique body SID".
+    /// "unique body SID": such a stream is in one partition.
     virtual KLVHandler& startGenericStream(std::uint32_t bodySID) = 0;
     virtual void endGenericStream() = 0;
 
     /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition.
     ///
-    /// @return whether the header partition is closed and complete now. It stays as it was if the stream cannot seek, or
-    ///     if @p metadata does not fit the space in it.
+    /// Requires of a stream that can seek "stream writes where it stands", which one opened for appending does not.
+    ///
+    /// @return whether the header partition is closed and complete now. It stays as it was, but for the offset of the
+    ///     footer partition, if @p metadata does not fit the space in it; and altogether if the stream cannot seek.
     virtual bool finish(const BRYXHeaderMetadata& metadata) = 0;
 
     /// Where the next octet goes, in octets from the header partition pack.

@@ -17,6 +17,7 @@ void MXFGCStructurePadder::startStream(std::uint64_t kagSize) {
 }
 
 void MXFGCStructurePadder::endStream() {
+    util::require(!filler_.isInFilledItem(), "not in filled item");
     filler_.endStream(false);
 }
 

@@ -18,6 +18,7 @@ public:
     ~MXFGCStructurePadder() override;
 
     void startStream(std::uint64_t kagSize) override;
+    /// Requires "not in filled item".
     void endStream() override;
     void startPad(std::uint64_t extraSize) override;
     void endPad() override;

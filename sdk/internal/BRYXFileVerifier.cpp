@@ -48,6 +48,9 @@ private:
 /// Follows index tables along the elements of bodies.
 class IndexFollower final : public DullKLVHandler, public DullMXFStructureHandler {
 public:
+    /// @param base stream position of the first octet of the file
+    explicit IndexFollower(std::uint64_t base) : base_(base) {}
+
     void follow(std::uint32_t bodySID, MXFIndexCalculator index) {
         Place& place = places_[bodySID];
         place.index = std::move(index);
@@ -66,9 +69,18 @@ public:
 
     void startPartition(const KLVKey& /*key*/, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
         pack_ = pack;
-        bodyStart_ = headerStart + pack.headerByteCount + pack.indexByteCount;
+        bodyStart_ = base_ + headerStart + pack.headerByteCount + pack.indexByteCount;
+        if (pack.bodySID != 0) {
+            const std::uint64_t known = octets_[pack.bodySID];
+            if (pack.bodyOffset != known) {
+                fail("the body offset " + std::to_string(pack.bodyOffset) + " should be " + std::to_string(known));
+            }
+        }
     }
     void setLocator(const Locator& locator) override { locator_ = &locator; }
+    void endStream(bool /*stopped*/) override {
+        octets_[pack_.bodySID] += static_cast<std::uint64_t>(std::streamoff{locator_->streampos()}) - bodyStart_;
+    }
     bool startIndividualItem(const KLVKey& key, std::uint64_t /*length*/) override {
         return key != klvutil::fillKey && element();
     }
@@ -112,7 +124,9 @@ private:
         return false;
     }
 
-    std::map<std::uint32_t, Place> places_; ///< by body SID
+    std::uint64_t base_;
+    std::map<std::uint32_t, Place> places_;         ///< by body SID
+    std::map<std::uint32_t, std::uint64_t> octets_; ///< of essence so far, by body SID
     MXFPartitionPack pack_;
     std::uint64_t bodyStart_ = 0;
     const Locator* locator_ = nullptr;
@@ -128,7 +142,7 @@ void verifyFile(std::istream& file, std::streampos start, const std::set<std::ui
     MXFIndexCalculator::Collector collector;
     MXFIndexParser indexParser(collector);
     indexParser.setErrorHandler(&objector);
-    IndexFollower follower;
+    IndexFollower follower(static_cast<std::uint64_t>(std::streamoff{start}));
     try {
         MXFReader reader;
         reader.setErrorHandler(&objector);

@@ -158,12 +158,18 @@ public:
         next().startContentPackage();
     }
     void endContentPackage() override {
+        require(isInPackage_, "in content package");
+        writer_.gate_.requireComplete();
         isInPackage_ = false;
         next().endContentPackage();
     }
-    void startElement(const KLVKey& key) override { next().startElement(key); }
+    void startElement(const KLVKey& key) override {
+        require(isInPackage_, "in content package");
+        next().startElement(key);
+    }
     void endElement(const KLVKey& key) override {
-        require(!writer_.muxer().essenceReceiver().isInElement(), "complete element");
+        require(isInPackage_, "in content package");
+        writer_.gate_.requireComplete();
         next().endElement(key);
     }
     void startPad(std::uint64_t extraSize) override { next().startPad(extraSize); }
@@ -288,7 +294,8 @@ void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     }
     chain_ = std::make_unique<BRYXWriterChain>(*stream_, written_, configuration_);
     MXFWriter& writer = chain_->writer;
-    gate_.setHandler(&writer.bodyReceiver());
+    gate_.setReceiver(writer.bodyReceiver());
+    genericGate_.setReceiver(writer.bodyReceiver());
     muxer_ = std::make_unique<MXFGCMuxer>(gate_, writer.getLocator(), writer.getGrid());
     if (configuration_.essenceLengthForm != klvutil::automaticBERLengthForm) {
         muxer_->essenceReceiver().setFixedLengthForm(configuration_.essenceLengthForm);
@@ -309,10 +316,10 @@ void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
 
 void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
     requireBetween();
-    const bool isBefore = configuration_.indexPlacement == Placement::BeforeEssence;
-    require(!isBefore || container.indexSID == 0 || !container.segments.empty(), "index table segments are given");
     const auto known = containers_.find(container.bodySID);
     if (known == containers_.end()) {
+        const bool isBefore = configuration_.indexPlacement == Placement::BeforeEssence;
+        require(!isBefore || container.indexSID == 0 || !container.segments.empty(), "index table segments are given");
         requireUnique(bodySIDs_, container.bodySID, "unique body SID");
         if (container.indexSID != 0) {
             requireUnique(indexSIDs_, container.indexSID, "unique index SID");
@@ -330,18 +337,18 @@ void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
         current_ = containers_.emplace(container.bodySID, std::move(added)).first->second.get();
     }
     muxer_->setIndexer(current_->indexer);
+    // A table that comes before its essence comes once.
+    const bool isFirst = known == containers_.end() && configuration_.indexPlacement == Placement::BeforeEssence;
+    openBody(isFirst && isIndexed(*current_) ? complete(*current_, current_->container.segments, 0)
+                                             : newSegments(*current_));
     state_ = State::InEssence;
-    openBody();
-    gate_.isOpen = true;
+    gate_.open();
+    gate_.repeatLengthForm();
     muxer_->padder().startStream(configuration_.kagSize);
 }
 
-void BRYXWriterImpl::openBody() {
+void BRYXWriterImpl::openBody(const Segments& segments) {
     Container& now = *current_;
-    Segments segments = newSegments(now);
-    if (configuration_.indexPlacement == Placement::BeforeEssence && isIndexed(now) && now.octets == 0) {
-        segments = complete(now, now.container.segments, 0);
-    }
     startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, segments, now.container.bodySID);
     now.bodyStart = position();
     now.packagesBefore = now.indexer.contentPackages();
@@ -353,6 +360,15 @@ void BRYXWriterImpl::closeBody() {
     endPartition();
 }
 
+/// Ends a partition, and begins the next one of the same container.
+void BRYXWriterImpl::nextBody() {
+    gate_.requireComplete();
+    const Segments segments = newSegments(*current_); // which the caller has a part in, and may throw
+    closeBody();
+    openBody(segments);
+    gate_.repeatLengthForm();
+}
+
 void BRYXWriterImpl::cutBody() {
     const Container& now = *current_;
     const std::uint64_t octets = position() - now.bodyStart;
@@ -360,23 +376,22 @@ void BRYXWriterImpl::cutBody() {
     const bool isFull = (configuration_.partitionSize != 0 && octets >= configuration_.partitionSize) ||
                         (configuration_.partitionDuration != 0 && units >= configuration_.partitionDuration);
     if (octets != 0 && isFull) {
-        closeBody();
-        openBody();
+        nextBody();
     }
 }
 
 void BRYXWriterImpl::startBodyPartition() {
     require(state_ == State::InEssence, "in essence");
     require(!structure_->isInPackage(), "not in content package");
-    closeBody();
-    openBody();
+    nextBody();
 }
 
 void BRYXWriterImpl::endEssence() {
     require(state_ == State::InEssence, "in essence");
     require(!structure_->isInPackage(), "not in content package");
+    gate_.requireComplete();
     muxer_->padder().endStream();
-    gate_.isOpen = false;
+    gate_.close();
     closeBody();
     state_ = State::Between;
     const Container& now = *current_;
@@ -392,10 +407,10 @@ KLVHandler& BRYXWriterImpl::startGenericStream(std::uint32_t bodySID) {
     requireUnique(bodySIDs_, bodySID, "unique body SID");
     startPartition(MXFPartitionKind::Body, MXFPartitionStatus::GenericStream, nullptr, {}, bodySID);
     state_ = State::InGenericStream;
-    gate_.isOpen = true;
+    genericGate_.open();
     const MXFWriter& writer = chain_->writer;
     genericStreamFiller_ = std::make_unique<KLVFiller>(writer.getGrid());
-    genericStreamFiller_->setHandler(&gate_);
+    genericStreamFiller_->setHandler(&genericGate_);
     genericStreamFiller_->setLocator(writer.getLocator());
     genericStreamFiller_->setPadding(KLVFiller::Mode::Alignment, configuration_.kagSize, 0);
     genericStreamFiller_->startFilledItem();
@@ -404,8 +419,9 @@ KLVHandler& BRYXWriterImpl::startGenericStream(std::uint32_t bodySID) {
 
 void BRYXWriterImpl::endGenericStream() {
     require(state_ == State::InGenericStream, "in generic stream");
+    genericGate_.requireComplete();
     genericStreamFiller_->endFilledItem();
-    gate_.isOpen = false;
+    genericGate_.close();
     endPartition();
     state_ = State::Between;
 }
@@ -518,7 +534,7 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     return isClosed;
 }
 
-/// Writes the offset of the footer partition into the packs of the body partitions.
+/// Writes the offset of the footer partition into the packs of all partitions before it.
 void BRYXWriterImpl::tellFooter(std::uint64_t footer) {
     const std::size_t packSize = mxfutil::writePartitionPack(headerPack_).size();
     const std::uint64_t head =
@@ -528,10 +544,14 @@ void BRYXWriterImpl::tellFooter(std::uint64_t footer) {
     const std::uint64_t field = head + 2 + 2 + 4 + 8 + 8;
     std::uint8_t octets[8];
     util::storeBigEndian(octets, footer, sizeof octets);
-    for (std::size_t i = 1; i + 1 < randomIndex_.size(); ++i) {
-        stream_->seekp(base_ + static_cast<std::streamoff>(randomIndex_[i].byteOffset + field));
+    for (std::size_t i = 0; i + 1 < randomIndex_.size(); ++i) {
+        const std::streamoff place = base_ + static_cast<std::streamoff>(randomIndex_[i].byteOffset + field);
+        stream_->seekp(place);
         require(static_cast<bool>(stream_->write(reinterpret_cast<const char*>(octets), sizeof octets)),
                 "successful write()");
+        // One that was opened for appending does not.
+        require(std::streamoff{stream_->tellp()} == place + std::streamoff{sizeof octets},
+                "stream writes where it stands");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <vector>
 
+#include "klv/GroupValidatorFilter.h"
 #include "klv/KLVFillItemKeyFilter.h"
 #include "klv/KLVFilter.h"
 #include "klv/VerifyingKLVHandler.h"
@@ -31,14 +32,39 @@ private:
     std::unique_ptr<VerifyingKLVHandler> verifying_;
 };
 
-/// Lets body triplets pass as long as it is open.
+/// Lets body triplets pass as long as it is open, and holds their senders to the lengths that they announce.
 class BRYXBodyGate final : public ActionKLVFilter {
 public:
-    bool isOpen = false;
+    void setReceiver(KLVHandler& receiver) {
+        groups_.setHandler(&receiver);
+        setHandler(&groups_);
+    }
+    void open() { isOpen_ = true; }
+    /// Requires "complete element": that no triplet is open.
+    void close() {
+        requireComplete();
+        isOpen_ = false;
+    }
+    void requireComplete() const { util::require(groups_.isComplete(), "complete element"); }
+
+    void berLengthForm(std::uint8_t form) override {
+        ActionKLVFilter::berLengthForm(form);
+        form_ = form;
+    }
+    /// Tells the form again that the sender told, after somebody else has told another one.
+    void repeatLengthForm() {
+        if (form_ != 0) {
+            ActionKLVFilter::berLengthForm(form_);
+        }
+    }
 
 private:
-    void before() override { util::require(isOpen, "in essence"); }
+    void before() override { util::require(isOpen_, "in essence"); }
     void after() override {}
+
+    GroupValidatorFilter groups_;
+    bool isOpen_ = false;
+    std::uint8_t form_ = 0;
 };
 
 class BRYXWriterImpl : public BRYXWriter {
@@ -77,8 +103,9 @@ private:
                         const Segments& segments, std::uint32_t bodySID);
     void endPartition();
     void writeIndexPartition(const Segments& segments);
-    void openBody();
+    void openBody(const Segments& segments);
     void closeBody();
+    void nextBody();
     void cutBody();
     bool isIndexed(const Container& container) const;
     Segments newSegments(Container& container);
@@ -93,6 +120,7 @@ private:
     std::streamoff base_ = -1; ///< where the file begins; -1 if the stream cannot seek
     std::unique_ptr<BRYXWriterChain> chain_;
     BRYXBodyGate gate_;
+    BRYXBodyGate genericGate_; ///< of generic streams
 
     State state_ = State::BeforeStart;
     MXFPartitionPack headerPack_;

@@ -53,6 +53,11 @@ void writePackages(BRYXWriter& writer, int count, std::size_t pictureSize = 700)
     }
 }
 
+/// A stream that stands behind @p octets.
+std::shared_ptr<std::stringstream> startedWith(const std::string& octets) {
+    return std::make_shared<std::stringstream>(octets, std::ios::in | std::ios::out | std::ios::ate);
+}
+
 BRYXHeaderMetadata metadata() {
     static const std::shared_ptr<Preface> model = builtModel();
     return toBRYXHeaderMetadata(model);
@@ -139,9 +144,11 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
                 configuration.partitionDuration = form == 0x83 ? 3 : 0;
                 configuration.partitionSize = form == 0x84 ? 2000 : 0;
                 const std::string what = std::to_string(kagSize) + ' ' + std::to_string(form) + ' ';
-                const auto file = std::make_shared<std::stringstream>();
+                const std::string runIn = kagSize == 512 ? "run-in" : "";
+                const auto file = startedWith(runIn);
                 EXPECT_TRUE(writeFile(*createVerifyingBRYXWriter(file), configuration)) << what;
-                std::istringstream written(file->str());
+                const std::string octets = file->str().substr(runIn.size());
+                std::istringstream written(octets);
                 Reading reading(written);
                 EXPECT_EQ(joined(reading.log), "") << what;
                 EXPECT_EQ(reading.body.packages[1].size(), 15U) << what;
@@ -152,15 +159,15 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
 
                 // The same again; and to a pipe, where the header partition stays open, and no partition but the footer
                 // knows where that is.
-                const auto again = std::make_shared<std::stringstream>();
+                const auto again = startedWith(runIn);
                 writeFile(*createBRYXWriter(again), configuration);
                 EXPECT_TRUE(again->str() == file->str()) << what;
                 const auto pipe = std::make_shared<OutputPipe>();
                 EXPECT_FALSE(writeFile(*createBRYXWriter(pipe), configuration)) << what;
                 const std::string piped = pipe->octets();
-                ASSERT_EQ(piped.size(), file->str().size()) << what;
+                ASSERT_EQ(piped.size(), octets.size()) << what;
                 EXPECT_EQ(piped[14], 1) << "open and incomplete";
-                EXPECT_EQ(file->str()[14], 4) << "closed and complete";
+                EXPECT_EQ(octets[14], 4) << "closed and complete";
                 std::istringstream input(piped);
                 Reading ofPipe(input);
                 EXPECT_EQ(joined(ofPipe.log), "") << what;
@@ -174,7 +181,7 @@ TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
     // Room for what header metadata may become; what does not fit leaves the header partition as it was.
     const auto preface = builtModel();
     for (const std::uint64_t space : {0U, 100000U}) {
-        const auto file = std::make_shared<std::stringstream>("run-in", std::ios::in | std::ios::out | std::ios::ate);
+        const auto file = startedWith("run-in");
         const auto writer = createBRYXWriter(file);
         BRYXWriterConfiguration configuration;
         configuration.headerSpace = space;
@@ -241,6 +248,8 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { writer->startEssence({0, 2, {25, 1}, false, {}, {}}); }), "unique body SID");
     writer->startEssence({});
     MXFGCStructureHandler& structure = writer->structureReceiver();
+    EXPECT_EQ(failed([&] { structure.startElement(keys::picture); }), "in content package");
+    EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "in content package");
     structure.startContentPackage();
     structure.startElement(keys::picture);
     std::uint64_t size = 0;
@@ -248,6 +257,7 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     dynamic_cast<MXFGCChunkedEssenceHandler&>(writer->essenceReceiver())
         .startChunkedElement(keys::picture, 1, 0, size, buffer);
     EXPECT_EQ(failed([&] { structure.endElement(keys::picture); }), "complete element");
+    EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "complete element");
     const std::uint8_t octet = 1;
     writer->essenceReceiver().pictureElement(keys::picture, &octet, 1, 0);
     structure.endElement(keys::picture);
@@ -315,6 +325,27 @@ TEST(BRYXWriter, HidesNoFailureOfTheStream) {
         }
     }
     EXPECT_GT(failures, 200U);
+
+    // What fails while a partition is changed has changed nothing.
+    const auto file = std::make_shared<std::stringstream>();
+    const auto careful = createVerifyingBRYXWriter(file);
+    BRYXWriterConfiguration configuration;
+    configuration.partitionDuration = 2;
+    careful->setConfiguration(configuration);
+    careful->start(metadata());
+    bool throws = true;
+    const auto describe = [&](std::int64_t /*editUnit*/, MXFIndexEntry& entry) {
+        entry.flags = MXFIndexEntryFlags::randomAccess;
+        if (throws) {
+            throw std::runtime_error("no description");
+        }
+    };
+    careful->startEssence({1, 2, {25, 1}, false, describe, {}});
+    EXPECT_THROW(writePackages(*careful, 3), std::runtime_error);
+    throws = false;
+    writePackages(*careful, 3);
+    careful->endEssence();
+    EXPECT_TRUE(careful->finish(metadata()));
 
     // A device that changes what it is given is found out, when that is written or at the end.
     const auto lying = std::make_shared<std::stringstream>();
