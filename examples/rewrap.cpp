@@ -276,9 +276,13 @@ private:
     void startIndex() override {}
     void endIndex() override {}
     void indexTableSegment(const MXFIndexTableSegment& segment) override {
+        auto& known = segments[segment.bodySID];
+        if (!known.empty() && known.front().indexSID != segment.indexSID) {
+            errors_.lost("a segment of a second index table of essence container " + std::to_string(segment.bodySID));
+            return;
+        }
         index.indexTableSegment(segment);
         // A later one that begins at the same edit unit may have learnt how many there are.
-        auto& known = segments[segment.bodySID];
         const auto same = std::find_if(known.begin(), known.end(), [&](const MXFIndexTableSegment& other) {
             return other.indexStartPosition == segment.indexStartPosition;
         });
@@ -564,6 +568,7 @@ void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrin
     } catch (const EndOfWhatIsWhole&) {
         in.clear();
     } catch (const klvutil::parse_error&) {
+        // That a file breaks off has been told of, and everything whole has been copied.
         if (!survey.isBroken) {
             throw;
         }

@@ -7,7 +7,7 @@
 #include "klv/Locator.h"
 #include "util/Api.h"
 
-/// Where the KLV alignment grid of a partition begins: at the first octet of its pack (ST 377-1 §6.4.1). Shared by all
+/// Where the KLV alignment grid of a partition begins: at the first octet of its pack (ST 377-1). Shared by all
 /// that write to one stream.
 struct KLVGrid {
     std::streamoff origin = 0;

@@ -42,9 +42,6 @@ public:
     /// The form that is preferred now.
     std::uint8_t lengthForm() const noexcept { return form_; }
 
-    /// Whether a chunked element has begun and not come to its end.
-    bool isInElement() const noexcept { return isChunked_; }
-
     /// Begins an element at offset 0, and tells of its next chunk at another one; true. The offset that equals the length
     /// ends it.
     ///

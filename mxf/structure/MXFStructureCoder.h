@@ -53,9 +53,6 @@ public:
     /// The pack that was written last, complete.
     const MXFPartitionPack& lastPack() const noexcept { return lastPack_; }
 
-    /// For a stream that goes on what others wrote: the offset of the last partition in it.
-    void setPreviousPartition(std::uint64_t offset) { lastPack_.thisPartition = offset; }
-
 private:
     void complete(const KLVKey& key, MXFPartitionPack& pack) const;
     void writePack(const KLVKey& key, const std::vector<std::uint8_t>& octets, std::uint8_t form);
