@@ -24,3 +24,7 @@ void BRYXMetadataFactory::add(std::shared_ptr<MXFMetadataFamily> family) {
     factories_.push_back(family);
     families_.push_back(std::move(family));
 }
+
+std::shared_ptr<MXFMetadataFactory> createBRYXDefaultMetadataFactory() {
+    return std::make_shared<BRYXMetadataFactory>();
+}

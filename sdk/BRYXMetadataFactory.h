@@ -22,3 +22,6 @@ private:
     std::vector<std::shared_ptr<MXFMetadataFamily>> families_;
     std::vector<std::shared_ptr<MXFMetadataFactory>> factories_; ///< the same
 };
+
+/// A new BRYXMetadataFactory.
+BRYX_API std::shared_ptr<MXFMetadataFactory> createBRYXDefaultMetadataFactory();

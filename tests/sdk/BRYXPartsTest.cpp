@@ -4,7 +4,7 @@
 #include "klv/GenericKLVReader.h"
 #include "klv/InputLocator.h"
 #include "sdk/BRYXEssenceSplitter.h"
-#include "sdk/BRYXOverridableLocator.h"
+#include "validation/BRYXOverridableLocator.h"
 #include "sdk/BRYXSystemParser.h"
 #include "sdk/BRYXVersion.h"
 #include "support/Failure.h"

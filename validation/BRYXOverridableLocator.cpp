@@ -1,4 +1,4 @@
-#include "sdk/BRYXOverridableLocator.h"
+#include "validation/BRYXOverridableLocator.h"
 
 #include <utility>
 

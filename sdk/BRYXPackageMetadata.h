@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "klv/KLVKey.h"
+#include "klv/KLVValueTypes.h"
+#include "util/Api.h"
+
+/// @file
+/// The metadata of a content package, as the package metadata set of an SDTI-CP system item carries it (ST 331, ST 385):
+/// which material the package belongs to, and KLV triplets about it.
+
+/// Local tags and values: the items of a package metadata set.
+using BRYXPackageItems = std::vector<std::pair<unsigned, std::vector<std::uint8_t>>>;
+
+namespace mxfutil {
+
+// The tags of package metadata items (ST 331).
+inline constexpr unsigned packageUMIDTag = 0x83;
+inline constexpr unsigned packageKLVTag = 0x88;
+
+// The keys of texts as KLV triplets (RP 2057).
+inline constexpr KLVKey utf8TextKey = klvutil::key("060e2b34.0101010d.03010220.03010000");
+inline constexpr KLVKey utf16TextKey = klvutil::key("060e2b34.0101010d.03010220.03020000");
+
+} // namespace mxfutil
+
+/// The items that tell @p umid, in 32 octets, and @p klv, the octets of KLV triplets; without any, there is no item for
+/// them.
+BRYX_API BRYXPackageItems createBRYXPackageMetadata(const UMID& umid, const std::vector<std::uint8_t>& klv);
+
+/// What @p items tell: all zero where there is no UMID, no octets where there are no triplets. Of an item that is
+/// repeated the first counts; of an extended UMID, with its 64 octets, the first 32.
+/// @throws std::length_error if a UMID has fewer than 32 octets
+BRYX_API std::pair<UMID, std::vector<std::uint8_t>> parseBRYXPackageMetadata(const BRYXPackageItems& items);
+
+/// A text as the octets of a KLV triplet: narrow ones, which are UTF-8, as they are; wide ones as UTF-16.
+/// @throws util::utf8::exception if the wide text cannot be encoded
+BRYX_API std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::string& text);
+BRYX_API std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::wstring& text);
+
+/// The first text among the KLV triplets in @p klv; an empty one if there is none.
+/// @throws klvutil::parse_error if the octets are no KLV triplets
+/// @throws util::utf8::exception or std::length_error if the text cannot be decoded
+BRYX_API std::wstring parseBRYXPackageKLVMetadata(const std::vector<std::uint8_t>& klv);

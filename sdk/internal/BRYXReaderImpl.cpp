@@ -1,0 +1,137 @@
+#include "sdk/internal/BRYXReaderImpl.h"
+
+#include <optional>
+#include <utility>
+
+#include "mxf/engines/MXFReader.h"
+#include "mxf/structure/MXFIndexParser.h"
+#include "sdk/BRYXSystemParser.h"
+#include "sdk/internal/BRYXMetadataChain.h"
+#include "util/assertion_failure.h"
+#include "validation/BRYXOverridableLocator.h"
+
+namespace {
+
+/// Knows which system parser to tell of the end of a body.
+class BodySplitter final : public BRYXEssenceSplitter {
+public:
+    void setSystemParser(BRYXSystemParser& parser) {
+        systemParser_ = &parser;
+        setSystemHandler(&parser);
+    }
+
+    void endStream(bool stopped) override {
+        BRYXEssenceSplitter::endStream(stopped);
+        if (systemParser_ != nullptr && !stopped) {
+            systemParser_->endSystemItems();
+        }
+    }
+
+private:
+    BRYXSystemParser* systemParser_ = nullptr;
+};
+
+} // namespace
+
+/// What reads one file. Its parts are made in the order in which they stand here, and destroyed in the reverse one.
+class BRYXReaderImpl::Pipeline {
+public:
+    explicit Pipeline(const BRYXReaderImpl& reader) : reader_(reader) {
+        if (reader.errorHandler_ != nullptr) {
+            locator_ = std::make_shared<BRYXOverridableLocator>();
+            errorHandler_ = std::make_shared<BRYXOverridableLocator::ErrorHandler>(reader.errorHandler_, locator_);
+        }
+        makeParsers();
+    }
+
+    void read(std::istream& stream) {
+        MXFReader engine;
+        engine.setStructureHandler(reader_.structureHandler_.get());
+        engine.setHeaderMetadataHandler(metadata_ ? &metadata_->handler() : nullptr);
+        engine.setIndexHandler(index_ ? &*index_ : nullptr);
+        engine.setBodyHandler(splitter_ ? &*splitter_ : nullptr);
+        engine.setErrorHandler(errorHandler_.get());
+        engine.read(stream);
+    }
+
+private:
+    void makeParsers() {
+        if (reader_.metadataHandler_ != nullptr) {
+            metadata_.emplace(reader_.metadataFactory_, *reader_.metadataHandler_, errorHandler_);
+        }
+        if (reader_.indexHandler_ != nullptr) {
+            index_.emplace(*reader_.indexHandler_).setErrorHandler(errorHandler_.get());
+        }
+        const bool wantsSystem = reader_.sdtiCPSystemHandler_ != nullptr || reader_.pdProxySystemHandler_ != nullptr;
+        if (!wantsSystem && reader_.gcStructureHandler_ == nullptr && reader_.essenceHandler_ == nullptr) {
+            return;
+        }
+        splitter_.emplace().setEssenceKeyClassifier(reader_.essenceKeyClassifier_.get());
+        splitter_->setStructureHandler(reader_.gcStructureHandler_.get());
+        if (wantsSystem) {
+            system_.setSDTICPSystemHandler(reader_.sdtiCPSystemHandler_.get());
+            system_.setPDProxySystemHandler(reader_.pdProxySystemHandler_.get());
+            system_.setErrorHandler(errorHandler_.get());
+            splitter_->setSystemParser(system_);
+        }
+        splitter_->setEssenceHandler(reader_.essenceHandler_.get());
+        splitter_->setErrorHandler(errorHandler_.get());
+    }
+
+    const BRYXReaderImpl& reader_;
+    std::shared_ptr<BRYXOverridableLocator> locator_;
+    std::shared_ptr<ErrorHandler> errorHandler_; ///< in front of the caller's; empty without one
+    std::optional<BRYXMetadataChain> metadata_;
+    std::optional<MXFIndexParser> index_;
+    BRYXSystemParser system_;
+    std::optional<BodySplitter> splitter_;
+};
+
+BRYXReaderImpl::BRYXReaderImpl(std::shared_ptr<std::istream> stream, BRYXValidationMode::Enum mode)
+    : stream_(std::move(stream)), mode_(mode) {
+    util::require(stream_ != nullptr, "stream is present");
+}
+
+void BRYXReaderImpl::setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) {
+    metadataFactory_ = std::move(factory);
+}
+
+void BRYXReaderImpl::setEssenceKeyClassifier(std::shared_ptr<BRYXGCEssenceKeyClassifier> classifier) {
+    essenceKeyClassifier_ = std::move(classifier);
+}
+
+void BRYXReaderImpl::setStructureHandler(std::shared_ptr<MXFStructureHandler> handler) {
+    structureHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setMetadataHandler(std::shared_ptr<MXFMetadataHandler> handler) {
+    metadataHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setIndexHandler(std::shared_ptr<MXFIndexHandler> handler) {
+    indexHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setGCStructureHandler(std::shared_ptr<MXFGCStructureHandler> handler) {
+    gcStructureHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setSDTICPSystemHandler(std::shared_ptr<MXFSDTICPSystemHandler> handler) {
+    sdtiCPSystemHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setPDProxySystemHandler(std::shared_ptr<MXFPDProxySystemHandler> handler) {
+    pdProxySystemHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> handler) {
+    essenceHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setErrorHandler(std::shared_ptr<ErrorHandler> handler) {
+    errorHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::read() {
+    Pipeline(*this).read(*stream_);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <istream>
+#include <memory>
+
+#include "sdk/BRYXReader.h"
+
+/// Keeps the stream, the mode and the handlers; the pipeline is built anew for each reading.
+class BRYXReaderImpl final : public BRYXReader {
+public:
+    BRYXReaderImpl(std::shared_ptr<std::istream> stream, BRYXValidationMode::Enum mode);
+
+    void setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) override;
+    void setEssenceKeyClassifier(std::shared_ptr<BRYXGCEssenceKeyClassifier> classifier) override;
+    void setStructureHandler(std::shared_ptr<MXFStructureHandler> handler) override;
+    void setMetadataHandler(std::shared_ptr<MXFMetadataHandler> handler) override;
+    void setIndexHandler(std::shared_ptr<MXFIndexHandler> handler) override;
+    void setGCStructureHandler(std::shared_ptr<MXFGCStructureHandler> handler) override;
+    void setSDTICPSystemHandler(std::shared_ptr<MXFSDTICPSystemHandler> handler) override;
+    void setPDProxySystemHandler(std::shared_ptr<MXFPDProxySystemHandler> handler) override;
+    void setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> handler) override;
+    void setErrorHandler(std::shared_ptr<ErrorHandler> handler) override;
+    void read() override;
+
+private:
+    class Pipeline;
+
+    std::shared_ptr<std::istream> stream_;
+    BRYXValidationMode::Enum mode_;
+    std::shared_ptr<MXFMetadataFactory> metadataFactory_;
+    std::shared_ptr<BRYXGCEssenceKeyClassifier> essenceKeyClassifier_;
+    std::shared_ptr<MXFStructureHandler> structureHandler_;
+    std::shared_ptr<MXFMetadataHandler> metadataHandler_;
+    std::shared_ptr<MXFIndexHandler> indexHandler_;
+    std::shared_ptr<MXFGCStructureHandler> gcStructureHandler_;
+    std::shared_ptr<MXFSDTICPSystemHandler> sdtiCPSystemHandler_;
+    std::shared_ptr<MXFPDProxySystemHandler> pdProxySystemHandler_;
+    std::shared_ptr<MXFGCEssenceHandler> essenceHandler_;
+    std::shared_ptr<ErrorHandler> errorHandler_;
+};
