@@ -15,18 +15,8 @@
 
 #include "ProgressBar.h"
 #include "klv/DullKLVHandler.h"
-#include "klv/ErrorHandler.h"
-#include "klv/Finding.h"
-#include "klv/Locator.h"
-#include "klv/parse_error.h"
-#include "mxf/essence/DullMXFGCStructureHandler.h"
-#include "mxf/essence/MXFGCSplitter.h"
-#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
-#include "mxf/structure/DullMXFStructureHandler.h"
-#include "mxf/structure/MXFIndexParser.h"
-#include "sdk/BRYXMetadataFactory.h"
-#include "sdk/BRYXSystemParser.h"
+#include "sdk/BRYX.h"
 
 /// @file
 /// The handlers through which inspect learns what a file holds. Each keeps what the report needs and no more: however
@@ -262,39 +252,47 @@ void forEachSet(const MetadataRoot& set, const Visit& visit) {
 }
 
 /// Collects the models of header metadata.
-class MetadataCollector final : public MXFMetadataModelHandler {
+class MetadataCollector final : public MXFMetadataHandler, public MXFMetadataModelHandler {
 public:
     using Models = BoundedList<FoundModel, 256>;
 
-    MetadataCollector(FindingCollector& findings, const StructureCollector& structure) : structure_(structure) {
-        modelParser_.setErrorHandler(&findings);
-        headerParser_.setErrorHandler(&findings);
-        // The factory shares its error handler. This one belongs to somebody else, and so the pointer owns nothing.
-        factory_.setErrorHandler({std::shared_ptr<void>(), &findings});
-    }
-
-    /// The handler of header metadata for the reader.
-    KLVHandler& handler() { return headerParser_; }
+    explicit MetadataCollector(const StructureCollector& structure) : structure_(structure) {}
 
     void startMetadata() override { inRegion_ = true; }
-    void endMetadata() override { inRegion_ = false; }
+    void endMetadata() override {
+        inRegion_ = false;
+        sets_.clear();
+    }
+    void primer(const Primer& /*primer*/) override {}
+    bool handlesSet(const KLVKey& /*key*/) override { return true; }
+    void primedSet(MXFPrimedSet& set) override { sets_.push_back(std::move(set)); }
     void model(const Model& model) override {
-        for (const auto& set : model) {
-            forEachSet(*set, [&](const MetadataRoot&) { ++sets_; });
+        for (const auto& root : model) {
+            forEachSet(*root, [&](const MetadataRoot&) { ++setCount_; });
         }
-        if (sets_ <= maxSets) {
+        if (setCount_ <= maxSets) {
             models_.add({structure_.partitionOffset(), model});
         } else {
             models_.omit();
         }
     }
 
-    /// Reading has ended, perhaps within header metadata. What was read of that makes a model too.
+    /// Reading has ended, perhaps within header metadata. What was read of that makes a model too; it has no error
+    /// handler, since much is bound to be missing.
     void readingEnded() {
-        if (inRegion_) {
-            modelParser_.setErrorHandler(nullptr); // much is bound to be missing
-            modelParser_.endMetadata();
+        if (!inRegion_) {
+            return;
         }
+        const auto factory = createBRYXDefaultMetadataFactory();
+        MXFMetadataModelParser parser(*factory, *this);
+        std::vector<MXFPrimedSet> sets = std::move(sets_);
+        parser.startMetadata();
+        for (MXFPrimedSet& set : sets) {
+            if (parser.handlesSet(set.key)) {
+                parser.primedSet(set);
+            }
+        }
+        parser.endMetadata();
     }
 
     const Models& models() const { return models_; }
@@ -303,11 +301,9 @@ private:
     static constexpr std::uint64_t maxSets = 200000;
 
     const StructureCollector& structure_;
-    BRYXMetadataFactory factory_;
-    MXFMetadataModelParser modelParser_{factory_, *this};
-    MXFHeaderMetadataParser headerParser_{modelParser_};
     bool inRegion_ = false;
-    std::uint64_t sets_ = 0; ///< in all models
+    std::vector<MXFPrimedSet> sets_; ///< of the region being read
+    std::uint64_t setCount_ = 0;     ///< in all models
     Models models_;
 };
 
@@ -325,10 +321,7 @@ class IndexCollector final : public MXFIndexHandler {
 public:
     using Segments = BoundedList<FoundSegment, 65536>;
 
-    explicit IndexCollector(FindingCollector& findings) : positions_(findings) { parser_.setErrorHandler(&findings); }
-
-    /// The handler of index regions for the reader.
-    KLVHandler& handler() { return parser_; }
+    explicit IndexCollector(const FindingCollector& positions) : positions_(positions) {}
 
     void startIndex() override {}
     void endIndex() override {}
@@ -349,7 +342,6 @@ public:
 
 private:
     const FindingCollector& positions_;
-    MXFIndexParser parser_{*this};
     Segments segments_;
 };
 
@@ -362,21 +354,20 @@ inline KLVKey prefixOf(const KLVKey& key) {
     return prefix;
 }
 
-/// The kind of the Generic Container essence element (ST 379-1) with @p key, or null if it is none.
+/// The kind of the essence element (ST 379-1) with @p key; of a private one, data.
 inline const char* essenceKind(const KLVKey& key) {
     switch (mxfutil::gcEssenceKind(key)) {
     case MXFGCEssenceKind::Picture:
         return "picture";
     case MXFGCEssenceKind::Sound:
         return "sound";
-    case MXFGCEssenceKind::Data:
-        return "data";
     case MXFGCEssenceKind::Compound:
         return "compound";
+    case MXFGCEssenceKind::Data:
     case MXFGCEssenceKind::None:
         break;
     }
-    return nullptr;
+    return "data";
 }
 
 struct ElementCount {
@@ -419,24 +410,52 @@ private:
     std::uint64_t omitted_ = 0;
 };
 
-/// Counts content packages, and keeps the timecodes that the system items of the first and of the last one have.
-class PackageCollector final : public DullMXFGCStructureHandler,
-                               public MXFSDTICPSystemHandler,
-                               public MXFPDProxySystemHandler {
+/// Decides what is essence: elements of the Generic Container, and those of private kinds (octets 4 and 5 of their keys say
+/// essence, octet 8 a registration of an organisation's own, ST 336).
+class EssenceClassifier final : public BRYXGCEssenceKeyClassifier {
 public:
-    explicit PackageCollector(FindingCollector& findings) {
-        system_.setSDTICPSystemHandler(this);
-        system_.setPDProxySystemHandler(this);
-        system_.setErrorHandler(&findings);
+    MXFGCEssenceKind classify(const KLVKey& key) const override {
+        const bool isPrivate = key[4] == 1 && key[5] == 2 && key[8] == 0x0E;
+        return isPrivate ? MXFGCEssenceKind::Data : mxfutil::gcEssenceKind(key);
     }
+};
 
-    MXFGCSystemHandler& systemHandler() { return system_; }
+/// Counts what the bodies of the partitions hold, and keeps the timecodes that the system items of the first and of the
+/// last content package have. It wants no essence, so that the reader passes over it, with a seek where the stream allows
+/// it.
+///
+/// An element is counted when it ends: one that the end of the file cuts off has a start event but no end event.
+class BodyCounter final : public DullMXFGCStructureHandler,
+                          public MXFGCEssenceHandler,
+                          public MXFSDTICPSystemHandler,
+                          public MXFPDProxySystemHandler {
+public:
+    BodyCounter(const FindingCollector& positions, ProgressBar& progress)
+        : positions_(positions), progress_(progress) {}
 
     void startContentPackage() override {
-        ++count_;
+        ++packages_;
         last_.reset();
     }
-    void endStream() override { system_.endSystemItems(); }
+    void startElement(const KLVKey& /*key*/) override { progress_.reached(positions_.position()); }
+    void endElement(const KLVKey& key) override {
+        if (mxfutil::isGCSystemElement(key)) {
+            ++systemElements_;
+        } else {
+            essence_.add(key, length_);
+        }
+    }
+
+    bool startElement(const KLVKey& /*key*/, std::uint64_t length, std::uint8_t*& /*buffer*/,
+                      std::uint64_t& /*size*/) override {
+        length_ = length;
+        return false;
+    }
+    void pictureElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void soundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void dataElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void compoundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void setLengthForm(std::uint8_t /*form*/) override {}
 
     void systemMetadata(const MXFSystemMetadataPack& pack) override {
         const auto user = mxfutil::stampTimecode(pack, pack.userStamp);
@@ -454,113 +473,68 @@ public:
         }
     }
 
-    std::uint64_t count() const { return count_; }
+    const ElementCounter& essence() const { return essence_; }
+    std::uint64_t systemElements() const { return systemElements_; }
+    std::uint64_t packages() const { return packages_; }
     const boost::optional<Timecode>& firstTimecode() const { return first_; }
     const boost::optional<Timecode>& lastTimecode() const { return last_; }
 
 private:
     void found(const boost::optional<Timecode>& timecode) {
         last_ = timecode;
-        if (count_ == 1) {
+        if (packages_ == 1) {
             first_ = timecode;
         }
     }
 
-    BRYXSystemParser system_;
-    std::uint64_t count_ = 0;
+    const FindingCollector& positions_;
+    ProgressBar& progress_;
+    std::uint64_t length_ = 0; ///< of the element that started last
+    ElementCounter essence_;
+    std::uint64_t systemElements_ = 0;
+    std::uint64_t packages_ = 0;
     boost::optional<Timecode> first_;
     boost::optional<Timecode> last_;
 };
 
-/// Counts what the bodies of the partitions hold. It wants no values: start events return false, so that the reader
-/// passes over the essence, with a seek where the stream allows it.
-///
-/// A triplet is counted when it ends: one that the end of the file cuts off has a start event but no end event. What is
-/// no element of a Generic Container is counted, and does not concern the splitter.
-class BodyCounter final : public MXFGCSplitter {
+/// Counts what the bodies of generic stream partitions hold (ST 410), without wanting it.
+class GenericStreamCounter final : public DullKLVHandler {
 public:
-    BodyCounter(FindingCollector& findings, ProgressBar& progress) : packages_(findings), progress_(progress) {
-        setStructureHandler(&packages_);
-        setSystemHandler(&packages_.systemHandler());
-        setErrorHandler(&findings);
-    }
-
-    // Each body is a stream of its own, and its locator comes with it.
-    void setLocator(const Locator& locator) override { locator_ = &locator; }
-
-    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
-        start(length);
-        return essenceKind(key) != nullptr && MXFGCSplitter::startIndividualItem(key, length);
-    }
-    bool startLabel(const KLVKey& /*key*/) override { return start(0); }
+    bool startIndividualItem(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
     bool startUniversalSet(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
-    bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
-                       KLVFieldForm lengthForm) override {
-        start(length);
-        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startLocalSet(key, length, tagForm, lengthForm);
+    bool startLocalSet(const KLVKey& /*key*/, std::uint64_t length, KLVFieldForm /*tagForm*/,
+                       KLVFieldForm /*lengthForm*/) override {
+        return start(length);
     }
-    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
-        start(length);
-        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startFixedLengthPack(key, length);
-    }
-    bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override {
-        start(length);
-        return mxfutil::isGCSystemElement(key) && MXFGCSplitter::startVariableLengthPack(key, length, itemLengthForm);
+    bool startFixedLengthPack(const KLVKey& /*key*/, std::uint64_t length) override { return start(length); }
+    bool startVariableLengthPack(const KLVKey& /*key*/, std::uint64_t length, KLVFieldForm /*form*/) override {
+        return start(length);
     }
     bool startWrapper(const KLVKey& /*key*/, std::uint64_t length, KLVWrapperKind /*kind*/) override {
         return start(length);
     }
-
-    void endIndividualItem(const KLVKey& key) override {
-        MXFGCSplitter::endIndividualItem(key);
-        end(key);
-    }
-    void endLabel(const KLVKey& key) override { end(key); }
+    void endIndividualItem(const KLVKey& key) override { end(key); }
     void endUniversalSet(const KLVKey& key) override { end(key); }
-    void endLocalSet(const KLVKey& key) override {
-        MXFGCSplitter::endLocalSet(key);
-        end(key);
-    }
-    void endFixedLengthPack(const KLVKey& key) override {
-        MXFGCSplitter::endFixedLengthPack(key);
-        end(key);
-    }
-    void endVariableLengthPack(const KLVKey& key) override {
-        MXFGCSplitter::endVariableLengthPack(key);
-        end(key);
-    }
+    void endLocalSet(const KLVKey& key) override { end(key); }
+    void endFixedLengthPack(const KLVKey& key) override { end(key); }
+    void endVariableLengthPack(const KLVKey& key) override { end(key); }
     void endWrapper(const KLVKey& key) override { end(key); }
 
-    const PackageCollector& packages() const { return packages_; }
-    const ElementCounter& essence() const { return essence_; }
-    std::uint64_t systemElements() const { return systemElements_; }
-    const ElementCounter& others() const { return others_; }
+    const ElementCounter& triplets() const { return triplets_; }
 
 private:
     bool start(std::uint64_t length) {
         length_ = length;
-        const std::streamoff position = locator_->streampos();
-        progress_.reached(static_cast<std::uint64_t>(position));
         return false;
     }
-
     void end(const KLVKey& key) {
-        if (essenceKind(key) != nullptr) {
-            essence_.add(key, length_);
-        } else if (mxfutil::isGCSystemElement(key)) {
-            ++systemElements_;
-        } else if (key != klvutil::fillKey) {
-            others_.add(key, length_);
+        if (key != klvutil::fillKey) {
+            triplets_.add(key, length_);
         }
     }
 
-    PackageCollector packages_;
-    ProgressBar& progress_;
-    const Locator* locator_ = nullptr;
     std::uint64_t length_ = 0; ///< of the triplet that started last
-    ElementCounter essence_;
-    std::uint64_t systemElements_ = 0;
-    ElementCounter others_;
+    ElementCounter triplets_;
 };
 
 // ---- The whole ----
@@ -575,7 +549,9 @@ struct Inspection {
     std::optional<std::uint64_t> fileSize; ///< none for a pipe
     FindingCollector findings;
     StructureCollector structure{findings};
-    MetadataCollector metadata{findings, structure};
+    MetadataCollector metadata{structure};
     IndexCollector index{findings};
     BodyCounter body;
+    GenericStreamCounter genericStreams;
+    EssenceClassifier classifier;
 };

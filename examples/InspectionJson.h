@@ -207,14 +207,13 @@ inline void printJson(std::ostream& out, const Inspection& inspection) {
     json.list("indexSegments", inspection.index.segments());
     json.list("essence", inspection.body.essence());
     json.member("systemElements", inspection.body.systemElements());
-    const PackageCollector& packages = inspection.body.packages();
-    json.member("contentPackages", packages.count());
+    json.member("contentPackages", inspection.body.packages());
     const auto timecode = [](const boost::optional<Timecode>& value) -> nlohmann::ordered_json {
         return value ? nlohmann::ordered_json(toString(*value)) : nullptr;
     };
-    json.member("firstTimecode", timecode(packages.firstTimecode()));
-    json.member("lastTimecode", timecode(packages.lastTimecode()));
-    json.list("otherElements", inspection.body.others());
+    json.member("firstTimecode", timecode(inspection.body.firstTimecode()));
+    json.member("lastTimecode", timecode(inspection.body.lastTimecode()));
+    json.list("otherElements", inspection.genericStreams.triplets());
     json.list("findings", inspection.findings);
     json.finish();
 }

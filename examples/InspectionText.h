@@ -318,18 +318,20 @@ inline void printBody(std::ostream& out, const BodyCounter& body) {
         return Table::Row{toString(count.key), essenceKind(count.key), std::to_string(count.elements),
                           std::to_string(count.octets)};
     });
-    const PackageCollector& packages = body.packages();
-    out << "\nContent packages: " << (packages.count() == 0 ? "none" : std::to_string(packages.count()));
-    if (packages.firstTimecode() || packages.lastTimecode()) {
+    out << "\nContent packages: " << (body.packages() == 0 ? "none" : std::to_string(body.packages()));
+    if (body.firstTimecode() || body.lastTimecode()) {
         const auto text = [](const boost::optional<Timecode>& timecode) {
             return timecode ? toString(*timecode) : "no timecode";
         };
-        out << ", from " << text(packages.firstTimecode()) << " to " << text(packages.lastTimecode());
+        out << ", from " << text(body.firstTimecode()) << " to " << text(body.lastTimecode());
     }
     out << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
         << '\n';
-    const Table others({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
-    others.print(out, "Other triplets in the bodies", "triplets", body.others(), [](const ElementCount& count) {
+}
+
+inline void printGenericStreams(std::ostream& out, const GenericStreamCounter& streams) {
+    const Table table({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
+    table.print(out, "Generic streams", "triplets", streams.triplets(), [](const ElementCount& count) {
         return Table::Row{toString(count.key), std::to_string(count.elements), std::to_string(count.octets)};
     });
 }
@@ -355,5 +357,6 @@ inline void printText(std::ostream& out, const std::string& name, const Inspecti
     printMetadata(out, inspection.metadata.models());
     printIndex(out, inspection.index);
     printBody(out, inspection.body);
+    printGenericStreams(out, inspection.genericStreams);
     printFindings(out, inspection.findings);
 }

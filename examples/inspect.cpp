@@ -1,15 +1,16 @@
 /// Tells what an MXF file holds and what is wrong with it: for people, or as JSON.
 ///
-///     inspect FILE [--json]
+///     inspect FILE [--json] [--validate none|lenient|standard|strict]
 ///
 /// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
 /// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
 
-#include <cstdint>
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <iostream>
-#include <optional>
+#include <iterator>
+#include <memory>
 #include <string>
 
 #include <boost/program_options.hpp>
@@ -19,28 +20,37 @@
 #include "InspectionJson.h"
 #include "InspectionText.h"
 #include "ProgressBar.h"
-#include "klv/parse_error.h"
-#include "mxf/engines/MXFReader.h"
+#include "sdk/BRYX.h"
 
 namespace {
 
 enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
 
+/// The inspection outlives the reader, which holds its handlers by shared pointers: these own nothing.
+template <class Handler>
+std::shared_ptr<Handler> unowned(Handler& handler) {
+    return {std::shared_ptr<void>(), &handler};
+}
+
 /// Reads @p file from its beginning to its end.
-void inspectFile(std::istream& file, Inspection& inspection) {
-    MXFReader reader;
-    reader.setStructureHandler(&inspection.structure);
-    reader.setHeaderMetadataHandler(&inspection.metadata.handler());
-    reader.setIndexHandler(&inspection.index.handler());
-    reader.setBodyHandler(&inspection.body);
-    reader.setGenericStreamHandler(&inspection.body);
-    reader.setErrorHandler(&inspection.findings);
+void inspectFile(std::ifstream& file, BRYXValidationMode::Enum mode, Inspection& inspection) {
+    const auto reader = createBRYXReader(unowned<std::istream>(file), mode);
+    reader->setEssenceKeyClassifier(unowned(inspection.classifier));
+    reader->setStructureHandler(unowned(inspection.structure));
+    reader->setMetadataHandler(unowned(inspection.metadata));
+    reader->setIndexHandler(unowned(inspection.index));
+    reader->setGCStructureHandler(unowned(inspection.body));
+    reader->setSDTICPSystemHandler(unowned(inspection.body));
+    reader->setPDProxySystemHandler(unowned(inspection.body));
+    reader->setEssenceHandler(unowned(inspection.body));
+    reader->setGenericStreamHandler(unowned(inspection.genericStreams));
+    reader->setErrorHandler(unowned(inspection.findings));
     try {
         // The reader takes a stream without octets for no file at all, and calls no handler.
         if (file.peek() == std::istream::traits_type::eof() && !file.bad()) {
             inspection.findings.readingEnded(findings::emptyFile);
         } else {
-            reader.read(file);
+            reader->read();
         }
     } catch (const klvutil::parse_error& error) {
         // What was read up to here has reached the handlers, so that there is something to show.
@@ -52,7 +62,7 @@ void inspectFile(std::istream& file, Inspection& inspection) {
     }
 }
 
-ExitCode inspect(const std::string& name, bool json) {
+ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool json) {
     std::ifstream file;
     if (!openInput(file, name, "inspect")) {
         return Failure;
@@ -60,7 +70,7 @@ ExitCode inspect(const std::string& name, bool json) {
     const auto size = sizeOf(file);
     ProgressBar progress(size);
     Inspection inspection(size, progress);
-    inspectFile(file, inspection);
+    inspectFile(file, mode, inspection);
     progress.clear();
     if (json) {
         printJson(std::cout, inspection);
@@ -76,6 +86,15 @@ ExitCode inspect(const std::string& name, bool json) {
     return intact ? Success : Failure;
 }
 
+BRYXValidationMode::Enum modeOf(const std::string& name) {
+    const char* const names[] = {"none", "lenient", "standard", "strict"};
+    const auto place = std::find(std::begin(names), std::end(names), name);
+    if (place == std::end(names)) {
+        throw boost::program_options::error("the argument of --validate is none, lenient, standard or strict");
+    }
+    return static_cast<BRYXValidationMode::Enum>(place - std::begin(names));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -84,7 +103,9 @@ int main(int argc, char** argv) {
                                     "  inspect FILE [options]\n\n"
                                     "Exits with 0 if there is no error, with 1 if there is one or if the file cannot "
                                     "be read whole, and with 2 if it was called wrongly.\n\nOptions");
-    options.add_options()("json", "print one JSON object")("help", "print this text");
+    options.add_options()("json", "print one JSON object")(
+        "validate", po::value<std::string>()->value_name("MODE")->default_value("standard"),
+        "how strictly to check the file: none, lenient, standard or strict")("help", "print this text");
     po::options_description all;
     all.add(options).add_options()("file", po::value<std::string>());
     po::positional_options_description positional;
@@ -99,7 +120,8 @@ int main(int argc, char** argv) {
         if (arguments.count("file") == 0) {
             throw po::error("no file is given");
         }
-        return inspect(arguments["file"].as<std::string>(), arguments.count("json") != 0);
+        return inspect(arguments["file"].as<std::string>(), modeOf(arguments["validate"].as<std::string>()),
+                       arguments.count("json") != 0);
     } catch (const po::error& error) {
         std::cerr << "inspect: " << error.what() << "\nTry inspect --help.\n";
         return BadUsage;

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "klv/ErrorHandler.h"
+#include "klv/KLVHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCStructureHandler.h"
 #include "mxf/essence/MXFPDProxySystemParser.h"
@@ -80,6 +81,9 @@ public:
     ///
     /// @throws klvutil::parse_error where the data or the stream does not allow to go on, with the position
     virtual void read() = 0;
+
+    /// Gets the body of each generic stream partition (ST 410) as a stream of KLV triplets of its own.
+    virtual void setGenericStreamHandler(std::shared_ptr<KLVHandler> handler) = 0;
 };
 
 /// A reader of @p stream, which it holds as well. Requires "stream is present".

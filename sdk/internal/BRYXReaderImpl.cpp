@@ -4,11 +4,17 @@
 #include <utility>
 
 #include "mxf/engines/MXFReader.h"
+#include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/structure/MXFIndexParser.h"
 #include "sdk/BRYXSystemParser.h"
 #include "sdk/internal/BRYXMetadataChain.h"
 #include "util/assertion_failure.h"
 #include "validation/BRYXOverridableLocator.h"
+#include "validation/internal/BRYXCrossValidator.h"
+#include "validation/internal/BRYXIndexValidator.h"
+#include "validation/internal/BRYXMetadataValidator.h"
+#include "validation/internal/BRYXStructureValidator.h"
+#include "validation/internal/BRYXSystemValidator.h"
 
 namespace {
 
@@ -40,37 +46,81 @@ public:
         if (reader.errorHandler_ != nullptr) {
             locator_ = std::make_shared<BRYXOverridableLocator>();
             errorHandler_ = std::make_shared<BRYXOverridableLocator::ErrorHandler>(reader.errorHandler_, locator_);
+            if (reader.mode_ != BRYXValidationMode::None) {
+                makeValidators();
+            }
         }
         makeParsers();
+        makeSplitter();
     }
 
     void read(std::istream& stream) {
         MXFReader engine;
-        engine.setStructureHandler(reader_.structureHandler_.get());
+        engine.setStructureHandler(structureHandler());
         engine.setHeaderMetadataHandler(metadata_ ? &metadata_->handler() : nullptr);
         engine.setIndexHandler(index_ ? &*index_ : nullptr);
         engine.setBodyHandler(splitter_ ? &*splitter_ : nullptr);
+        engine.setGenericStreamHandler(reader_.genericStreamHandler_.get());
         engine.setErrorHandler(errorHandler_.get());
         engine.read(stream);
     }
 
 private:
-    void makeParsers() {
+    template <class Validator, class... Arguments>
+    void make(std::optional<Validator>& validator, Arguments&&... arguments) {
+        validator.emplace(std::forward<Arguments>(arguments)...);
+        validator->setErrorHandler(errorHandler_);
+        validator->setLocator(locator_);
+    }
+
+    /// Those of what the caller has handlers for.
+    void makeValidators() {
+        const BRYXValidationMode::Enum mode = reader_.mode_;
+        if (reader_.structureHandler_ == nullptr && reader_.metadataHandler_ == nullptr &&
+            reader_.indexHandler_ == nullptr && reader_.sdtiCPSystemHandler_ == nullptr) {
+            return;
+        }
+        make(crossValidator_, mode);
+        if (reader_.structureHandler_ != nullptr) {
+            make(structureValidator_, *reader_.structureHandler_, *crossValidator_, mode);
+        }
         if (reader_.metadataHandler_ != nullptr) {
-            metadata_.emplace(reader_.metadataFactory_, *reader_.metadataHandler_, errorHandler_);
+            make(metadataValidator_, *reader_.metadataHandler_, *crossValidator_, mode);
         }
         if (reader_.indexHandler_ != nullptr) {
-            index_.emplace(*reader_.indexHandler_).setErrorHandler(errorHandler_.get());
+            make(indexValidator_, *reader_.indexHandler_, *crossValidator_, mode);
         }
+        if (reader_.sdtiCPSystemHandler_ != nullptr) {
+            auto* const structure = reader_.gcStructureHandler_.get();
+            make(systemValidator_, *reader_.sdtiCPSystemHandler_,
+                 structure != nullptr ? *structure : static_cast<MXFGCStructureHandler&>(dullGCStructure_),
+                 *crossValidator_, mode);
+            systemValidator_->setNextPDProxySystemHandler(reader_.pdProxySystemHandler_.get());
+        }
+    }
+
+    void makeParsers() {
+        if (reader_.metadataHandler_ != nullptr) {
+            metadata_.emplace(reader_.metadataFactory_, orCallers(metadataValidator_, *reader_.metadataHandler_),
+                              errorHandler_);
+        }
+        if (reader_.indexHandler_ != nullptr) {
+            index_.emplace(orCallers(indexValidator_, *reader_.indexHandler_)).setErrorHandler(errorHandler_.get());
+        }
+    }
+
+    void makeSplitter() {
         const bool wantsSystem = reader_.sdtiCPSystemHandler_ != nullptr || reader_.pdProxySystemHandler_ != nullptr;
         if (!wantsSystem && reader_.gcStructureHandler_ == nullptr && reader_.essenceHandler_ == nullptr) {
             return;
         }
         splitter_.emplace().setEssenceKeyClassifier(reader_.essenceKeyClassifier_.get());
-        splitter_->setStructureHandler(reader_.gcStructureHandler_.get());
+        splitter_->setStructureHandler(systemValidator_ ? &*systemValidator_ : reader_.gcStructureHandler_.get());
         if (wantsSystem) {
-            system_.setSDTICPSystemHandler(reader_.sdtiCPSystemHandler_.get());
-            system_.setPDProxySystemHandler(reader_.pdProxySystemHandler_.get());
+            system_.setSDTICPSystemHandler(systemValidator_ ? &*systemValidator_ : reader_.sdtiCPSystemHandler_.get());
+            const bool wantsProxy = reader_.pdProxySystemHandler_ != nullptr;
+            system_.setPDProxySystemHandler(systemValidator_ && wantsProxy ? &*systemValidator_
+                                                                           : reader_.pdProxySystemHandler_.get());
             system_.setErrorHandler(errorHandler_.get());
             splitter_->setSystemParser(system_);
         }
@@ -78,9 +128,28 @@ private:
         splitter_->setErrorHandler(errorHandler_.get());
     }
 
+    template <class Validator, class Handler>
+    static Handler& orCallers(std::optional<Validator>& validator, Handler& callers) {
+        return validator ? static_cast<Handler&>(*validator) : callers;
+    }
+
+    /// Of the engine. The cross validator learns by it of partitions and of the end of the file, if nobody else does.
+    MXFStructureHandler* structureHandler() {
+        if (structureValidator_) {
+            return &*structureValidator_;
+        }
+        return crossValidator_ ? &*crossValidator_ : reader_.structureHandler_.get();
+    }
+
     const BRYXReaderImpl& reader_;
     std::shared_ptr<BRYXOverridableLocator> locator_;
     std::shared_ptr<ErrorHandler> errorHandler_; ///< in front of the caller's; empty without one
+    DullMXFGCStructureHandler dullGCStructure_;
+    std::optional<BRYXCrossValidator> crossValidator_;
+    std::optional<BRYXStructureValidator> structureValidator_;
+    std::optional<BRYXMetadataValidator> metadataValidator_;
+    std::optional<BRYXIndexValidator> indexValidator_;
+    std::optional<BRYXSystemValidator> systemValidator_;
     std::optional<BRYXMetadataChain> metadata_;
     std::optional<MXFIndexParser> index_;
     BRYXSystemParser system_;
@@ -130,6 +199,10 @@ void BRYXReaderImpl::setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> hand
 
 void BRYXReaderImpl::setErrorHandler(std::shared_ptr<ErrorHandler> handler) {
     errorHandler_ = std::move(handler);
+}
+
+void BRYXReaderImpl::setGenericStreamHandler(std::shared_ptr<KLVHandler> handler) {
+    genericStreamHandler_ = std::move(handler);
 }
 
 void BRYXReaderImpl::read() {

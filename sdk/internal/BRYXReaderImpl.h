@@ -21,6 +21,7 @@ public:
     void setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> handler) override;
     void setErrorHandler(std::shared_ptr<ErrorHandler> handler) override;
     void read() override;
+    void setGenericStreamHandler(std::shared_ptr<KLVHandler> handler) override;
 
 private:
     class Pipeline;
@@ -37,4 +38,5 @@ private:
     std::shared_ptr<MXFPDProxySystemHandler> pdProxySystemHandler_;
     std::shared_ptr<MXFGCEssenceHandler> essenceHandler_;
     std::shared_ptr<ErrorHandler> errorHandler_;
+    std::shared_ptr<KLVHandler> genericStreamHandler_;
 };

@@ -1,0 +1,251 @@
+#include "validation/internal/BRYXCrossValidator.h"
+
+#include <algorithm>
+#include <set>
+
+#include "mxf/essence/MXFGCKeys.h"
+#include "validation/internal/BRYXIndexValidator.h"
+#include "validation/internal/BRYXRates.h"
+
+namespace checks = BRYXCrossChecks;
+
+namespace {
+
+std::uint32_t trackNumber(const KLVKey& key) {
+    return std::uint32_t{key[12]} << 24U | std::uint32_t{key[13]} << 16U | std::uint32_t{key[14]} << 8U | key[15];
+}
+
+std::string hexadecimal(std::uint32_t number) {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (int shift = 28; shift >= 0; shift -= 4) {
+        text += digits[number >> static_cast<unsigned>(shift) & 0xFU];
+    }
+    return text;
+}
+
+bool sameLabels(const std::vector<KLVKey>& a, const std::vector<KLVKey>& b) {
+    return std::set<KLVKey>(a.begin(), a.end()) == std::set<KLVKey>(b.begin(), b.end());
+}
+
+} // namespace
+
+void BRYXCrossValidator::startStructure() {
+    base_ = position() - runIn_;
+    partition_.reset();
+    metadata_.reset();
+    metadataIsComplete_ = false;
+    randomIndexSeen_ = false;
+    bodies_.clear();
+    indexes_.clear();
+    essence_.clear();
+}
+
+void BRYXCrossValidator::startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) {
+    partition_ = Partition{key,
+                           pack.operationalPattern,
+                           pack.essenceContainers,
+                           pack.indexSID,
+                           pack.bodySID,
+                           base_ + headerStart + pack.headerByteCount + pack.indexByteCount};
+    if (pack.bodySID != 0 && bodies_.size() < maxKept) {
+        const bool isGenericStream = mxfutil::partitionStatus(key) == MXFPartitionStatus::GenericStream;
+        bodies_.emplace(pack.bodySID, Stream{position(), 0, isGenericStream});
+    }
+    if (pack.indexSID != 0 && indexes_.size() < maxKept) {
+        indexes_.emplace(pack.indexSID, Stream{position()});
+    }
+}
+
+void BRYXCrossValidator::endPartition(const KLVKey& /*key*/) {
+    const auto body = bodies_.find(bodySID());
+    const std::uint64_t end = position();
+    if (body != bodies_.end() && end > partition_->bodyStart) {
+        body->second.octets += end - partition_->bodyStart;
+    }
+}
+
+const BRYXCrossValidator::Stream* BRYXCrossValidator::find(const std::map<std::uint32_t, Stream>& streams,
+                                                           std::uint32_t sid) {
+    const auto stream = streams.find(sid);
+    return stream == streams.end() ? nullptr : &stream->second;
+}
+
+void BRYXCrossValidator::randomIndex(const MXFRandomIndex& /*index*/) {
+    randomIndexSeen_ = true;
+}
+
+bool BRYXCrossValidator::isClosed() const {
+    const auto status = partition_ ? mxfutil::partitionStatus(partition_->key) : MXFPartitionStatus::OpenIncomplete;
+    return status == MXFPartitionStatus::ClosedIncomplete || status == MXFPartitionStatus::ClosedComplete;
+}
+
+bool BRYXCrossValidator::isComplete() const {
+    const auto status = partition_ ? mxfutil::partitionStatus(partition_->key) : MXFPartitionStatus::OpenIncomplete;
+    return status == MXFPartitionStatus::OpenComplete || status == MXFPartitionStatus::ClosedComplete;
+}
+
+void BRYXCrossValidator::metadata(BRYXMetadataSummary summary) {
+    if (partition_) {
+        if (summary.operationalPattern != partition_->operationalPattern) {
+            reportAt(summary.position, checks::inconsistentPrefacePattern, toString(summary.operationalPattern));
+        }
+        if (!sameLabels(summary.essenceContainers, partition_->essenceContainers)) {
+            reportAt(summary.position, checks::inconsistentPrefaceContainers);
+        }
+    }
+    // The last one counts, but not where something is missing in it that an earlier one has.
+    if (!metadata_ || isComplete() || !metadataIsComplete_) {
+        metadata_ = std::move(summary);
+        metadataIsComplete_ = isComplete();
+    }
+}
+
+void BRYXCrossValidator::segment(const MXFIndexTableSegment& segment) const {
+    if (partition_ && segment.indexSID != partition_->indexSID) {
+        report(checks::misplacedSegment, std::to_string(segment.indexSID));
+    }
+}
+
+void BRYXCrossValidator::element(const KLVKey& key) {
+    const auto place = essence_.find(bodySID());
+    Essence& essence = place != essence_.end() ? place->second : essence_[bodySID()];
+    const std::uint32_t number = trackNumber(key);
+    if (essence.elements.count(number) == 0 && essence.elements.size() < maxKept) {
+        essence.elements.emplace(number, position());
+    }
+}
+
+void BRYXCrossValidator::contentPackage() {
+    ++essence_[bodySID()].packages;
+}
+
+void BRYXCrossValidator::systemItem(const KLVKey& label, const boost::optional<Rational>& rate) {
+    Essence& essence = essence_[bodySID()];
+    if (!essence.label) {
+        essence.systemPosition = position();
+        essence.label = label;
+        essence.rate = rate;
+    }
+}
+
+const BRYXMetadataSummary::Container* BRYXCrossValidator::containerOf(std::uint32_t bodySID) const {
+    const auto& containers = metadata_->containers;
+    const auto container =
+        std::find_if(containers.begin(), containers.end(), [&](const auto& each) { return each.bodySID == bodySID; });
+    return container == containers.end() ? nullptr : &*container;
+}
+
+void BRYXCrossValidator::checkSIDs() const {
+    const auto& containers = metadata_->containers;
+    for (const auto& [sid, body] : bodies_) {
+        if (!body.isGenericStream && containerOf(sid) == nullptr) {
+            reportAt(body.position, checks::unknownBodySID, std::to_string(sid));
+        }
+    }
+    for (const auto& [sid, index] : indexes_) {
+        if (std::none_of(containers.begin(), containers.end(),
+                         [sid = sid](const auto& c) { return c.indexSID == sid; })) {
+            reportAt(index.position, checks::unknownIndexSID, std::to_string(sid));
+        }
+    }
+    for (const auto& container : containers) {
+        if (container.bodySID != 0 && bodies_.count(container.bodySID) == 0) {
+            reportAt(container.position, checks::missingEssence, std::to_string(container.bodySID));
+        }
+        if (container.indexSID != 0 && indexes_.count(container.indexSID) == 0) {
+            reportAt(container.position, checks::missingIndex, std::to_string(container.indexSID));
+        }
+    }
+}
+
+void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) const {
+    for (const auto& [sids, table] : tables) {
+        const auto body = bodies_.find(sids.second);
+        if (body != bodies_.end() && table.reach > body->second.octets) {
+            reportAt(table.reachPosition, checks::indexBeyondEssence, std::to_string(table.reach));
+        }
+        if (!metadata_) {
+            continue;
+        }
+        const auto& containers = metadata_->containers;
+        const auto* const container = containerOf(sids.second);
+        if (container == nullptr || container->indexSID != sids.first) {
+            // An index SID that nobody knows has been found where the partition begins.
+            if (indexes_.empty() || std::any_of(containers.begin(), containers.end(),
+                                                [sid = sids.first](const auto& c) { return c.indexSID == sid; })) {
+                reportAt(table.position, checks::unknownIndexTable,
+                         std::to_string(sids.first) + ", " + std::to_string(sids.second));
+            }
+            continue;
+        }
+        const auto& tracks = container->tracks;
+        const auto atRate = [&](const auto& track) { return isSameRate(track.editRate, table.editRate); };
+        if (!tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate) &&
+            !(container->sampleRate && isSameRate(*container->sampleRate, table.editRate))) {
+            reportAt(table.position, checks::inconsistentIndexEditRate, toString(table.editRate));
+        }
+        if (!table.isEndless && std::any_of(tracks.begin(), tracks.end(), [&](const auto& track) {
+                return atRate(track) && (table.end < track.duration || table.start > 0);
+            })) {
+            reportAt(table.position, checks::incompleteIndexTable,
+                     std::to_string(table.start) + " to " + std::to_string(table.end));
+        }
+    }
+}
+
+void BRYXCrossValidator::checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const {
+    const auto& tracks = container.tracks;
+    for (const auto& [number, position] : essence.elements) {
+        if (std::none_of(tracks.begin(), tracks.end(), [n = number](const auto& track) { return track.number == n; })) {
+            reportAt(position, checks::unknownElement, hexadecimal(number));
+        }
+    }
+    for (const auto& track : tracks) {
+        if (essence.elements.count(track.number) == 0) {
+            reportAt(track.position, checks::missingElements, hexadecimal(track.number));
+        }
+    }
+}
+
+void BRYXCrossValidator::checkEssence() const {
+    for (const auto& [sid, essence] : essence_) {
+        const auto* const container = containerOf(sid);
+        if (container == nullptr || !container->hasPackage) {
+            continue;
+        }
+        checkElements(essence, *container);
+        const auto& tracks = container->tracks;
+        // A single content package may be all of the essence, wrapped as a clip.
+        if (essence.packages > 1 &&
+            std::any_of(tracks.begin(), tracks.end(), [](const auto& t) { return t.duration >= 0; }) &&
+            std::none_of(tracks.begin(), tracks.end(), [count = essence.packages](const auto& track) {
+                return track.duration >= 0 && static_cast<std::uint64_t>(track.duration) == count;
+            })) {
+            reportAt(container->position, checks::inconsistentPackageCount, std::to_string(essence.packages));
+        }
+        const auto& labels = metadata_->essenceContainers;
+        if (essence.label && std::find(labels.begin(), labels.end(), *essence.label) == labels.end()) {
+            reportAt(essence.systemPosition, checks::unlistedSystemLabel, toString(*essence.label));
+        }
+        if (essence.rate && !tracks.empty() &&
+            std::none_of(tracks.begin(), tracks.end(),
+                         [rate = *essence.rate](const auto& track) { return isSameRate(track.editRate, rate); })) {
+            reportAt(essence.systemPosition, checks::inconsistentPackageRate, toString(*essence.rate));
+        }
+    }
+}
+
+void BRYXCrossValidator::endStructure() {
+    if (indexValidator_ != nullptr) {
+        checkIndexTables(indexValidator_->endFile());
+    }
+    if (metadata_) {
+        checkEssence();
+        checkSIDs();
+        if (metadata_->ripPresent && *metadata_->ripPresent != randomIndexSeen_) {
+            reportAt(metadata_->position, checks::inconsistentRIPPresent,
+                     randomIndexSeen_ ? "there is one" : "there is none");
+        }
+    }
+}

@@ -1,0 +1,138 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "klv/KLVKey.h"
+#include "klv/KLVValueTypes.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
+#include "mxf/structure/MXFIndexTableSegment.h"
+#include "validation/internal/BRYXValidator.h"
+
+/// What header metadata says about the rest of the file. Positions are those of sets.
+struct BRYXMetadataSummary {
+    /// A track of a file package with essence in the file.
+    struct Track {
+        std::uint32_t number;
+        Rational editRate;
+        std::int64_t duration; ///< negative if it is not known
+        std::uint64_t position;
+    };
+    /// An EssenceContainerData set.
+    struct Container {
+        std::uint32_t bodySID = 0;
+        std::uint32_t indexSID = 0;
+        std::uint64_t position = 0;
+        bool hasPackage = false; ///< whether the file package that it names is there
+        std::vector<Track> tracks;
+        boost::optional<Rational> sampleRate; ///< of the file package's descriptor
+    };
+
+    std::uint64_t position = 0; ///< of the Preface
+    KLVKey operationalPattern;
+    std::vector<KLVKey> essenceContainers;
+    boost::optional<bool> ripPresent;
+    std::vector<Container> containers;
+};
+
+/// An index table, as far as it matters to the rest of the file.
+struct BRYXIndexSummary {
+    std::uint64_t position = 0; ///< of its first segment
+    Rational editRate;
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+    bool isEndless = false;          ///< goes on to the end of the essence
+    std::uint64_t reach = 0;         ///< octets of the essence container that it needs to be there, at least
+    std::uint64_t reachPosition = 0; ///< of the segment that tells so
+};
+
+/// The index tables of a file, by index SID and body SID.
+using BRYXIndexSummaries = std::map<std::pair<std::uint32_t, std::uint32_t>, BRYXIndexSummary>;
+
+class BRYXIndexValidator;
+
+/// Holds against one another what is found in the parts of a file: most of it when the file ends. It gets the structure
+/// from the structure validator; where nobody wants that, from the engine.
+class BRYXCrossValidator final : public DullMXFStructureHandler, public BRYXValidator {
+public:
+    using BRYXValidator::BRYXValidator;
+
+    /// What the partitions of one SID hold.
+    struct Stream {
+        std::uint64_t position = 0; ///< of the first pack
+        std::uint64_t octets = 0;   ///< of all bodies so far
+        bool isGenericStream = false;
+    };
+
+    void startStructure() override;
+    void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) override;
+    void endPartition(const KLVKey& key) override;
+    void randomIndex(const MXFRandomIndex& index) override;
+    void runIn(std::uint64_t length) override { runIn_ = length; }
+    void endStructure() override;
+
+    // What partitions before the current one hold, by body SID and index SID; null if there is none.
+
+    const Stream* findBody(std::uint32_t bodySID) const { return find(bodies_, bodySID); }
+    const Stream* findIndex(std::uint32_t indexSID) const { return find(indexes_, indexSID); }
+
+    // By the metadata validator.
+
+    void metadata(BRYXMetadataSummary summary);
+    /// Whether header metadata that is read now is final: in a closed partition; and whether nothing is missing.
+    bool isClosed() const;
+    bool isComplete() const;
+
+    // By the index validator.
+
+    void segment(const MXFIndexTableSegment& segment) const;
+    /// @param validator not owned; has the index tables summed up when the file ends
+    void setIndexValidator(BRYXIndexValidator& validator) { indexValidator_ = &validator; }
+
+    // By the system validator. Elements stand at the current position.
+
+    std::uint32_t bodySID() const noexcept { return partition_ ? partition_->bodySID : 0; }
+    void element(const KLVKey& key);
+    void contentPackage();
+    void systemItem(const KLVKey& label, const boost::optional<Rational>& rate);
+
+private:
+    struct Partition {
+        KLVKey key;
+        KLVKey operationalPattern;
+        std::vector<KLVKey> essenceContainers;
+        std::uint32_t indexSID;
+        std::uint32_t bodySID;
+        std::uint64_t bodyStart; ///< stream position
+    };
+    /// What the bodies with one SID hold.
+    struct Essence {
+        std::map<std::uint32_t, std::uint64_t> elements; ///< track numbers, and positions where they occur first
+        std::uint64_t packages = 0;
+        std::uint64_t systemPosition = 0; ///< of the first system item
+        boost::optional<KLVKey> label;    ///< of that one
+        boost::optional<Rational> rate;
+    };
+
+    static const Stream* find(const std::map<std::uint32_t, Stream>& streams, std::uint32_t sid);
+    const BRYXMetadataSummary::Container* containerOf(std::uint32_t bodySID) const;
+    void checkSIDs() const;
+    void checkIndexTables(const BRYXIndexSummaries& tables) const;
+    void checkEssence() const;
+    void checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const;
+
+    boost::optional<Partition> partition_; ///< the current one
+    boost::optional<BRYXMetadataSummary> metadata_;
+    bool metadataIsComplete_ = false;
+    bool randomIndexSeen_ = false;
+    std::uint64_t runIn_ = 0;
+    std::uint64_t base_ = 0;                   ///< where the file begins in its stream
+    std::map<std::uint32_t, Stream> bodies_;   ///< by body SID
+    std::map<std::uint32_t, Stream> indexes_;  ///< by index SID
+    std::map<std::uint32_t, Essence> essence_; ///< by body SID
+    BRYXIndexValidator* indexValidator_ = nullptr;
+};

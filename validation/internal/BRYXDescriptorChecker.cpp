@@ -1,0 +1,237 @@
+#include "validation/internal/BRYXDescriptorChecker.h"
+
+#include <algorithm>
+
+#include "mxf/metadata/descriptors/AudioChannelLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/CDCIPictureDescriptor.h"
+#include "mxf/metadata/descriptors/GroupOfSoundfieldGroupsLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/MultipleDescriptor.h"
+#include "mxf/metadata/descriptors/SoundfieldGroupLabelSubDescriptor.h"
+#include "mxf/metadata/descriptors/WaveAudioDescriptor.h"
+#include "mxf/metadata/structural/SourcePackage.h"
+#include "mxf/metadata/structural/TimelineTrack.h"
+#include "validation/internal/BRYXPackageChecker.h"
+#include "validation/internal/BRYXRates.h"
+
+namespace checks = BRYXMetadataChecks;
+
+namespace {
+
+template <class Class>
+const Class* as(const MetadataRoot* set) {
+    return dynamic_cast<const Class*>(set);
+}
+
+/// Whether @p size from @p offset on fits into @p outer.
+bool fits(std::int64_t offset, std::uint32_t size, std::uint32_t outer) {
+    return offset >= 0 && offset + std::int64_t{size} <= std::int64_t{outer};
+}
+
+} // namespace
+
+BRYXDescriptorChecker::BRYXDescriptorChecker(const BRYXValidator& validator, const Preface& preface)
+    : BRYXModelChecker(validator),
+      essenceContainers_(preface.getEssenceContainers().begin(), preface.getEssenceContainers().end()) {}
+
+void BRYXDescriptorChecker::check(const SourcePackage& package) const {
+    const auto descriptor = package.getDescriptor();
+    const auto* const file = as<FileDescriptor>(descriptor.get());
+    if (file == nullptr) {
+        return; // of physical media
+    }
+    checkDescriptor(package, *file);
+    if (const auto* const multiple = as<MultipleDescriptor>(file)) {
+        checkMultiple(package, *multiple);
+    }
+}
+
+void BRYXDescriptorChecker::checkDescriptor(const SourcePackage& package, const FileDescriptor& descriptor) const {
+    if (!isWhole(descriptor)) {
+        return;
+    }
+    checkFile(package, descriptor);
+    if (const auto* const picture = as<PictureDescriptor>(&descriptor)) {
+        checkPicture(*picture);
+    }
+    if (const auto* const sound = as<SoundDescriptor>(&descriptor)) {
+        checkSound(*sound);
+    }
+    checkLabels(descriptor);
+}
+
+void BRYXDescriptorChecker::checkFile(const SourcePackage& package, const FileDescriptor& descriptor) const {
+    if (essenceContainers_.count(descriptor.getEssenceContainer()) == 0) {
+        report(descriptor, checks::unlistedEssenceContainer, toString(descriptor.getEssenceContainer()));
+    }
+    if (!isRate(descriptor.getSampleRate())) {
+        report(descriptor, checks::invalidSampleRate, toString(descriptor.getSampleRate()));
+    }
+    bool isLinked = !descriptor.hasLinkedTrackID();
+    bool hasTracks = false;
+    bool hasDuration = false;
+    for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
+        const auto track = package.getTrackAt(i);
+        const auto segment = track->getSegment();
+        const bool isLinkedTrack =
+            descriptor.hasLinkedTrackID() && descriptor.getLinkedTrackID() == track->getTrackID();
+        isLinked = isLinked || isLinkedTrack;
+        const auto* const timeline = as<TimelineTrack>(track.get());
+        if (timeline == nullptr || segment == nullptr || (descriptor.hasLinkedTrackID() && !isLinkedTrack) ||
+            isMetadataDefinition(segment->getDataDefinition()) || durationOf(*segment) < 0 ||
+            !isSameRate(timeline->getEditRate(), descriptor.getSampleRate())) {
+            continue;
+        }
+        hasTracks = true;
+        hasDuration = hasDuration ||
+                      (descriptor.hasContainerDuration() && durationOf(*segment) == descriptor.getContainerDuration());
+    }
+    if (!isLinked) {
+        report(descriptor, checks::unknownLinkedTrack, std::to_string(descriptor.getLinkedTrackID()));
+    }
+    if (descriptor.hasContainerDuration() && descriptor.getContainerDuration() >= 0 && hasTracks && !hasDuration) {
+        report(descriptor, checks::inconsistentContainerDuration, std::to_string(descriptor.getContainerDuration()));
+    }
+}
+
+void BRYXDescriptorChecker::checkMultiple(const SourcePackage& package, const MultipleDescriptor& descriptor) const {
+    for (std::size_t i = 0; i < descriptor.getSubDescriptorCount(); ++i) {
+        const auto sub = descriptor.getSubDescriptorAt(i);
+        checkDescriptor(package, *sub);
+        if (!sub->hasLinkedTrackID()) {
+            report(*sub, checks::missingLinkedTrack);
+        }
+    }
+}
+
+void BRYXDescriptorChecker::checkPicture(const PictureDescriptor& descriptor) const {
+    const std::uint32_t storedWidth = descriptor.getStoredWidth();
+    const std::uint32_t storedHeight = descriptor.getStoredHeight();
+    if (storedWidth == 0) {
+        report(descriptor, checks::invalidStoredSize, "PictureDescriptor.storedWidth", "0");
+    }
+    if (storedHeight == 0) {
+        report(descriptor, checks::invalidStoredSize, "PictureDescriptor.storedHeight", "0");
+    }
+    const auto x = [](bool has, auto get) { return has ? std::int64_t{get()} : 0; };
+    const std::uint32_t sampledWidth = descriptor.hasSampledWidth() ? descriptor.getSampledWidth() : storedWidth;
+    const std::uint32_t sampledHeight = descriptor.hasSampledHeight() ? descriptor.getSampledHeight() : storedHeight;
+    const bool sampledFits = fits(x(descriptor.hasSampledXOffset(), [&] { return descriptor.getSampledXOffset(); }),
+                                  sampledWidth, storedWidth) &&
+                             fits(x(descriptor.hasSampledYOffset(), [&] { return descriptor.getSampledYOffset(); }),
+                                  sampledHeight, storedHeight);
+    if (!sampledFits) {
+        report(descriptor, checks::invalidRectangle, "sampled",
+               std::to_string(sampledWidth) + "x" + std::to_string(sampledHeight));
+    }
+    const std::uint32_t displayWidth = descriptor.hasDisplayWidth() ? descriptor.getDisplayWidth() : sampledWidth;
+    const std::uint32_t displayHeight = descriptor.hasDisplayHeight() ? descriptor.getDisplayHeight() : sampledHeight;
+    if (!fits(x(descriptor.hasDisplayXOffset(), [&] { return descriptor.getDisplayXOffset(); }), displayWidth,
+              sampledWidth) ||
+        !fits(x(descriptor.hasDisplayYOffset(), [&] { return descriptor.getDisplayYOffset(); }), displayHeight,
+              sampledHeight)) {
+        report(descriptor, checks::invalidRectangle, "display",
+               std::to_string(displayWidth) + "x" + std::to_string(displayHeight));
+    }
+    if (!isRate(descriptor.getAspectRatio())) {
+        report(descriptor, checks::invalidAspectRatio, toString(descriptor.getAspectRatio()));
+    }
+    // Two fields have a line each.
+    const std::size_t lines = descriptor.getVideoLineMap().size();
+    const bool isInterlaced = descriptor.getFrameLayout() == MXFFrameLayout::SeparateFields ||
+                              descriptor.getFrameLayout() == MXFFrameLayout::MixedFields;
+    if (lines > 2 || lines < (isInterlaced ? 2U : 1U)) {
+        report(descriptor, checks::inconsistentVideoLineMap, std::to_string(lines) + " lines");
+    }
+    if (const auto* const cdci = as<CDCIPictureDescriptor>(&descriptor)) {
+        checkCDCI(*cdci);
+    }
+}
+
+void BRYXDescriptorChecker::checkCDCI(const CDCIPictureDescriptor& descriptor) const {
+    if (descriptor.getComponentDepth() == 0) {
+        report(descriptor, checks::invalidComponentDepth, "0");
+    }
+    if (descriptor.hasBlackReferenceLevel() && descriptor.hasWhiteReferenceLevel() &&
+        descriptor.getBlackReferenceLevel() >= descriptor.getWhiteReferenceLevel()) {
+        report(descriptor, checks::inconsistentReferenceLevels,
+               std::to_string(descriptor.getBlackReferenceLevel()) + " and " +
+                   std::to_string(descriptor.getWhiteReferenceLevel()));
+    }
+}
+
+void BRYXDescriptorChecker::checkSound(const SoundDescriptor& descriptor) const {
+    if (!isRate(descriptor.getAudioSamplingRate())) {
+        report(descriptor, checks::invalidAudioSamplingRate, toString(descriptor.getAudioSamplingRate()));
+    } else if (const auto* const wave = as<WaveAudioDescriptor>(&descriptor)) {
+        checkWave(*wave);
+    }
+}
+
+void BRYXDescriptorChecker::checkWave(const WaveAudioDescriptor& descriptor) const {
+    const std::uint64_t channels = descriptor.getChannelCount();
+    const std::uint64_t sampleOctets = (std::uint64_t{descriptor.getQuantizationBits()} + 7) / 8;
+    const std::uint64_t blockAlign = descriptor.getBlockAlign();
+    if (channels != 0 && sampleOctets != 0 && blockAlign != channels * sampleOctets) {
+        report(descriptor, checks::inconsistentBlockAlign,
+               std::to_string(blockAlign) + ", not " + std::to_string(channels * sampleOctets));
+    }
+    const Rational& rate = descriptor.getAudioSamplingRate();
+    const double expected = static_cast<double>(blockAlign) * rate.numerator / rate.denominator;
+    const double difference = static_cast<double>(descriptor.getAverageBytesPerSecond()) - expected;
+    if (difference >= 1 || difference <= -1) {
+        report(descriptor, checks::inconsistentAverageBytesPerSecond,
+               std::to_string(descriptor.getAverageBytesPerSecond()));
+    }
+}
+
+void BRYXDescriptorChecker::checkLabels(const FileDescriptor& descriptor) const {
+    std::set<MXFUID> links;
+    std::set<MXFUID> soundfields;
+    std::set<MXFUID> groups;
+    for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
+        const auto set = descriptor.getGenericSubDescriptorAt(i);
+        const auto* const label = as<MCALabelSubDescriptor>(set.get());
+        if (label == nullptr || !isWhole(*label)) {
+            continue;
+        }
+        if (!links.insert(label->getLinkID()).second) {
+            report(*label, checks::duplicateMCALink, toString(label->getLinkID()));
+        }
+        if (as<SoundfieldGroupLabelSubDescriptor>(label) != nullptr) {
+            soundfields.insert(label->getLinkID());
+        } else if (as<GroupOfSoundfieldGroupsLabelSubDescriptor>(label) != nullptr) {
+            groups.insert(label->getLinkID());
+        }
+    }
+    const auto* const sound = as<SoundDescriptor>(&descriptor);
+    std::set<std::uint32_t> channels;
+    std::size_t channelLabels = 0;
+    for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
+        const auto set = descriptor.getGenericSubDescriptorAt(i);
+        if (const auto* const channel = as<AudioChannelLabelSubDescriptor>(set.get())) {
+            ++channelLabels;
+            if (channel->hasSoundfieldGroup() && soundfields.count(channel->getSoundfieldGroup()) == 0) {
+                report(*channel, checks::unknownSoundfieldGroup, toString(channel->getSoundfieldGroup()));
+            }
+            // The ID may be left out where there is a single channel.
+            const std::uint32_t id = channel->hasChannelID() ? channel->getChannelID() : 1;
+            if (sound != nullptr && (id == 0 || id > sound->getChannelCount())) {
+                report(*channel, checks::invalidMCAChannel, std::to_string(id));
+            } else if (!channels.insert(id).second) {
+                report(*channel, checks::duplicateMCAChannel, std::to_string(id));
+            }
+        } else if (const auto* const soundfield = as<SoundfieldGroupLabelSubDescriptor>(set.get())) {
+            if (soundfield->hasGroupOfSoundfieldGroups()) {
+                for (const MXFUID& group : soundfield->getGroupOfSoundfieldGroups()) {
+                    if (groups.count(group) == 0) {
+                        report(*soundfield, checks::unknownGroupOfSoundfieldGroups, toString(group));
+                    }
+                }
+            }
+        }
+    }
+    if (sound != nullptr && channelLabels != 0 && channels.size() < sound->getChannelCount()) {
+        report(descriptor, checks::unlabelledChannels,
+               std::to_string(channels.size()) + " of " + std::to_string(sound->getChannelCount()));
+    }
+}

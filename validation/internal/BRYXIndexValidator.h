@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "mxf/structure/MXFIndexHandler.h"
+#include "validation/internal/BRYXCrossValidator.h"
+
+/// Checks index table segments, each by itself and all of a table together, and passes them on. MXFIndexParser has
+/// checked before whether durations and counts fit the arrays.
+class BRYXIndexValidator final : public MXFIndexHandler, public BRYXValidator {
+public:
+    /// @param next not owned, as @p cross
+    BRYXIndexValidator(MXFIndexHandler& next, BRYXCrossValidator& cross, BRYXValidationMode::Enum mode);
+
+    void startIndex() override;
+    void endIndex() override;
+    void indexTableSegment(const MXFIndexTableSegment& segment) override;
+
+    /// All segments have come: checks what each table says as a whole, and sums it up.
+    const BRYXIndexSummaries& endFile();
+
+private:
+    /// What is kept of a segment. Its edit units end where @p end says, unless it goes on to the end of the essence.
+    struct Segment {
+        std::int64_t start;
+        std::int64_t end;
+        bool isEndless;
+        std::uint64_t position;
+        std::uint64_t digest; ///< of all that it says
+        std::uint32_t region; ///< the index region that it stands in
+    };
+    /// The least of some values, and where it stands.
+    struct Least {
+        std::int64_t value = std::numeric_limits<std::int64_t>::max();
+        std::uint64_t position = 0;
+
+        void include(std::int64_t other, std::uint64_t otherPosition) {
+            if (other < value) {
+                value = other;
+                position = otherPosition;
+            }
+        }
+    };
+    /// What is kept of a table, and what the entries of its segments ask of it.
+    struct Table {
+        Rational editRate; ///< of the first segment
+        std::vector<Segment> segments;
+        bool isWhole = true; ///< whether all segments are kept
+        // Where offsets lead to, as edit units; the greatest ones are held with their signs changed.
+        Least leastKeyFrame;
+        Least greatestKeyFrame; ///< of the offsets themselves
+        Least leastTemporal;
+        Least greatestTemporal;
+    };
+
+    bool checkNumbers(const MXFIndexTableSegment& segment) const;
+    void checkDeltas(const MXFIndexTableSegment& segment) const;
+    void checkEntries(const MXFIndexTableSegment& segment, Table& table) const;
+    void add(const MXFIndexTableSegment& segment, Table& table, BRYXIndexSummary& summary);
+    void checkRepetitions(std::vector<Segment>& segments) const;
+    void checkCoverage(const std::vector<Segment>& segments) const;
+
+    MXFIndexHandler& next_;
+    BRYXCrossValidator& cross_;
+    std::map<std::pair<std::uint32_t, std::uint32_t>, Table> tables_;
+    BRYXIndexSummaries summaries_;
+    std::uint32_t region_ = 0;
+    std::size_t kept_ = 0; ///< segments
+};

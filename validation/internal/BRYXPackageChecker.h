@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "mxf/metadata/structural/Preface.h"
+#include "validation/internal/BRYXCrossValidator.h"
+#include "validation/internal/BRYXModelChecker.h"
+
+class Sequence;
+class SourceClip;
+class TimecodeComponent;
+class TimelineTrack;
+
+/// Whether a data definition is that of timecode or descriptive metadata, and not of essence (ST 377-1).
+bool isMetadataDefinition(const KLVKey& dataDefinition);
+
+/// What is on the tracks of a package, which all segments of one tell.
+std::int64_t durationOf(const Component& component);
+
+/// Whether @p package describes an essence container: it has a file descriptor, or one of a class that is not known.
+bool isFilePackage(const GenericPackage& package);
+
+/// Checks the packages of a model, their tracks and what is on them, and the essence container data.
+class BRYXPackageChecker : public BRYXModelChecker {
+public:
+    /// @param isComplete whether all values are final and known
+    BRYXPackageChecker(const BRYXValidator& validator, const ContentStorage& storage, bool isComplete);
+
+    void check() const;
+
+    /// The essence container data and the tracks of their packages.
+    std::vector<BRYXMetadataSummary::Container> containers() const;
+
+private:
+    using Package = std::shared_ptr<const GenericPackage>;
+
+    void checkPackage(const GenericPackage& package) const;
+    void checkTrack(const Track& track) const;
+    void checkTimelineTrack(const TimelineTrack& track) const;
+    void checkDurations(const GenericPackage& package) const;
+    void checkSequence(const Sequence& sequence, bool isTimeline) const;
+    void checkComponent(const GenericPackage& package, const Track& track, const Component& component) const;
+    void checkSourceClip(const GenericPackage& package, const Track& track, const SourceClip& clip) const;
+    void checkTimecode(const Rational& editRate, const TimecodeComponent& timecode) const;
+    void checkCycles() const;
+    void checkContainers() const;
+    Package find(const UMID& packageUID) const;
+    /// Calls @p visit with each component of @p track that is no Sequence.
+    template <class Visit>
+    static void forEachComponent(const Track& track, Visit visit);
+
+    const ContentStorage& storage_;
+    bool isComplete_;
+    std::map<UMID, Package> packages_;
+};

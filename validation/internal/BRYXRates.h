@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+#include "klv/KLVValueTypes.h"
+
+/// Whether @p rate is one: positive.
+inline bool isRate(const Rational& rate) noexcept {
+    return rate.numerator > 0 && rate.denominator > 0;
+}
+
+/// Whether two rates are equal in value.
+inline bool isSameRate(const Rational& a, const Rational& b) noexcept {
+    return isRate(a) && isRate(b) &&
+           std::int64_t{a.numerator} * b.denominator == std::int64_t{b.numerator} * a.denominator;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "mxf/structure/MXFStructureHandler.h"
+#include "validation/internal/BRYXCrossValidator.h"
+
+/// Checks of partition packs and the random index what MXFStructureValidator, behind which it stands, does not; and passes
+/// them on.
+class BRYXStructureValidator final : public MXFStructureHandler, public BRYXValidator {
+public:
+    /// @param next not owned, as @p cross
+    BRYXStructureValidator(MXFStructureHandler& next, BRYXCrossValidator& cross, BRYXValidationMode::Enum mode)
+        : BRYXValidator(mode), next_(next), cross_(cross) {}
+
+    void runIn(std::uint64_t length) override;
+    void startStructure() override;
+    void endStructure() override;
+    void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) override;
+    void endPartition(const KLVKey& key) override;
+    void randomIndex(const MXFRandomIndex& index) override;
+
+private:
+    /// What later packs are compared with.
+    struct First {
+        KLVKey operationalPattern;
+        std::uint32_t kagSize = 0;
+        bool isClosed = false;
+    };
+
+    void checkStatus(const KLVKey& key, const MXFPartitionPack& pack);
+    void checkLabels(const MXFPartitionPack& pack, bool isClosed);
+    void checkSIDs(const KLVKey& key, const MXFPartitionPack& pack) const;
+
+    MXFStructureHandler& next_;
+    BRYXCrossValidator& cross_;
+    boost::optional<First> first_;
+    std::set<KLVKey> containers_; ///< all labels so far
+    bool containersAreFinal_ = false;
+    boost::optional<std::uint64_t> openMetadata_; ///< the pack whose header metadata, the last so far, may still change
+    std::uint64_t position_ = 0;                  ///< of the pack of the current partition
+    std::uint32_t kagSize_ = 0;                   ///< of that
+};

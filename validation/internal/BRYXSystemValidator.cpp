@@ -1,0 +1,186 @@
+#include "validation/internal/BRYXSystemValidator.h"
+
+#include <string>
+
+#include "mxf/essence/MXFGCKeys.h"
+#include "timecode/TimecodeCalculator.h"
+
+namespace checks = BRYXSystemChecks;
+
+namespace {
+
+/// The bits of a bitmap that announce items, the kinds of elements in them, and their names.
+struct AnnouncedItem {
+    std::uint8_t bit;
+    MXFGCEssenceKind kind;
+    const char* name;
+};
+constexpr AnnouncedItem announcedItems[] = {
+    {MXFSystemBitmap::pictureItem, MXFGCEssenceKind::Picture, "picture"},
+    {MXFSystemBitmap::soundItem, MXFGCEssenceKind::Sound, "sound"},
+    {MXFSystemBitmap::dataItem, MXFGCEssenceKind::Data, "data"},
+};
+
+std::size_t indexOf(MXFGCEssenceKind kind) {
+    return static_cast<std::size_t>(kind);
+}
+
+} // namespace
+
+BRYXSystemValidator::BRYXSystemValidator(MXFSDTICPSystemHandler& next, MXFGCStructureHandler& nextStructure,
+                                         BRYXCrossValidator& cross, BRYXValidationMode::Enum mode)
+    : MXFGCStructureFilter(nextStructure), BRYXValidator(mode), next_(next), cross_(cross) {}
+
+BRYXSystemValidator::~BRYXSystemValidator() = default;
+
+void BRYXSystemValidator::startStream(std::uint64_t kagSize) {
+    const std::uint32_t bodySID = cross_.bodySID();
+    container_ = containers_.size() < maxKept || containers_.count(bodySID) != 0 ? &containers_[bodySID] : nullptr;
+    MXFGCStructureFilter::startStream(kagSize);
+}
+
+void BRYXSystemValidator::endStream() {
+    container_ = nullptr;
+    MXFGCStructureFilter::endStream();
+}
+
+void BRYXSystemValidator::startContentPackage() {
+    packagePosition_ = position();
+    bitmap_.reset();
+    hasSystemItem_ = false;
+    items_ = {};
+    cross_.contentPackage();
+    MXFGCStructureFilter::startContentPackage();
+}
+
+void BRYXSystemValidator::startElement(const KLVKey& key) {
+    if (mxfutil::isGCSystemElement(key)) {
+        hasSystemItem_ = true;
+    } else {
+        cross_.element(key);
+        Item& item = items_[indexOf(mxfutil::gcEssenceKind(key))];
+        if (item.elements++ == 0) {
+            item.announced = key[13];
+            item.position = position();
+        }
+    }
+    MXFGCStructureFilter::startElement(key);
+}
+
+void BRYXSystemValidator::checkBitmap() {
+    if (!bitmap_ || items_[indexOf(MXFGCEssenceKind::Compound)].elements != 0) {
+        return; // compound elements hold items of all kinds
+    }
+    std::uint8_t wrong = 0;
+    for (const AnnouncedItem& item : announcedItems) {
+        const bool isAnnounced = (*bitmap_ & item.bit) != 0;
+        if (isAnnounced != (items_[indexOf(item.kind)].elements != 0)) {
+            wrong |= item.bit;
+            if ((container_->wrongBits & item.bit) == 0) {
+                reportAt(packPosition_, checks::inconsistentBitmap, item.name, {});
+            }
+        }
+    }
+    container_->wrongBits |= wrong;
+}
+
+void BRYXSystemValidator::checkCounts() {
+    for (std::size_t kind = 1; kind < items_.size(); ++kind) { // keys of private kinds need not hold a count
+        const Item& item = items_[kind];
+        if (item.elements != item.announced && !container_->miscountsElements) {
+            container_->miscountsElements = true;
+            reportAt(item.position, checks::incorrectElementCount,
+                     std::to_string(item.announced) + ", not " + std::to_string(item.elements));
+        }
+    }
+}
+
+void BRYXSystemValidator::endContentPackage() {
+    if (container_ != nullptr) {
+        checkBitmap();
+        checkCounts();
+        if (container_->hasSystemItems && !hasSystemItem_ && !container_->missesSystemItems) {
+            container_->missesSystemItems = true;
+            reportAt(packagePosition_, checks::missingSystemItem);
+        }
+        container_->hasSystemItems = container_->hasSystemItems || hasSystemItem_;
+    }
+    MXFGCStructureFilter::endContentPackage();
+}
+
+void BRYXSystemValidator::checkLabelAndRate(const MXFSystemMetadataPack& pack) const {
+    const auto& last = container_->last;
+    if (!mxfutil::packageRate(pack.rate) && (!last || last->rate != pack.rate)) {
+        report(checks::invalidPackageRate, std::to_string(pack.rate));
+    }
+    if (last) {
+        if (pack.label != last->label) {
+            reportAt(position(), checks::inconsistentSystemItem, "label", toString(pack.label));
+        }
+        if (pack.rate != last->rate) {
+            reportAt(position(), checks::inconsistentSystemItem, "rate", std::to_string(pack.rate));
+        }
+        if (pack.continuityCount != static_cast<std::uint16_t>(last->continuityCount + 1U)) {
+            report(checks::discontinuousCount,
+                   std::to_string(pack.continuityCount) + " after " + std::to_string(last->continuityCount));
+        }
+    }
+}
+
+bool BRYXSystemValidator::follows(const Timecode& timecode, const Timecode& next, std::uint8_t rate) {
+    if (calculator_ == nullptr || calculatorRate_ != rate || calculatorDrops_ != timecode.dropFrame) {
+        const auto packageRate = mxfutil::packageRate(rate);
+        const int nominal =
+            packageRate ? (packageRate->numerator + packageRate->denominator - 1) / packageRate->denominator : 0;
+        if (nominal == 0 || nominal > 255 || (timecode.dropFrame && nominal % 30 != 0)) {
+            return true; // no counting to hold it against
+        }
+        calculator_ = createTimecodeCalculator(static_cast<std::uint8_t>(nominal), timecode.dropFrame, std::uint8_t{1});
+        calculatorRate_ = rate;
+        calculatorDrops_ = timecode.dropFrame;
+    }
+    const auto frames = [&](const Timecode& t) {
+        return calculator_->toFrames(t.hours, t.minutes, t.seconds, t.frames);
+    };
+    const auto inRange = [&](const Timecode& t) {
+        return calculator_->isInRange(t.hours, t.minutes, t.seconds, t.frames);
+    };
+    return inRange(timecode) && inRange(next) &&
+           frames(next) == (std::uint64_t{frames(timecode)} + 1) % calculator_->getFramesPerDay();
+}
+
+void BRYXSystemValidator::checkTimecode(const MXFSystemMetadataPack& pack) {
+    boost::optional<Timecode> found;
+    for (const MXFDateTimeStamp* const stamp : {&pack.userStamp, &pack.creationStamp}) {
+        const auto timecode = mxfutil::stampTimecode(pack, *stamp);
+        if (stamp->type == MXFDateTimeStamp::timecodeType && !timecode) {
+            report(checks::invalidTimecode);
+        }
+        if (!found) {
+            found = timecode;
+        }
+    }
+    if (makes(checks::discontinuousTimecode) && found && container_->timecode &&
+        !follows(*container_->timecode, *found, pack.rate)) {
+        report(checks::discontinuousTimecode, toString(*found) + " after " + toString(*container_->timecode));
+    }
+    container_->timecode = found;
+}
+
+void BRYXSystemValidator::systemMetadata(const MXFSystemMetadataPack& pack) {
+    cross_.systemItem(pack.label, mxfutil::packageRate(pack.rate));
+    bitmap_ = pack.bitmap;
+    packPosition_ = position();
+    if (container_ != nullptr) {
+        checkLabelAndRate(pack);
+        checkTimecode(pack);
+        container_->last = pack;
+    }
+    next_.systemMetadata(pack);
+}
+
+void BRYXSystemValidator::pdProxyMetadata(const MXFPDProxyMetadata& metadata, const MXFGCItems& items) {
+    if (nextProxy_ != nullptr) {
+        nextProxy_->pdProxyMetadata(metadata, items);
+    }
+}

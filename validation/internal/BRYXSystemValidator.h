@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include <boost/optional.hpp>
+
+#include "mxf/essence/MXFGCStructureFilter.h"
+#include "mxf/essence/MXFPDProxySystemParser.h"
+#include "mxf/essence/MXFSDTICPSystemHandler.h"
+#include "validation/internal/BRYXCrossValidator.h"
+
+class TimecodeCalculator;
+
+/// Checks system items, and the content packages that they stand in, and passes them on.
+class BRYXSystemValidator final : public MXFSDTICPSystemHandler,
+                                  public MXFGCStructureFilter,
+                                  public MXFPDProxySystemHandler,
+                                  public BRYXValidator {
+public:
+    /// @param next not owned, as are @p nextStructure and @p cross
+    BRYXSystemValidator(MXFSDTICPSystemHandler& next, MXFGCStructureHandler& nextStructure, BRYXCrossValidator& cross,
+                        BRYXValidationMode::Enum mode);
+    ~BRYXSystemValidator() override;
+
+    /// Not owned; null if nobody wants proxy system items.
+    void setNextPDProxySystemHandler(MXFPDProxySystemHandler* handler) { nextProxy_ = handler; }
+
+    void systemMetadata(const MXFSystemMetadataPack& pack) override;
+    void packageMetadata(const MXFGCItems& items) override { next_.packageMetadata(items); }
+    void pictureMetadata(const MXFGCItems& items) override { next_.pictureMetadata(items); }
+    void soundMetadata(const MXFGCItems& items) override { next_.soundMetadata(items); }
+    void dataMetadata(const MXFGCItems& items) override { next_.dataMetadata(items); }
+    void controlData(const std::uint8_t* data, std::size_t size) override { next_.controlData(data, size); }
+    void pdProxyMetadata(const MXFPDProxyMetadata& metadata, const MXFGCItems& items) override;
+
+    void startStream(std::uint64_t kagSize) override;
+    void endStream() override;
+    void startContentPackage() override;
+    void endContentPackage() override;
+    void startElement(const KLVKey& key) override;
+
+private:
+    /// Elements of one kind in a content package.
+    struct Item {
+        unsigned elements = 0;
+        unsigned announced = 0; ///< by the key of the first
+        std::uint64_t position = 0;
+    };
+    /// What the content packages of one essence container have had so far.
+    struct Container {
+        bool hasSystemItems = false;
+        bool missesSystemItems = false; ///< reported
+        bool miscountsElements = false; ///< reported
+        std::uint8_t wrongBits = 0;     ///< of bitmaps; reported
+        boost::optional<MXFSystemMetadataPack> last;
+        boost::optional<Timecode> timecode; ///< of that one
+    };
+
+    void checkLabelAndRate(const MXFSystemMetadataPack& pack) const;
+    void checkTimecode(const MXFSystemMetadataPack& pack);
+    void checkBitmap();
+    void checkCounts();
+    /// Whether @p next follows @p timecode at @p rate.
+    bool follows(const Timecode& timecode, const Timecode& next, std::uint8_t rate);
+
+    MXFSDTICPSystemHandler& next_;
+    BRYXCrossValidator& cross_;
+    MXFPDProxySystemHandler* nextProxy_ = nullptr;
+
+    std::map<std::uint32_t, Container> containers_; ///< by body SID
+    Container* container_ = nullptr;                ///< the current one
+
+    // The content package.
+    std::uint64_t packagePosition_ = 0;
+    bool isEmpty_ = true;
+    boost::optional<std::uint8_t> bitmap_;
+    std::uint64_t packPosition_ = 0;
+    bool hasSystemItem_ = false;
+    std::array<Item, 5> items_; ///< by MXFGCEssenceKind
+
+    std::unique_ptr<TimecodeCalculator> calculator_;
+    std::uint8_t calculatorRate_ = 0;
+    bool calculatorDrops_ = false;
+};
