@@ -46,7 +46,7 @@ inline constexpr util::uuid base{
         "operationalPattern differs from that of the header partition", "ST 377-1, Partition Pack")                    \
     ROW(inconsistentEssenceContainers, base, 3, Standard, error,                                                       \
         "essenceContainers differ from those of earlier partitions", "ST 377-1, Partition Pack")                       \
-    ROW(neverClosed, base, 4, Standard, error,                                                                         \
+    ROW(neverClosed, base, 4, Standard, warning,                                                                       \
         "file was never closed: its last header metadata is in an open partition", "ST 377-1, Partition Status")       \
     ROW(openFooter, base, 5, Standard, error, "open footer partition", "ST 377-1, Partition Status")                   \
     ROW(openAfterClosed, base, 6, Strict, warning, "open partition after a closed header partition",                   \

@@ -108,7 +108,7 @@ class Reading:
             "runIn": self.run_in,
             "partitions": self.partitions,
             "randomIndex": self.random_index,
-            "essence": totals(self.elements, lambda key: {"kind": ESSENCE_KINDS[key[12]]}),
+            "essence": totals(self.elements, lambda key: {"kind": essence_kind(key)}),
             "otherElements": totals(self.others, lambda key: {}),
             "systemElements": self.system_elements,
             "contentPackages": self.content_packages,
@@ -146,7 +146,9 @@ def is_like(key, pattern):
 
 
 def essence_kind(key):
-    """What a Generic Container essence element holds, or None if the key is that of something else."""
+    """What an essence element holds, of the Generic Container or a private one, or None if the key is no such."""
+    if key[:4] == bytes.fromhex("060e2b34") and key[4:6] == b"\x01\x02" and key[8] == 0x0e:
+        return "data"
     if key[:7] == bytes.fromhex("060e2b34010201") and key[8:12] == bytes.fromhex("0d010301"):
         return ESSENCE_KINDS.get(key[12])
     return None
@@ -401,9 +403,11 @@ def compare_ffprobe(check, inspect, path, report, reading, is_sample):
         if not is_sample:
             check.problems.append(f"ffprobe: {result.stderr.strip()}")
         return
-    # A property that is required and not there does not keep ffprobe from reading.
+    # A property that is required and not there does not keep ffprobe from reading, nor does a track that it makes no use
+    # of, as that with a rate of 0 in timed-text-1.mxf.
     check.same("ffprobe", "no errors", [finding["message"] for finding in grave(report)
-                                        if not finding["message"].startswith("missing ")], [])
+                                        if not finding["message"].startswith("missing ")
+                                        and finding["message"] != "invalid TimelineTrack.editRate value - 0/1"], [])
 
     probed = json.loads(result.stdout)
     check.same("ffprobe", "fileSize", report["fileSize"], int(probed["format"]["size"]))
