@@ -252,7 +252,7 @@ void forEachSet(const MetadataRoot& set, const Visit& visit) {
 }
 
 /// Collects the models of header metadata.
-class MetadataCollector final : public MXFMetadataHandler, public MXFMetadataModelHandler {
+class MetadataCollector final : public DullMXFMetadataHandler, public MXFMetadataModelHandler {
 public:
     using Models = BoundedList<FoundModel, 256>;
 
@@ -263,7 +263,6 @@ public:
         inRegion_ = false;
         sets_.clear();
     }
-    void primer(const Primer& /*primer*/) override {}
     bool handlesSet(const KLVKey& /*key*/) override { return true; }
     void primedSet(MXFPrimedSet& set) override { sets_.push_back(std::move(set)); }
     void model(const Model& model) override {
@@ -317,14 +316,12 @@ struct FoundSegment {
 };
 
 /// Collects what index table segments say, save their entries.
-class IndexCollector final : public MXFIndexHandler {
+class IndexCollector final : public DullMXFIndexHandler {
 public:
     using Segments = BoundedList<FoundSegment, 65536>;
 
     explicit IndexCollector(const FindingCollector& positions) : positions_(positions) {}
 
-    void startIndex() override {}
-    void endIndex() override {}
     void indexTableSegment(const MXFIndexTableSegment& segment) override {
         FoundSegment found{positions_.position(), {}, segment.deltaEntryArray.size(), segment.indexEntryArray.size()};
         found.segment.indexStartPosition = segment.indexStartPosition;
@@ -426,8 +423,8 @@ public:
 ///
 /// An element is counted when it ends: one that the end of the file cuts off has a start event but no end event.
 class BodyCounter final : public DullMXFGCStructureHandler,
-                          public MXFGCEssenceHandler,
-                          public MXFSDTICPSystemHandler,
+                          public DullMXFGCEssenceHandler,
+                          public DullMXFSDTICPSystemHandler,
                           public MXFPDProxySystemHandler {
 public:
     BodyCounter(const FindingCollector& positions, ProgressBar& progress)
@@ -451,22 +448,10 @@ public:
         length_ = length;
         return false;
     }
-    void pictureElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
-    void soundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
-    void dataElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
-    void compoundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
-    void setLengthForm(std::uint8_t /*form*/) override {}
-
     void systemMetadata(const MXFSystemMetadataPack& pack) override {
         const auto user = mxfutil::stampTimecode(pack, pack.userStamp);
         found(user ? user : mxfutil::stampTimecode(pack, pack.creationStamp));
     }
-    void packageMetadata(const MXFGCItems& /*items*/) override {}
-    void pictureMetadata(const MXFGCItems& /*items*/) override {}
-    void soundMetadata(const MXFGCItems& /*items*/) override {}
-    void dataMetadata(const MXFGCItems& /*items*/) override {}
-    void controlData(const std::uint8_t* /*data*/, std::size_t /*size*/) override {}
-
     void pdProxyMetadata(const MXFPDProxyMetadata& metadata, const MXFGCItems& /*items*/) override {
         if (!metadata.timecodes.empty()) {
             found(metadata.timecodes.front().timecode());

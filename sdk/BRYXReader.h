@@ -71,7 +71,7 @@ public:
     virtual void setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> handler) = 0;
 
     /// Told what is wrong with the file. Its locator shows the KLV triplet that a report is about, also where that was
-    /// read before; it stays valid, and shows the last position, when reading has ended.
+    /// read before; until the next reading, or the end of the reader, it shows the last position of this one.
     virtual void setErrorHandler(std::shared_ptr<ErrorHandler> handler) = 0;
 
     /// Reads the file that begins at the stream's current position, to the end of the stream. A stream that is at its

@@ -45,7 +45,7 @@ inline constexpr util::uuid base{
     ROW(inconsistentOperationalPattern, base, 2, Standard, error,                                                      \
         "operationalPattern differs from that of the header partition", "ST 377-1, Partition Pack")                    \
     ROW(inconsistentEssenceContainers, base, 3, Standard, error,                                                       \
-        "essenceContainers differ from those of earlier partitions", "ST 377-1, Partition Pack")                       \
+        "essenceContainers differ from those of the partitions before", "ST 377-1, Partition Pack")                    \
     ROW(neverClosed, base, 4, Standard, warning,                                                                       \
         "file was never closed: its last header metadata is in an open partition", "ST 377-1, Partition Status")       \
     ROW(openFooter, base, 5, Standard, error, "open footer partition", "ST 377-1, Partition Status")                   \
@@ -156,7 +156,8 @@ inline constexpr util::uuid base{
     ROW(invalidComponentDepth, base, 46, Standard, error, "invalid CDCIPictureDescriptor.componentDepth value",        \
         "ST 377-1, CDCI Picture Descriptor")                                                                           \
     ROW(inconsistentReferenceLevels, base, 47, Strict, warning,                                                        \
-        "CDCIPictureDescriptor.blackRefLevel is not below whiteRefLevel", "ST 377-1, CDCI Picture Descriptor")         \
+        "CDCIPictureDescriptor.blackReferenceLevel is not below whiteReferenceLevel",                                  \
+        "ST 377-1, CDCI Picture Descriptor")                                                                           \
     ROW(invalidAudioSamplingRate, base, 48, Standard, error, "invalid SoundDescriptor.audioSamplingRate value",        \
         "ST 377-1, Sound Descriptor")                                                                                  \
     ROW(inconsistentBlockAlign, base, 49, Standard, error,                                                             \
@@ -264,15 +265,15 @@ inline constexpr util::uuid base{
 
 // name, base, index, mode, level, message; "%" stands for what the finding is about, clause
 #define BRYX_SYSTEM_CHECKS(ROW)                                                                                        \
-    ROW(missingSystemItem, base, 1, Standard, error, "content package without system item", "ST 379-1; ST 385")        \
-    ROW(invalidPackageRate, base, 2, Standard, error, "invalid content package rate", "ST 326")                        \
-    ROW(inconsistentSystemItem, base, 3, Standard, error, "% of system item differs from the one before", "ST 385")    \
-    ROW(discontinuousCount, base, 4, Standard, warning, "discontinuous continuityCount", "ST 326")                     \
-    ROW(inconsistentBitmap, base, 5, Standard, error, "bitmap of system item does not fit the % item",                 \
+    ROW(invalidPackageRate, base, 1, Standard, error, "invalid content package rate", "ST 326")                        \
+    ROW(inconsistentSystemItem, base, 2, Standard, error, "% of system item differs from that of the first one",       \
+        "ST 385")                                                                                                      \
+    ROW(discontinuousCount, base, 3, Standard, warning, "discontinuous continuityCount", "ST 326")                     \
+    ROW(inconsistentBitmap, base, 4, Standard, error, "bitmap of system item does not fit the % item",                 \
         "ST 326; ST 385")                                                                                              \
-    ROW(invalidTimecode, base, 6, Standard, warning, "invalid timecode in system item", "ST 12-1; ST 331")             \
-    ROW(discontinuousTimecode, base, 7, Strict, warning, "discontinuous timecode in system items", "ST 331")           \
-    ROW(incorrectElementCount, base, 8, Strict, warning,                                                               \
+    ROW(invalidTimecode, base, 5, Standard, warning, "invalid timecode in system item", "ST 12-1; ST 331")             \
+    ROW(discontinuousTimecode, base, 6, Strict, warning, "discontinuous timecode in system items", "ST 331")           \
+    ROW(incorrectElementCount, base, 7, Strict, warning,                                                               \
         "element count in essence element key is not that of the item", "ST 379-1")
 
 BRYX_SYSTEM_CHECKS(BRYX_DEFINE_CHECK)

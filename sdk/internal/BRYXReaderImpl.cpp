@@ -42,9 +42,8 @@ private:
 /// What reads one file. Its parts are made in the order in which they stand here, and destroyed in the reverse one.
 class BRYXReaderImpl::Pipeline {
 public:
-    explicit Pipeline(const BRYXReaderImpl& reader) : reader_(reader) {
+    explicit Pipeline(const BRYXReaderImpl& reader) : reader_(reader), locator_(reader.locator_) {
         if (reader.errorHandler_ != nullptr) {
-            locator_ = std::make_shared<BRYXOverridableLocator>();
             errorHandler_ = std::make_shared<BRYXOverridableLocator::ErrorHandler>(reader.errorHandler_, locator_);
             if (reader.mode_ != BRYXValidationMode::None) {
                 makeValidators();
@@ -206,5 +205,6 @@ void BRYXReaderImpl::setGenericStreamHandler(std::shared_ptr<KLVHandler> handler
 }
 
 void BRYXReaderImpl::read() {
+    locator_ = std::make_shared<BRYXOverridableLocator>();
     Pipeline(*this).read(*stream_);
 }

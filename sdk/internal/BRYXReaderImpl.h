@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "sdk/BRYXReader.h"
+#include "validation/BRYXOverridableLocator.h"
 
 /// Keeps the stream, the mode and the handlers; the pipeline is built anew for each reading.
 class BRYXReaderImpl final : public BRYXReader {
@@ -39,4 +40,7 @@ private:
     std::shared_ptr<MXFGCEssenceHandler> essenceHandler_;
     std::shared_ptr<ErrorHandler> errorHandler_;
     std::shared_ptr<KLVHandler> genericStreamHandler_;
+
+    /// Of the last reading: the error handler may still ask it.
+    std::shared_ptr<BRYXOverridableLocator> locator_;
 };

@@ -137,24 +137,29 @@ const BRYXMetadataSummary::Container* BRYXCrossValidator::containerOf(std::uint3
 }
 
 void BRYXCrossValidator::checkSIDs() const {
-    const auto& containers = metadata_->containers;
+    // Of a set and a partition that miss each other, the set is reported.
+    std::set<std::uint32_t> bodySIDs;
+    std::set<std::uint32_t> indexSIDs;
+    bool allFound = true;
+    for (const auto& container : metadata_->containers) {
+        const auto body = bodies_.find(container.bodySID);
+        allFound = allFound && body != bodies_.end() && bodySIDs.insert(container.bodySID).second;
+        if (container.bodySID != 0 && body == bodies_.end()) {
+            reportAt(container.position, checks::missingEssence, std::to_string(container.bodySID));
+        }
+        indexSIDs.insert(container.indexSID);
+        if (container.indexSID != 0 && indexes_.count(container.indexSID) == 0) {
+            reportAt(container.position, checks::missingIndex, std::to_string(container.indexSID));
+        }
+    }
     for (const auto& [sid, body] : bodies_) {
-        if (!body.isGenericStream && containerOf(sid) == nullptr) {
+        if (allFound && !body.isGenericStream && bodySIDs.count(sid) == 0) {
             reportAt(body.position, checks::unknownBodySID, std::to_string(sid));
         }
     }
     for (const auto& [sid, index] : indexes_) {
-        if (std::none_of(containers.begin(), containers.end(),
-                         [sid = sid](const auto& c) { return c.indexSID == sid; })) {
+        if (indexSIDs.count(sid) == 0) {
             reportAt(index.position, checks::unknownIndexSID, std::to_string(sid));
-        }
-    }
-    for (const auto& container : containers) {
-        if (container.bodySID != 0 && bodies_.count(container.bodySID) == 0) {
-            reportAt(container.position, checks::missingEssence, std::to_string(container.bodySID));
-        }
-        if (container.indexSID != 0 && indexes_.count(container.indexSID) == 0) {
-            reportAt(container.position, checks::missingIndex, std::to_string(container.indexSID));
         }
     }
 }
@@ -181,7 +186,7 @@ void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) cons
         }
         const auto& tracks = container->tracks;
         const auto atRate = [&](const auto& track) { return isSameRate(track.editRate, table.editRate); };
-        if (!tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate) &&
+        if (isRate(table.editRate) && !tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate) &&
             !(container->sampleRate && isSameRate(*container->sampleRate, table.editRate))) {
             reportAt(table.position, checks::inconsistentIndexEditRate, toString(table.editRate));
         }

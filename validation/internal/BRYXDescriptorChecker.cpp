@@ -119,7 +119,7 @@ void BRYXDescriptorChecker::checkPicture(const PictureDescriptor& descriptor) co
                                   sampledWidth, storedWidth) &&
                              fits(x(descriptor.hasSampledYOffset(), [&] { return descriptor.getSampledYOffset(); }),
                                   sampledHeight, storedHeight);
-    if (!sampledFits) {
+    if (storedWidth != 0 && storedHeight != 0 && !sampledFits) {
         report(descriptor, checks::invalidRectangle, "sampled",
                std::to_string(sampledWidth) + "x" + std::to_string(sampledHeight));
     }

@@ -25,11 +25,10 @@ bool isEndless(const MXFIndexTableSegment& segment) {
     return segment.indexDuration == 0 && segment.editUnitByteCount != 0;
 }
 
+/// Of what must be the same wherever a segment is repeated, but for the edit rate, which is looked at by itself.
 std::uint64_t digestOf(const MXFIndexTableSegment& segment) {
     BRYXDigest digest;
     const auto add = [&](const char*, const auto& value) { digest.add(value); };
-    digest.add(segment.indexEditRate.numerator);
-    digest.add(segment.indexEditRate.denominator);
     digest.add(segment.editUnitByteCount);
     digest.add(segment.sliceCount);
     digest.add(segment.posTableCount);

@@ -30,7 +30,7 @@ private:
         std::int64_t end;
         bool isEndless;
         std::uint64_t position;
-        std::uint64_t digest; ///< of all that it says
+        std::uint64_t digest; ///< of what it says
         std::uint32_t region; ///< the index region that it stands in
     };
     /// The least of some values, and where it stands.

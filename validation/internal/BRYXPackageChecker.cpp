@@ -51,6 +51,11 @@ std::int64_t durationOf(const Track& track) {
     return segment == nullptr ? -1 : ::durationOf(*segment);
 }
 
+/// Whether a data definition is that of descriptive metadata, which need not be there all the time.
+bool isDescriptiveDefinition(const KLVKey& dataDefinition) {
+    return isMetadataDefinition(dataDefinition) && dataDefinition[12] == 0x10;
+}
+
 /// Whether what is on @p track stands in an essence container.
 bool isEssenceTrack(const Track& track) {
     const auto segment = track.getSegment();
@@ -213,7 +218,7 @@ void BRYXPackageChecker::checkDurations(const GenericPackage& package) const {
         const auto track = package.getTrackAt(i);
         const auto* const timeline = as<TimelineTrack>(track.get());
         const auto segment = track->getSegment();
-        if (timeline == nullptr || segment == nullptr || isMetadataDefinition(segment->getDataDefinition()) ||
+        if (timeline == nullptr || segment == nullptr || isDescriptiveDefinition(segment->getDataDefinition()) ||
             durationOf(*timeline) < 0 || !isRate(timeline->getEditRate())) {
             continue;
         }

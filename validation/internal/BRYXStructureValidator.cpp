@@ -63,7 +63,9 @@ void BRYXStructureValidator::checkLabels(const MXFPartitionPack& pack, bool isCl
     if (first_ && ((comes && containersAreFinal_) || (goes && isClosed))) {
         report(checks::inconsistentEssenceContainers);
     }
-    containers_.insert(labels.begin(), labels.end());
+    if (!containersAreFinal_) {
+        containers_.insert(labels.begin(), labels.end());
+    }
     containersAreFinal_ = containersAreFinal_ || isClosed;
 }
 

@@ -45,18 +45,14 @@ void BRYXSystemValidator::endStream() {
 }
 
 void BRYXSystemValidator::startContentPackage() {
-    packagePosition_ = position();
     bitmap_.reset();
-    hasSystemItem_ = false;
     items_ = {};
     cross_.contentPackage();
     MXFGCStructureFilter::startContentPackage();
 }
 
 void BRYXSystemValidator::startElement(const KLVKey& key) {
-    if (mxfutil::isGCSystemElement(key)) {
-        hasSystemItem_ = true;
-    } else {
+    if (!mxfutil::isGCSystemElement(key)) {
         cross_.element(key);
         Item& item = items_[indexOf(mxfutil::gcEssenceKind(key))];
         if (item.elements++ == 0) {
@@ -99,31 +95,27 @@ void BRYXSystemValidator::endContentPackage() {
     if (container_ != nullptr) {
         checkBitmap();
         checkCounts();
-        if (container_->hasSystemItems && !hasSystemItem_ && !container_->missesSystemItems) {
-            container_->missesSystemItems = true;
-            reportAt(packagePosition_, checks::missingSystemItem);
-        }
-        container_->hasSystemItems = container_->hasSystemItems || hasSystemItem_;
     }
     MXFGCStructureFilter::endContentPackage();
 }
 
-void BRYXSystemValidator::checkLabelAndRate(const MXFSystemMetadataPack& pack) const {
-    const auto& last = container_->last;
-    if (!mxfutil::packageRate(pack.rate) && (!last || last->rate != pack.rate)) {
-        report(checks::invalidPackageRate, std::to_string(pack.rate));
+void BRYXSystemValidator::checkPack(const MXFSystemMetadataPack& pack) const {
+    const auto& first = container_->first;
+    if (!first) {
+        if (!mxfutil::packageRate(pack.rate)) {
+            report(checks::invalidPackageRate, std::to_string(pack.rate));
+        }
+        return;
     }
-    if (last) {
-        if (pack.label != last->label) {
-            reportAt(position(), checks::inconsistentSystemItem, "label", toString(pack.label));
-        }
-        if (pack.rate != last->rate) {
-            reportAt(position(), checks::inconsistentSystemItem, "rate", std::to_string(pack.rate));
-        }
-        if (pack.continuityCount != static_cast<std::uint16_t>(last->continuityCount + 1U)) {
-            report(checks::discontinuousCount,
-                   std::to_string(pack.continuityCount) + " after " + std::to_string(last->continuityCount));
-        }
+    if (pack.label != first->label) {
+        reportAt(position(), checks::inconsistentSystemItem, "label", toString(pack.label));
+    }
+    if (pack.rate != first->rate) {
+        reportAt(position(), checks::inconsistentSystemItem, "rate", std::to_string(pack.rate));
+    }
+    if (pack.continuityCount != static_cast<std::uint16_t>(container_->continuityCount + 1U)) {
+        report(checks::discontinuousCount,
+               std::to_string(pack.continuityCount) + " after " + std::to_string(container_->continuityCount));
     }
 }
 
@@ -172,9 +164,12 @@ void BRYXSystemValidator::systemMetadata(const MXFSystemMetadataPack& pack) {
     bitmap_ = pack.bitmap;
     packPosition_ = position();
     if (container_ != nullptr) {
-        checkLabelAndRate(pack);
+        checkPack(pack);
         checkTimecode(pack);
-        container_->last = pack;
+        if (!container_->first) {
+            container_->first = pack;
+        }
+        container_->continuityCount = pack.continuityCount;
     }
     next_.systemMetadata(pack);
 }

@@ -51,15 +51,14 @@ private:
     };
     /// What the content packages of one essence container have had so far.
     struct Container {
-        bool hasSystemItems = false;
-        bool missesSystemItems = false; ///< reported
         bool miscountsElements = false; ///< reported
         std::uint8_t wrongBits = 0;     ///< of bitmaps; reported
-        boost::optional<MXFSystemMetadataPack> last;
-        boost::optional<Timecode> timecode; ///< of that one
+        boost::optional<MXFSystemMetadataPack> first;
+        std::uint16_t continuityCount = 0;  ///< of the last one
+        boost::optional<Timecode> timecode; ///< of the last one
     };
 
-    void checkLabelAndRate(const MXFSystemMetadataPack& pack) const;
+    void checkPack(const MXFSystemMetadataPack& pack) const;
     void checkTimecode(const MXFSystemMetadataPack& pack);
     void checkBitmap();
     void checkCounts();
@@ -74,11 +73,8 @@ private:
     Container* container_ = nullptr;                ///< the current one
 
     // The content package.
-    std::uint64_t packagePosition_ = 0;
-    bool isEmpty_ = true;
     boost::optional<std::uint8_t> bitmap_;
     std::uint64_t packPosition_ = 0;
-    bool hasSystemItem_ = false;
     std::array<Item, 5> items_; ///< by MXFGCEssenceKind
 
     std::unique_ptr<TimecodeCalculator> calculator_;

@@ -1,0 +1,11 @@
+#include "mxf/metadata/parsing/DullMXFMetadataHandler.h"
+
+DullMXFMetadataHandler::~DullMXFMetadataHandler() = default;
+
+void DullMXFMetadataHandler::primer(const Primer& /*primer*/) {}
+
+bool DullMXFMetadataHandler::handlesSet(const KLVKey& /*key*/) {
+    return false;
+}
+
+void DullMXFMetadataHandler::primedSet(MXFPrimedSet& /*set*/) {}

@@ -1,0 +1,5 @@
+#include "mxf/structure/DullMXFIndexHandler.h"
+
+DullMXFIndexHandler::~DullMXFIndexHandler() = default;
+
+void DullMXFIndexHandler::indexTableSegment(const MXFIndexTableSegment& /*segment*/) {}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "mxf/structure/MXFIndexHandler.h"
+#include "util/Api.h"
+
+/// Does nothing at each call. Derive from it to do something at some of them.
+class BRYX_API DullMXFIndexHandler : public MXFIndexHandler {
+public:
+    ~DullMXFIndexHandler() override;
+    void startIndex() override {}
+    void endIndex() override {}
+    void indexTableSegment(const MXFIndexTableSegment& segment) override;
+};
