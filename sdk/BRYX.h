@@ -8,7 +8,7 @@
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/metadata/MXFMetadataSets.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/parsing/DullMXFMetadataModelHandler.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "sdk/BRYXEssenceSplitter.h"
 #include "sdk/BRYXMetadataFactory.h"
