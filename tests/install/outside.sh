@@ -10,9 +10,9 @@ configure_and_build() {
     cmake --build "$3" "${@:4}"
 }
 
-# try PROGRAM: it lists three partitions of a file, and catches what the library throws at one that is none.
+# try PROGRAM: it lists the tracks of a file, and catches what the library throws at one that is none.
 try() {
-    [[ $("$1" "$sample" | grep -c '^urn:smpte:ul:') -eq 3 ]]
+    [[ $("$1" "$sample" | grep -c '^MaterialPackage, track [123]: 12 edit units$') -eq 6 ]]
     if "$1" "$work/consumer/CMakeLists.txt" 2>"$work/message"; then return 1; fi
     grep -q '^invalid run-in at octet [0-9]' "$work/message"
 }
@@ -23,7 +23,8 @@ use() {
     mkdir "$work/consumer"
     cp "$here/CMakeLists.txt" "$work/consumer"
     # What users paste first is what is built here.
-    sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$here/../../README.md" >"$work/consumer/main.cpp"
+    awk '/^```cpp$/ { inside = 1; next } /^```$/ && inside { exit } inside' "$here/../../README.md" \
+        >"$work/consumer/main.cpp"
 
     echo "== an outside CMake project"
     configure_and_build "$tree" "$work/consumer" "$work/consumer/build" "${@:2}"
