@@ -22,6 +22,7 @@ public:
 
     /// @p locator tells the position of the KLV triplet being processed whenever a report arrives.
     virtual void setLocator(const Locator& locator) = 0;
+    /// A stream begins: positions are those of the locator from now on.
     virtual void startStream() = 0;
     virtual void endStream() = 0;
 

@@ -17,6 +17,7 @@ struct KLVGrid {
 /// passes between its start and its end.
 class BRYX_API KLVFiller : public DullKLVFilter {
 public:
+    /// What fill is for.
     enum class Mode : std::uint8_t {
         Alignment = 0,  ///< a filled item ends at a multiple of the alignment, counted from the origin of the grid
         FixedLength = 1 ///< a filled item has the padded length

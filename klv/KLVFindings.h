@@ -15,7 +15,7 @@ inline constexpr util::uuid codingBase{
 inline constexpr util::uuid streamBase{
     {0xe2, 0x80, 0x47, 0xf9, 0x3c, 0x15, 0x4b, 0x9e, 0xb1, 0x0d, 0x72, 0xa8, 0x5f, 0x34, 0xc6, 0x00}};
 
-// name, base, index, level, message
+/// The rows of the table: name, base, index, level, message
 #define BRYX_KLV_FINDINGS(ROW)                                                                                         \
     ROW(invalidKey, codingBase, 1, fatal, "invalid SMPTE key")                                                         \
     ROW(unimplementedCoding, codingBase, 1, fatal, "unimplemented SMPTE KLV coding")                                   \

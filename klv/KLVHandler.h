@@ -35,6 +35,7 @@ public:
     /// first such length and whenever the form changes.
     virtual void berLengthForm(std::uint8_t form) = 0;
 
+    /// A triplet with a single value.
     virtual bool startIndividualItem(const KLVKey& key, std::uint64_t length) = 0;
     virtual void endIndividualItem(const KLVKey& key) = 0;
 
@@ -42,23 +43,30 @@ public:
     virtual bool startLabel(const KLVKey& key) = 0;
     virtual void endLabel(const KLVKey& key) = 0;
 
+    /// A set of triplets, which come with events of their own.
     virtual bool startUniversalSet(const KLVKey& key, std::uint64_t length) = 0;
     virtual void endUniversalSet(const KLVKey& key) = 0;
 
+    /// A set of items, each with a local tag. The forms are those of the tags and of the lengths in the set.
     virtual bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
                                KLVFieldForm lengthForm) = 0;
     virtual void endLocalSet(const KLVKey& key) = 0;
+    /// An item of a local set.
     virtual bool startLocalItem(std::uint32_t tag, std::uint64_t length) = 0;
     virtual void endLocalItem(std::uint32_t tag) = 0;
 
+    /// A pack whose fields have no lengths of their own: the content is one value.
     virtual bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) = 0;
     virtual void endFixedLengthPack(const KLVKey& key) = 0;
 
+    /// A pack of items that have lengths, in the form given, but no tags.
     virtual bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) = 0;
     virtual void endVariableLengthPack(const KLVKey& key) = 0;
+    /// An item of a variable-length pack.
     virtual bool startVariableLengthPackItem(std::uint64_t length) = 0;
     virtual void endVariableLengthPackItem() = 0;
 
+    /// A triplet around others, which are not parsed: the content is one value.
     virtual bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) = 0;
     virtual void endWrapper(const KLVKey& key) = 0;
 

@@ -14,6 +14,7 @@ class BRYX_API KLVReader {
 public:
     virtual ~KLVReader();
 
+    /// Gets the events. A null pointer clears it.
     virtual void setHandler(KLVHandler* handler) = 0;
     /// Requires "handler is present".
     virtual KLVHandler* getHandler() const = 0;

@@ -13,7 +13,7 @@
 #include "mxf/metadata/MXFMetadataSets.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "mxf/metadata/parsing/DullMXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/parsing/DullMXFMetadataModelHandler.h"
 #include "mxf/structure/DullMXFIndexHandler.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "sdk/BRYXEssenceSplitter.h"

@@ -18,12 +18,14 @@ using BRYXPackageItems = std::vector<std::pair<unsigned, std::vector<std::uint8_
 
 namespace mxfutil {
 
-// The tags of package metadata items (ST 331).
+/// The tag of the package metadata item that holds a UMID (ST 331).
 inline constexpr unsigned packageUMIDTag = 0x83;
+/// The tag of the package metadata item that holds KLV triplets (ST 331).
 inline constexpr unsigned packageKLVTag = 0x88;
 
-// The keys of texts as KLV triplets (RP 2057).
+/// The key of a KLV triplet with UTF-8 text (RP 2057).
 inline constexpr KLVKey utf8TextKey = klvutil::key("060e2b34.0101010d.03010220.03010000");
+/// The key of a KLV triplet with UTF-16 text (RP 2057).
 inline constexpr KLVKey utf16TextKey = klvutil::key("060e2b34.0101010d.03010220.03020000");
 
 } // namespace mxfutil
@@ -37,9 +39,11 @@ BRYX_API BRYXPackageItems createBRYXPackageMetadata(const UMID& umid, const std:
 /// @throws std::length_error if a UMID has fewer than 32 octets
 BRYX_API std::pair<UMID, std::vector<std::uint8_t>> parseBRYXPackageMetadata(const BRYXPackageItems& items);
 
-/// A text as the octets of a KLV triplet: narrow ones, which are UTF-8, as they are; wide ones as UTF-16.
-/// @throws util::utf8::exception if the wide text cannot be encoded
+/// A text, which is UTF-8, as the octets of a KLV triplet.
 BRYX_API std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::string& text);
+
+/// A text as the octets of a KLV triplet, in UTF-16.
+/// @throws util::utf8::exception if the text cannot be encoded
 BRYX_API std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::wstring& text);
 
 /// The first text among the KLV triplets in @p klv; an empty one if there is none.

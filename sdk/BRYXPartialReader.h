@@ -20,11 +20,15 @@ class BRYX_API BRYXPartialReader {
 public:
     virtual ~BRYXPartialReader();
 
-    /// As those of BRYXReader.
+    /// As BRYXReader::setMetadataFactory().
     virtual void setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) = 0;
+    /// Told of partitions and, if it is read, the random index.
     virtual void setStructureHandler(std::shared_ptr<MXFStructureHandler> handler) = 0;
+    /// As BRYXReader::setMetadataHandler().
     virtual void setMetadataHandler(std::shared_ptr<MXFMetadataHandler> handler) = 0;
+    /// As BRYXReader::setIndexHandler().
     virtual void setIndexHandler(std::shared_ptr<MXFIndexHandler> handler) = 0;
+    /// As BRYXReader::setErrorHandler().
     virtual void setErrorHandler(std::shared_ptr<ErrorHandler> handler) = 0;
 
     /// As MXFPartialReader::skipRunIn(). To be called, where there may be a run-in, before anything else.

@@ -63,8 +63,9 @@ public:
     /// Told where content packages and elements begin and end.
     virtual void setGCStructureHandler(std::shared_ptr<MXFGCStructureHandler> handler) = 0;
 
-    /// Get the system items of content packages.
+    /// Gets the SDTI-CP compatible system items of content packages (ST 385).
     virtual void setSDTICPSystemHandler(std::shared_ptr<MXFSDTICPSystemHandler> handler) = 0;
+    /// Gets the PDProxy system items of content packages.
     virtual void setPDProxySystemHandler(std::shared_ptr<MXFPDProxySystemHandler> handler) = 0;
 
     /// Gets the essence; in pieces if it is an MXFGCChunkedEssenceHandler as well.

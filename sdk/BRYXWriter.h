@@ -136,9 +136,11 @@ public:
     // events are the writer's own. Receivers exist from start() on, are valid as long as the writer is, and take calls in
     // essence alone.
 
+    /// Told where content packages and elements begin and end.
     virtual MXFGCStructureHandler& structureReceiver() = 0;
+    /// Takes system elements.
     virtual MXFGCSystemHandler& systemReceiver() = 0;
-    /// Takes chunks as well: it is an MXFGCChunkedEssenceHandler.
+    /// Takes essence elements, in chunks as well: it is an MXFGCChunkedEssenceHandler.
     virtual MXFGCEssenceHandler& essenceReceiver() = 0;
 
     /// Takes the triplets of essence as they are, fill included, in place of the three receivers above. The writer then

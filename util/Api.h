@@ -1,7 +1,10 @@
 #pragma once
 
 /// @file
-/// BRYX_API marks what leaves the shared library; everything else stays hidden.
+/// What leaves the shared library.
+
+/// @def BRYX_API
+/// Marks a class or function that leaves the shared library; everything else stays hidden.
 
 #if defined(_WIN32)
 #    if defined(BRYX_BUILDING_LIBRARY)

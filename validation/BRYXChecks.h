@@ -27,6 +27,7 @@ struct BRYXCheckGroup {
 /// All checks.
 BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
 
+/// Turns one row of a table of checks into the constant of its name.
 #define BRYX_DEFINE_CHECK(name, base, index, mode, level, message, clause)                                             \
     inline constexpr BRYXCheck name{#name,                                                                             \
                                     BRYXValidationMode::mode,                                                          \
@@ -36,10 +37,11 @@ BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
 /// Of partition packs, the regions that they announce, the random index.
 namespace BRYXStructureChecks {
 
+/// Of the identifiers.
 inline constexpr util::uuid base{
     {0xb3, 0x77, 0x23, 0x35, 0xc1, 0x6a, 0x42, 0xf8, 0x87, 0x48, 0x80, 0xdd, 0x9d, 0x26, 0xbd, 0x00}};
 
-// name, base, index, mode, level, message; "%" stands for what the finding is about, clause
+/// The rows: name, base, index, mode, level, message; "%" stands for what the finding is about, clause.
 #define BRYX_STRUCTURE_CHECKS(ROW)                                                                                     \
     ROW(invalidOperationalPattern, base, 1, Standard, error, "invalid operationalPattern", "ST 377-1, Partition Pack") \
     ROW(inconsistentOperationalPattern, base, 2, Standard, error,                                                      \
@@ -71,10 +73,11 @@ BRYX_STRUCTURE_CHECKS(BRYX_DEFINE_CHECK)
 /// Of the sets of header metadata and what they say of one another.
 namespace BRYXMetadataChecks {
 
+/// Of the identifiers.
 inline constexpr util::uuid base{
     {0xee, 0x8a, 0x5a, 0xb4, 0xa0, 0xf3, 0x4a, 0x73, 0xbf, 0xf5, 0x8e, 0xaf, 0x8d, 0x70, 0x45, 0x00}};
 
-// name, base, index, mode, level, message; "%" stands for what the finding is about, clause
+/// The rows: name, base, index, mode, level, message; "%" stands for what the finding is about, clause.
 #define BRYX_METADATA_CHECKS(ROW)                                                                                      \
     ROW(missingPreface, base, 1, Lenient, error, "first set is not a Preface", "ST 377-1, Preface")                    \
     ROW(missingIdentification, base, 2, Standard, error, "missing Identification", "ST 377-1, Identification")         \
@@ -180,10 +183,11 @@ BRYX_METADATA_CHECKS(BRYX_DEFINE_CHECK)
 /// Of header metadata, partitions, index tables and essence against one another.
 namespace BRYXCrossChecks {
 
+/// Of the identifiers.
 inline constexpr util::uuid base{
     {0xd4, 0x2f, 0x29, 0x0e, 0x62, 0x43, 0x4d, 0xc6, 0xa0, 0xc5, 0xb1, 0x03, 0x0a, 0xe3, 0x94, 0x00}};
 
-// name, base, index, mode, level, message; "%" stands for what the finding is about, clause
+/// The rows: name, base, index, mode, level, message; "%" stands for what the finding is about, clause.
 #define BRYX_CROSS_CHECKS(ROW)                                                                                         \
     ROW(inconsistentPrefacePattern, base, 1, Standard, error,                                                          \
         "Preface.operationalPattern differs from that of the partition pack", "ST 377-1, Preface")                     \
@@ -224,10 +228,11 @@ BRYX_CROSS_CHECKS(BRYX_DEFINE_CHECK)
 /// Of index table segments.
 namespace BRYXIndexChecks {
 
+/// Of the identifiers.
 inline constexpr util::uuid base{
     {0x70, 0x26, 0xe4, 0x5a, 0xc3, 0xee, 0x46, 0x9a, 0xbb, 0xe6, 0x66, 0xb9, 0xeb, 0xce, 0x61, 0x00}};
 
-// name, base, index, mode, level, message; "%" stands for what the finding is about, clause
+/// The rows: name, base, index, mode, level, message; "%" stands for what the finding is about, clause.
 #define BRYX_INDEX_CHECKS(ROW)                                                                                         \
     ROW(invalidIndexEditRate, base, 1, Lenient, error, "invalid indexEditRate value", "ST 377-1, Index Table Segment") \
     ROW(invalidIndexStartPosition, base, 2, Lenient, error, "invalid indexStartPosition value",                        \
@@ -260,10 +265,11 @@ BRYX_INDEX_CHECKS(BRYX_DEFINE_CHECK)
 /// Of system items and the content packages that they stand in.
 namespace BRYXSystemChecks {
 
+/// Of the identifiers.
 inline constexpr util::uuid base{
     {0xa4, 0xd1, 0x7a, 0xa3, 0xe1, 0xe1, 0x46, 0x8d, 0xb2, 0x42, 0x09, 0xac, 0xfd, 0x0d, 0x9b, 0x00}};
 
-// name, base, index, mode, level, message; "%" stands for what the finding is about, clause
+/// The rows: name, base, index, mode, level, message; "%" stands for what the finding is about, clause.
 #define BRYX_SYSTEM_CHECKS(ROW)                                                                                        \
     ROW(invalidPackageRate, base, 1, Standard, error, "invalid content package rate", "ST 326")                        \
     ROW(inconsistentSystemItem, base, 2, Standard, error, "% of system item differs from that of the first one",       \

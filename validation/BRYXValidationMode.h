@@ -6,6 +6,7 @@
 /// docs/validation.md lists them all.
 namespace BRYXValidationMode {
 
+/// The modes, from the mildest to the strictest.
 enum Enum : std::uint8_t {
     None = 0,     ///< only what the parsers find by themselves
     Lenient = 1,  ///< what keeps the file from being decoded

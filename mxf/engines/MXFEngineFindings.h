@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// The partition layout.
 inline constexpr util::uuid layoutBase{
     {0xea, 0x6d, 0xf1, 0xfe, 0x81, 0x73, 0x4a, 0xd4, 0x94, 0x3c, 0xc2, 0x86, 0xc0, 0xd7, 0x85, 0x00}};
 
-// name, base, index, level, message
+/// The rows of the table: name, base, index, level, message
 #define BRYX_ENGINE_FINDINGS(ROW)                                                                                      \
     ROW(unexpectedFixedLengthPack, layoutBase, 1, error, "unexpected fixed length pack")                               \
     ROW(unexpectedIndividualItem, layoutBase, 2, error, "unexpected individual item")                                  \

@@ -22,15 +22,18 @@ public:
     /// @return false to skip the element
     virtual bool startElement(const KLVKey& key, std::uint64_t length, std::uint8_t*& buffer, std::uint64_t& size) = 0;
 
-    /// The octets of an element, or a piece of it.
+    /// The octets of a picture element, or a piece of it.
     ///
     /// @param data valid during the call, unless it is the handler's own buffer
     /// @param offset of the piece in the element
     virtual void pictureElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size,
                                 std::uint64_t offset) = 0;
+    /// The same of a sound element.
     virtual void soundElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size,
                               std::uint64_t offset) = 0;
+    /// The same of a data element.
     virtual void dataElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) = 0;
+    /// The same of a compound element.
     virtual void compoundElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size,
                                  std::uint64_t offset) = 0;
 

@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// Elements of a Generic Container (ST 379-1).
 inline constexpr util::uuid gcBase{
     {0x2e, 0x84, 0x6a, 0xf7, 0x15, 0xbb, 0x43, 0x90, 0x9c, 0x61, 0x0b, 0xd8, 0x52, 0xe7, 0x3f, 0x00}};
 
-// name, base, index, level, message
+/// The rows of the table: name, base, index, level, message
 #define BRYX_GC_FINDINGS(ROW)                                                                                          \
     ROW(invalidGCElement, gcBase, 1, error, "invalid GC element")                                                      \
     ROW(invalidGCSystemElement, gcBase, 2, error, "invalid GC system element")                                         \

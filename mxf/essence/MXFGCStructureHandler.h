@@ -15,6 +15,7 @@ public:
     virtual void startStream(std::uint64_t kagSize) = 0;
     virtual void endStream() = 0;
 
+    /// A content package begins: the elements of one edit unit, or of a whole clip.
     virtual void startContentPackage() = 0;
     virtual void endContentPackage() = 0;
 

@@ -25,7 +25,10 @@ public:
 
     // A wanted element, whole.
 
+    /// Items with tags.
     virtual void localSet(const KLVKey& key, const MXFGCItems& items) = 0;
+    /// The value of a pack; @p data is valid during the call.
     virtual void fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) = 0;
+    /// Items without tags.
     virtual void variableLengthPack(const KLVKey& key, const MXFGCItems& items) = 0;
 };

@@ -13,15 +13,20 @@ class BRYX_API MXFSDTICPSystemHandler {
 public:
     virtual ~MXFSDTICPSystemHandler();
 
+    /// The pack, with which the system item begins.
     virtual void systemMetadata(const MXFSystemMetadataPack& pack) = 0;
 
-    // Metadata of the package as a whole, and of its items, as ST 331 defines them by their tags.
-
+    /// Metadata of the content package as a whole. Tags are those of ST 331, here and in the sets that follow.
     virtual void packageMetadata(const MXFGCItems& items) = 0;
+    /// Metadata of its picture item.
     virtual void pictureMetadata(const MXFGCItems& items) = 0;
+    /// Metadata of its sound item.
     virtual void soundMetadata(const MXFGCItems& items) = 0;
+    /// Metadata of its data item.
     virtual void dataMetadata(const MXFGCItems& items) = 0;
 
+    /// The control data.
+    ///
     /// @param data valid during the call; null if there are no octets
     virtual void controlData(const std::uint8_t* data, std::size_t size) = 0;
 };

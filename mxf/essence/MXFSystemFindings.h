@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// System items.
 inline constexpr util::uuid systemBase{
     {0x61, 0xc9, 0x05, 0xb2, 0x8e, 0x3a, 0x4d, 0x77, 0xb4, 0x10, 0xd6, 0x2f, 0x93, 0xa8, 0x5c, 0x00}};
 
-// name, base, index, level, message; "%" stands for what the finding is about
+/// The rows of the table: name, base, index, level, message; "%" stands for what the finding is about
 #define BRYX_SYSTEM_FINDINGS(ROW)                                                                                      \
     ROW(invalidSDTICPSystemElement, systemBase, 1, error, "invalid SDTI-CP system element")                            \
     ROW(missingSDTICPSystemMetadata, systemBase, 2, error, "missing SDTI-CP system metadata")                          \

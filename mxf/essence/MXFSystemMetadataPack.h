@@ -29,6 +29,7 @@ struct BRYX_API MXFTimecodeStamp {
 
 /// A creation or user date/time stamp (ST 326).
 struct MXFDateTimeStamp {
+    /// The octets after the timecode, up to the length that every kind of stamp has.
     struct Rest {
         std::array<std::uint8_t, 8> octets{};
     };
@@ -52,13 +53,13 @@ struct MXFDateTimeStamp {
 namespace MXFSystemBitmap {
 
 inline constexpr std::uint8_t errorCorrection = 0x80; ///< FEC is active, on an SDTI link
-inline constexpr std::uint8_t label = 0x40;
-inline constexpr std::uint8_t creationStamp = 0x20;
-inline constexpr std::uint8_t userStamp = 0x10;
-inline constexpr std::uint8_t pictureItem = 0x08;
-inline constexpr std::uint8_t soundItem = 0x04;
-inline constexpr std::uint8_t dataItem = 0x02;
-inline constexpr std::uint8_t controlData = 0x01;
+inline constexpr std::uint8_t label = 0x40;           ///< the label of the essence container
+inline constexpr std::uint8_t creationStamp = 0x20;   ///< a creation date/time stamp
+inline constexpr std::uint8_t userStamp = 0x10;       ///< a user date/time stamp
+inline constexpr std::uint8_t pictureItem = 0x08;     ///< elements of the picture item
+inline constexpr std::uint8_t soundItem = 0x04;       ///< elements of the sound item
+inline constexpr std::uint8_t dataItem = 0x02;        ///< elements of the data item
+inline constexpr std::uint8_t controlData = 0x01;     ///< control data in the system item
 
 } // namespace MXFSystemBitmap
 

@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// Index table segments.
 inline constexpr util::uuid indexBase{
     {0x8d, 0x51, 0xe3, 0x0c, 0x77, 0x9f, 0x4b, 0x26, 0xa1, 0x08, 0x3f, 0xc2, 0x64, 0xd9, 0x1e, 0x00}};
 
-// name, base, index, level, message; "%" stands for what the finding is about
+/// The rows of the table: name, base, index, level, message; "%" stands for what the finding is about
 #define BRYX_INDEX_FINDINGS(ROW)                                                                                       \
     ROW(inconsistentDurationAndByteCount, indexBase, 1, warning, "inconsistent indexDuration and editUnitByteCount")   \
     ROW(inconsistentDurationAndEntries, indexBase, 2, warning, "inconsistent indexDuration and indexEntryArray")       \

@@ -9,7 +9,9 @@ class BRYX_API MXFIndexHandler {
 public:
     virtual ~MXFIndexHandler();
 
+    /// The index table segments of a partition begin.
     virtual void startIndex() = 0;
     virtual void endIndex() = 0;
+    /// A segment of an index table.
     virtual void indexTableSegment(const MXFIndexTableSegment& segment) = 0;
 };

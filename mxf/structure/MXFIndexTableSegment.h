@@ -79,7 +79,12 @@ struct MXFIndexTableSegment {
     boost::optional<bool> singleEssenceLocation;   ///< whether the essence stands in one partition
     boost::optional<bool> forwardIndexDirection;   ///< whether the index table comes before its essence
 
-    enum class Presence : std::uint8_t { Mandatory, Always, Optional };
+    /// Whether segments have a property.
+    enum class Presence : std::uint8_t {
+        Mandatory, ///< a segment must have it
+        Always,    ///< a segment is written with it
+        Optional   ///< a segment has it or not
+    };
 
     /// Visits the properties in the order in which they are written: name, static local tag, whether a segment must
     /// have it or is written with it, value. The arrays come after the counts that tell the size of their entries.

@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// Primer packs and primed sets.
 inline constexpr util::uuid primerBase{
     {0xf9, 0x2f, 0x27, 0x14, 0xa3, 0xcd, 0x46, 0x82, 0x96, 0xc6, 0x2d, 0xc9, 0xe8, 0xe4, 0x52, 0x00}};
 
-// name, base, index, level, message
+/// The rows of the table: name, base, index, level, message
 #define BRYX_PRIMER_FINDINGS(ROW)                                                                                      \
     ROW(nonStandardPrimerKey, primerBase, 1, error, "non-standard primer key")                                         \
     ROW(nonStandardPrimerTag, primerBase, 2, warning, "non-standard primer tag")                                       \

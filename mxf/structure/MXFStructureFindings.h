@@ -15,8 +15,8 @@ inline constexpr util::uuid structureBase{
 inline constexpr util::uuid runInBase{
     {0x36, 0x45, 0x5d, 0xaa, 0x59, 0x81, 0x42, 0x9e, 0x9a, 0x57, 0x5e, 0x13, 0x4d, 0xc3, 0x01, 0x00}};
 
-// name, base, index, level, message. A partition after a random index pack and a random index pack that is out of
-// place share an identifier.
+/// The rows of the table: name, base, index, level, message. A partition after a random index pack and a random index
+/// pack that is out of place share an identifier.
 #define BRYX_STRUCTURE_FINDINGS(ROW)                                                                                   \
     ROW(missingHeaderPartition, structureBase, 1, error, "missing header partition")                                   \
     ROW(unexpectedHeaderPartition, structureBase, 2, error, "unexpected header partition")                             \

@@ -18,6 +18,7 @@ public:
 
     /// @param length octets before the header partition pack, at least 1
     virtual void runIn(std::uint64_t length) = 0;
+    /// The header partition comes next.
     virtual void startStructure() = 0;
     virtual void endStructure() = 0;
 
@@ -32,5 +33,6 @@ public:
     /// @param key of the pack of the partition that ends
     virtual void endPartition(const KLVKey& key) = 0;
 
+    /// The random index, which comes last in a file.
     virtual void randomIndex(const MXFRandomIndex& index) = 0;
 };

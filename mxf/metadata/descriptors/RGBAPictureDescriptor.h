@@ -27,6 +27,7 @@ struct MXFPixelLayout {
 /// parentheses.
 BRYX_API std::string toString(const MXFPixelLayout& layout);
 
+/// The coding of pixel layouts: 16 octets, a code and a depth for each component.
 template <>
 struct klvutil::ValueCoding<MXFPixelLayout> {
     BRYX_API static void read(OctetReader& from, MXFPixelLayout& layout);

@@ -30,6 +30,7 @@ using MXFOwnedSets = std::list<std::shared_ptr<const MetadataRoot>>;
 /// A property of a class of sets, for working with sets whatever class they have. Lives as long as the library.
 class BRYX_API MXFProperty {
 public:
+    /// What a property holds: a value, or sets that it owns or points at.
     enum class Kind : std::uint8_t { Value, StrongReference, WeakReference };
 
     virtual ~MXFProperty();

@@ -7,10 +7,11 @@
 
 namespace mxfutil::findings {
 
+/// Sets, and references between them.
 inline constexpr util::uuid metadataBase{
     {0x5b, 0x0e, 0x9d, 0x61, 0x2c, 0x7a, 0x4f, 0x1d, 0x8e, 0x44, 0xb7, 0x3a, 0x90, 0x16, 0x5c, 0x00}};
 
-// name, base, index, level, message; "%" stands for what the finding is about
+/// The rows of the table: name, base, index, level, message; "%" stands for what the finding is about
 #define BRYX_METADATA_FINDINGS(ROW)                                                                                    \
     ROW(missingProperty, metadataBase, 1, error, "missing %")                                                          \
     ROW(invalidProperty, metadataBase, 2, error, "invalid % value")                                                    \

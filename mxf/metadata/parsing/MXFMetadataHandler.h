@@ -17,6 +17,7 @@ public:
 
     virtual ~MXFMetadataHandler();
 
+    /// The header metadata of a partition begins.
     virtual void startMetadata() = 0;
     virtual void endMetadata() = 0;
 

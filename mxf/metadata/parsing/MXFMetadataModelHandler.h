@@ -14,6 +14,7 @@ public:
 
     virtual ~MXFMetadataModelHandler();
 
+    /// The header metadata of a partition begins.
     virtual void startMetadata() = 0;
     virtual void endMetadata() = 0;
 

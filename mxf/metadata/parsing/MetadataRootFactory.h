@@ -30,6 +30,7 @@ public:
 
     /// The class that the factory makes.
     virtual const std::type_info& getType() const = 0;
+    /// The key of its sets.
     virtual const KLVKey& getSetKey() const = 0;
     /// A new set.
     virtual std::shared_ptr<MetadataRoot> create() const = 0;
