@@ -1,6 +1,7 @@
-/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON.
+/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON; and draws it on
+/// an HTML page.
 ///
-///     inspect FILE [--json]
+///     inspect FILE [--json] [--html PAGE]
 ///
 /// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
 /// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
@@ -16,6 +17,7 @@
 
 #include "InputFile.h"
 #include "Inspection.h"
+#include "InspectionHtml.h"
 #include "InspectionJson.h"
 #include "InspectionText.h"
 #include "ProgressBar.h"
@@ -52,7 +54,8 @@ void inspectFile(std::istream& file, Inspection& inspection) {
     }
 }
 
-ExitCode inspect(const std::string& name, bool json) {
+/// @param page where to write an HTML page; empty for nowhere
+ExitCode inspect(const std::string& name, bool json, const std::string& page) {
     std::ifstream file;
     if (!openInput(file, name, "inspect")) {
         return Failure;
@@ -71,6 +74,9 @@ ExitCode inspect(const std::string& name, bool json) {
         std::cerr << "inspect: the report could not be written\n";
         return Failure;
     }
+    if (!page.empty() && !writeHtml(page, name, file, inspection)) {
+        return Failure;
+    }
     const bool intact = inspection.findings.count(klvutil::FindingLevel::error) == 0 &&
                         inspection.findings.count(klvutil::FindingLevel::fatal) == 0;
     return intact ? Success : Failure;
@@ -84,7 +90,9 @@ int main(int argc, char** argv) {
                                     "  inspect FILE [options]\n\n"
                                     "Exits with 0 if there is no error, with 1 if there is one or if the file cannot "
                                     "be read whole, and with 2 if it was called wrongly.\n\nOptions");
-    options.add_options()("json", "print one JSON object")("help", "print this text");
+    options.add_options()("json", "print one JSON object")(
+        "html", po::value<std::string>()->value_name("PAGE")->default_value("", ""),
+        "write an HTML page as well")("help", "print this text");
     po::options_description all;
     all.add(options).add_options()("file", po::value<std::string>());
     po::positional_options_description positional;
@@ -99,7 +107,8 @@ int main(int argc, char** argv) {
         if (arguments.count("file") == 0) {
             throw po::error("no file is given");
         }
-        return inspect(arguments["file"].as<std::string>(), arguments.count("json") != 0);
+        return inspect(arguments["file"].as<std::string>(), arguments.count("json") != 0,
+                       arguments["html"].as<std::string>());
     } catch (const po::error& error) {
         std::cerr << "inspect: " << error.what() << "\nTry inspect --help.\n";
         return BadUsage;
