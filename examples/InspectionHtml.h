@@ -116,6 +116,9 @@ inline std::string readableSize(std::uint64_t octets) {
 inline std::string percentage(std::uint64_t part, std::uint64_t whole) {
     const double percent = whole == 0 ? 0 : 100 * static_cast<double>(part) / static_cast<double>(whole);
     std::ostringstream text;
+    if (part != 0 && percent < 0.01) {
+        return "under 0.01 %";
+    }
     text << std::fixed << std::setprecision(percent < 1 ? 2 : 1) << percent << " %";
     return text.str();
 }
@@ -124,28 +127,26 @@ inline std::string percentage(std::uint64_t part, std::uint64_t whole) {
 
 struct RegionStyle {
     Region region;
-    const char* cssClass;
+    const char* cssClass; ///< also names the variable with its colour
     const char* name;
-    const char* colour = ""; ///< in a mixed block
 };
 
-inline constexpr std::array<RegionStyle, 16> regionStyles{
-    {{Region::RunIn, "run-in", "run-in"},
-     {Region::PartitionPack, "pack", "partition pack"},
-     {Region::HeaderMetadata, "header", "header metadata", "#2563eb"},
-     {Region::Index, "index", "index", "#9333ea"},
-     {Region::System, "system", "system", "#0f766e"},
-     {Region::Picture, "picture", "picture", "#15803d"},
-     {Region::Sound, "sound", "sound", "#c2610c"},
-     {Region::Data, "data", "data", "#be185d"},
-     {Region::Compound, "compound", "compound", "#4d7c0f"},
-     {Region::GenericStream, "stream", "generic stream", "#0e7490"},
-     {Region::Other, "other", "other", "#78716c"},
-     {Region::Fill, "fill", "fill", "#b8c3d0"},
-     {Region::RandomIndex, "rip", "random index"},
-     {Region::Mixed, "mixed", "interleaved"},
-     {Region::Omitted, "omitted", "left out"},
-     {Region::Unread, "unread", "not readable"}}};
+inline constexpr std::array<RegionStyle, 16> regionStyles{{{Region::RunIn, "run-in", "run-in"},
+                                                           {Region::PartitionPack, "pack", "partition pack"},
+                                                           {Region::HeaderMetadata, "header", "header metadata"},
+                                                           {Region::Index, "index", "index"},
+                                                           {Region::System, "system", "system"},
+                                                           {Region::Picture, "picture", "picture"},
+                                                           {Region::Sound, "sound", "sound"},
+                                                           {Region::Data, "data", "data"},
+                                                           {Region::Compound, "compound", "compound"},
+                                                           {Region::GenericStream, "stream", "generic stream"},
+                                                           {Region::Other, "other", "other"},
+                                                           {Region::Fill, "fill", "fill"},
+                                                           {Region::RandomIndex, "rip", "random index"},
+                                                           {Region::Mixed, "mixed", "interleaved"},
+                                                           {Region::Omitted, "omitted", "left out"},
+                                                           {Region::Unread, "unread", "not readable"}}};
 
 inline const RegionStyle& styleOf(Region region) {
     return regionStyles[static_cast<std::size_t>(region)];
@@ -176,7 +177,7 @@ inline std::string stripes(const LayoutBlock& block) {
     for (const auto& [region, octets] : block.octets) {
         const double begin = end;
         end += 100 * thickness(octets) / whole;
-        text << (begin > 0 ? "," : "") << styleOf(region).colour << ' ' << begin << "% " << end << '%';
+        text << (begin > 0 ? "," : "") << "var(--" << styleOf(region).cssClass << ") " << begin << "% " << end << '%';
     }
     text << ')';
     return text.str();
@@ -337,15 +338,15 @@ private:
 
     void writeHeader() {
         out_ << "<header><h1>" << escaped(std::filesystem::path(name_).filename().string())
-             << "</h1>\n<p class=\"soft\">" << escaped(name_) << "</p>\n<div class=\"verdict\">";
+             << "</h1>\n<div class=\"verdict\">";
         const FindingCollector& findings = inspection_.findings;
         bool any = false;
         for (const auto level :
              {klvutil::FindingLevel::fatal, klvutil::FindingLevel::error, klvutil::FindingLevel::warning}) {
             if (findings.count(level) != 0) {
                 any = true;
-                out_ << "<a class=\"badge " << name(level) << "\" href=\"#findings\">" << findings.count(level) << ' '
-                     << name(level) << "</a> ";
+                out_ << "<a class=\"badge " << name(level) << "\" href=\"#findings\">"
+                     << quantity(findings.count(level), name(level)) << "</a> ";
             }
         }
         out_ << (any ? "" : "<span class=\"badge\">no findings</span> ") << "<span>" << verdict(findings)
@@ -357,8 +358,9 @@ private:
         }
         writeStructureFacts();
         writeTrackFacts();
-        if (inspection_.body.packages().count() != 0) {
-            fact("Content packages", describe(inspection_.body.packages()));
+        const PackageCollector& packages = inspection_.body.packages();
+        if (packages.count() != 0) {
+            fact("Content packages", std::to_string(packages.count()), timecodeRange(packages));
         }
         out_ << "</dl></header>\n";
     }
@@ -470,6 +472,11 @@ private:
         } else if (layout_->parts().empty()) {
             out_ << "<p>The file is empty.</p>\n";
         } else {
+            if (inspection_.findings.count(klvutil::FindingLevel::fatal) != 0) {
+                out_ << "<p class=\"soft\">The drawing goes from triplet to triplet, and on to the next partition of "
+                        "the "
+                        "random index where that fails: it may show more than the tables.</p>\n";
+            }
             writeFileBar();
             writeLegend();
             writeParts();
@@ -492,17 +499,19 @@ private:
                  << "%\"></a>";
         }
         out_ << "</div><div class=\"parts\">\n";
-        std::size_t number = 0;
+        std::uint64_t number = 1;
         for (const LayoutPart& part : layout_->parts()) {
-            out_ << "<div style=\"flex-grow:" << part.end() - part.begin() << "\"><small>"
-                 << shortHeading(part, number++) << "</small>";
+            out_ << "<div style=\"flex-grow:" << part.end() - part.begin() << "\"><small><span>"
+                 << shortHeading(part, number) << "</span></small>";
+            number += part.partitions;
             writeBar(part.blocks, "bar");
             out_ << "</div>\n";
         }
         out_ << "</div><div class=\"ruler\" aria-hidden=\"true\">";
         constexpr unsigned ticks = 8;
         for (unsigned i = 0; i < ticks; ++i) {
-            out_ << "<span style=\"left:" << 100.0 * i / ticks << "%\">" << readableSize(size / ticks * i) << "</span>";
+            out_ << "<span style=\"left:" << 100.0 * i / ticks << "%\">"
+                 << (i == 0 ? "0" : readableSize(size / ticks * i)) << "</span>";
         }
         out_ << "<span class=\"last\">" << readableSize(size) << "</span></div></div></div>\n"
              << "<div id=\"readout\" data-script hidden>Point at a block to see what it is.</div>\n";
@@ -522,21 +531,23 @@ private:
                 out_ << " href=\"#at-" << block.begin << '"';
             }
             out_ << " style=\"flex-grow:" << block.size();
-            if (block.region == Region::Mixed) {
+            if (!block.octets.empty()) {
                 out_ << ";background:" << stripes(block);
             }
             out_ << "\" title=\"" << style.name << " at " << block.begin << " (" << inHex(block.begin) << "), "
-                 << quantity(block.size(), "octet") << " (" << readableSize(block.size()) << ')';
+                 << quantity(block.size(), "octet")
+                 << (block.size() < 1024 ? "" : " (" + readableSize(block.size()) + ")");
             if (block.triplets != 0) {
                 out_ << ", " << quantity(block.triplets, "triplet");
             }
-            if (block.region == Region::Mixed) {
+            if (!block.octets.empty()) {
                 out_ << ": " << shares(block);
             }
             if (found != ofBlock_.end()) {
                 out_ << "; " << quantity(found->second.size(), "finding");
             }
-            out_ << "\"><span>" << style.name << "</span>" << (links ? "</a>" : "</span>");
+            out_ << "\"><span>" << (!block.octets.empty() ? shares(block) : style.name) << "</span>"
+                 << (links ? "</a>" : "</span>");
         }
         out_ << "</div>";
     }
@@ -545,13 +556,7 @@ private:
         std::map<Region, std::uint64_t> octets;
         for (const LayoutPart& part : layout_->parts()) {
             for (const LayoutBlock& block : part.blocks) {
-                if (block.region == Region::Mixed) {
-                    for (const auto& share : block.octets) {
-                        octets[share.first] += share.second;
-                    }
-                } else {
-                    octets[block.region] += block.size();
-                }
+                block.addTo(octets);
             }
         }
         out_ << "<ul class=\"legend\">";
@@ -562,16 +567,20 @@ private:
         out_ << "</ul>\n";
     }
 
-    static std::string swatch(Region region) {
-        return std::string("<i class=\"sw ") + styleOf(region).cssClass + "\"></i>";
+    static std::string swatch(Region region, const std::string& style = {}) {
+        return std::string("<i class=\"sw ") + styleOf(region).cssClass + "\"" + style + "></i>";
     }
 
-    static std::string shortHeading(const LayoutPart& part, std::size_t number) {
+    static std::string swatch(const LayoutBlock& block) {
+        return swatch(block.region, !block.octets.empty() ? " style=\"background:" + stripes(block) + "\"" : "");
+    }
+
+    static std::string shortHeading(const LayoutPart& part, std::uint64_t number) {
         if (part.isPartition()) {
             return std::to_string(number) + " " + name(mxfutil::partitionKind(part.key));
         }
-        return part.partitions != 0 ? quantity(part.partitions, "partition") + " left out"
-                                    : styleOf(part.blocks.front().region).name;
+        return part.blocks.front().region == Region::Omitted ? quantity(part.partitions, "partition") + " left out"
+                                                             : styleOf(part.blocks.front().region).name;
     }
 
     /// What stands between one partition pack and the next, each to its own scale.
@@ -579,14 +588,15 @@ private:
         out_ << "<h2 style=\"margin-top:1.5rem\">Each partition to a scale of its own</h2>\n"
                 "<input type=\"checkbox\" id=\"scale\"> <label for=\"scale\">Narrow blocks as narrow as they "
                 "are</label>\n";
-        std::size_t number = 0;
+        std::uint64_t number = 1;
         const bool few = layout_->parts().size() <= 8;
         for (const LayoutPart& part : layout_->parts()) {
-            writePart(part, number++, few);
+            writePart(part, number, few);
+            number += part.partitions;
         }
     }
 
-    void writePart(const LayoutPart& part, std::size_t number, bool unfolded) {
+    void writePart(const LayoutPart& part, std::uint64_t number, bool unfolded) {
         out_ << "<div class=\"part\"><h3>" << shortHeading(part, number) << "<span>";
         if (part.isPartition()) {
             out_ << textName(mxfutil::partitionStatus(part.key)) << "</span><span>body SID " << part.pack.bodySID
@@ -604,15 +614,16 @@ private:
             }
         }
         out_ << "<details" << (unfolded ? " open" : "") << "><summary>" << quantity(part.blocks.size(), "block")
-             << "</summary><div class=\"scroll\"><table><thead><tr><th>block<th class=\"n\">position<th class=\"n\">hex"
+             << "</summary><div class=\"scroll\"><table class=\"full blocks\"><thead><tr><th>block<th "
+                "class=\"n\">position<th class=\"n\">hex"
                 "<th class=\"n\">octets<th class=\"n\">size<th class=\"n\">triplets<th>what it "
                 "holds</tr></thead><tbody>\n";
         for (const LayoutBlock& block : part.blocks) {
-            out_ << "<tr id=\"at-" << block.begin << "\"><td>" << swatch(block.region) << styleOf(block.region).name
+            out_ << "<tr id=\"at-" << block.begin << "\"><td>" << swatch(block) << styleOf(block.region).name
                  << "<td class=\"n\">" << block.begin << "<td class=\"n\">" << inHex(block.begin) << "<td class=\"n\">"
-                 << block.size() << "<td class=\"n\">" << readableSize(block.size()) << "<td class=\"n\">"
-                 << block.triplets << "<td class=\"wide\">" << contents(part, block) << badge(ofBlock_, block.begin)
-                 << "</tr>\n";
+                 << block.size() << "<td class=\"n\">" << (block.size() < 1024 ? "" : readableSize(block.size()))
+                 << "<td class=\"n\">" << block.triplets << "<td class=\"wide\">" << contents(part, block)
+                 << badge(ofBlock_, block.begin) << "</tr>\n";
         }
         out_ << "</tbody></table></div></details></div>\n";
     }
@@ -633,11 +644,10 @@ private:
         case Region::RandomIndex:
             return "<a href=\"#random-index\">random index</a>";
         case Region::Mixed:
-            return shares(block);
         case Region::Omitted:
-            return quantity(part.partitions, "partition") + " that the page has no room for";
+            return shares(block);
         case Region::Unread:
-            return escaped(layout_->failure());
+            return escaped(part.problem);
         case Region::RunIn:
         case Region::Fill:
             return {};
@@ -672,6 +682,9 @@ private:
             }
             out_ << "</tr>\n";
         });
+        if (rows == 0) {
+            out_ << "<tr><td class=\"soft\" colspan=\"" << table.columns().size() << "\">none</tr>\n";
+        }
         out_ << "</tbody></table></div>\n";
         writeOmitted(omitted, entries);
     }
@@ -686,13 +699,15 @@ private:
         beginSection("findings", "Findings");
         out_ << "<p>" << verdict(inspection_.findings) << "</p>\n";
         if (!findings_.empty()) {
-            out_ << "<div class=\"scroll tall\"><table><thead><tr><th>level<th class=\"n\">position<th class=\"n\">hex"
+            out_ << "<div class=\"scroll tall\"><table class=\"full\"><thead><tr><th>level<th class=\"n\">position<th "
+                    "class=\"n\">hex"
                     "<th>message<th>where<th>identifier</tr></thead><tbody>\n";
             for (std::size_t i = 0; i < findings_.size(); ++i) {
                 const ReportedFinding& finding = *findings_[i];
                 out_ << "<tr id=\"finding-" << i << "\"><td><span class=\"badge " << name(finding.level) << "\">"
                      << name(finding.level) << "</span><td class=\"n\">" << link(finding.position) << "<td class=\"n\">"
-                     << inHex(finding.position) << "<td class=\"wide\">" << escaped(finding.message) << "<td>";
+                     << inHex(finding.position) << "<td class=\"wide\">" << escaped(finding.message)
+                     << "<td class=\"tight\">";
                 if (const LayoutBlock* block = blockAt(finding.position)) {
                     out_ << link(finding.position, styleOf(block->region).name);
                 }
@@ -758,7 +773,7 @@ private:
                      << nameOf(label) << "<td class=\"n\">" << partitions << "</tr>\n";
             }
         };
-        out_ << "<div class=\"scroll tall\" style=\"margin:1rem 0\"><table><thead><tr><th>label<th><th>name"
+        out_ << "<div class=\"scroll tall\"><table><thead><tr><th>label<th><th>name"
                 "<th class=\"n\">partitions</tr></thead><tbody>\n";
         write("operational pattern", patterns);
         write("essence container", containers);
@@ -783,8 +798,8 @@ private:
             row[3] += " <span class=\"soft\">" + percentage(count.octets, octets) + "</span>";
             return row;
         });
-        out_ << "<p>Content packages: " << describe(body.packages()) << ". System elements: " << body.systemElements()
-             << ".</p>\n<h2>Other triplets in the bodies</h2>\n";
+        out_ << "<p>Content packages: " << body.packages().count() << ' ' << timecodeRange(body.packages())
+             << ". System elements: " << body.systemElements() << ".</p>\n<h2>Other triplets in the bodies</h2>\n";
         writeTable(otherTripletsTable(), "triplets", body.others(), [&](const ElementCount& count) {
             Table::Row row = toRow(count);
             row[0] = "<span class=\"mono\">" + row[0] + "</span>";

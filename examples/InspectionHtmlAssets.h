@@ -7,8 +7,11 @@
 inline constexpr const char* htmlStyle = R"css(
 :root{color-scheme:light dark;--page:#f6f7f9;--card:#fff;--text:#16202e;--soft:#5b6878;--line:#dde2e9;--hover:#eef2f8;
 --link:#1d4ed8;--on:#fde68a;--error:#b91c1c;--error-soft:#fee2e2;--warning:#92400e;--warning-soft:#fef3c7;
---good:#166534;--good-soft:#dcfce7;--mono:ui-monospace,"SF Mono",Menlo,Consolas,"DejaVu Sans Mono",monospace}
-@media(prefers-color-scheme:dark){:root{--page:#0d131c;--card:#151d29;--text:#e3e9f1;--soft:#94a3b8;--line:#283445;
+--good:#166534;--good-soft:#dcfce7;
+--run-in:#a16207;--pack:#475569;--header:#2563eb;--index:#9333ea;--system:#0f766e;--picture:#15803d;--sound:#c2610c;
+--data:#be185d;--compound:#4d7c0f;--stream:#0e7490;--other:#78716c;--rip:#7c2d12;--fill:#aeb9c7;
+--mono:ui-monospace,"SF Mono",Menlo,Consolas,"DejaVu Sans Mono",monospace}
+@media(prefers-color-scheme:dark){:root{--pack:#64748b;--rip:#a0522d;--page:#0d131c;--card:#151d29;--text:#e3e9f1;--soft:#94a3b8;--line:#283445;
 --hover:#1d2838;--link:#93b4ff;--on:#594a10;--error:#fca5a5;--error-soft:#4c1717;--warning:#fcd34d;
 --warning-soft:#44300a;--good:#86efac;--good-soft:#123821}}
 *{box-sizing:border-box}
@@ -28,7 +31,7 @@ p{margin:.5rem 0}
 nav{position:sticky;top:0;z-index:9;background:var(--page);border-bottom:1px solid var(--line);margin-top:1rem}
 nav div{max-width:84rem;margin:0 auto;padding:.5rem 1.25rem;display:flex;flex-wrap:wrap;gap:.2rem 1.2rem}
 .card{background:var(--card);border:1px solid var(--line);border-radius:.6rem;padding:1rem 1.25rem;margin:1rem 0}
-.facts{display:grid;grid-template-columns:repeat(auto-fit,minmax(13rem,1fr));gap:.9rem 1.5rem;margin:1rem 0 0}
+.facts{display:grid;grid-template-columns:repeat(auto-fit,minmax(11.5rem,1fr));gap:.9rem 1.5rem;margin:1rem 0 0}
 .facts div{min-width:0}
 .facts dt{color:var(--soft);font-size:.8rem}
 .facts dd{margin:0;font-weight:600;overflow-wrap:anywhere}
@@ -40,16 +43,19 @@ background:var(--good-soft);color:var(--good)}
 .badge.fatal{border:1px solid}
 .verdict{display:flex;flex-wrap:wrap;gap:.5rem;align-items:center;margin:.6rem 0 0}
 
-.scroll{overflow:auto}
+.scroll{overflow:auto;margin-bottom:1rem}
+#map,.scroll:last-child{margin-bottom:0}
 .scroll.tall{max-height:32rem}
-table{border-collapse:collapse;font-size:.86rem;width:100%}
+table{border-collapse:collapse;font-size:.86rem;min-width:14rem}
+.full{width:100%}.blocks th{width:7rem}.blocks th:first-child{width:12rem}.blocks th:last-child{width:auto}
 th{color:var(--soft);font-weight:500;text-align:left;vertical-align:bottom;position:sticky;top:0;background:var(--card)}
 th,td{padding:.22rem .6rem;border-bottom:1px solid var(--line)}
 td{vertical-align:top}
 tbody tr:hover{background:var(--hover)}
 .n{text-align:right}
 td.n,.mono{font-family:var(--mono);font-size:.82rem;font-variant-numeric:tabular-nums;white-space:nowrap}
-td.wide{overflow-wrap:anywhere}
+td.wide{overflow-wrap:anywhere;min-width:11rem}
+td.tight{white-space:nowrap}
 tr:target,tr.on,.set:target>summary{background:var(--on)}
 
 .bar{display:flex;height:2.1rem;border-radius:.3rem;overflow:hidden;background:var(--line)}
@@ -67,16 +73,17 @@ border-right-color:#ef4444}
 .begin{height:1.4rem;margin:.15rem 0 0}
 .begin .b{line-height:1.4rem;min-width:.8rem}
 .caption{display:flex;gap:.6rem;align-items:baseline;font-size:.78rem;color:var(--soft);margin-top:.35rem}
-.run-in{background:#a16207}.pack{background:#475569}.header{background:#2563eb}.index{background:#9333ea}
-.system{background:#0f766e}.picture{background:#15803d}.sound{background:#c2610c}.data{background:#be185d}
-.compound{background:#4d7c0f}.stream{background:#0e7490}.other{background:#78716c}.rip{background:#7c2d12}
-.fill{background:repeating-linear-gradient(135deg,#aeb9c7 0 4px,#c9d2dc 4px 8px)}
+.run-in{background:var(--run-in)}.pack{background:var(--pack)}.header{background:var(--header)}
+.index{background:var(--index)}.system{background:var(--system)}.picture{background:var(--picture)}
+.sound{background:var(--sound)}.data{background:var(--data)}.compound{background:var(--compound)}
+.stream{background:var(--stream)}.other{background:var(--other)}.rip{background:var(--rip)}
+.fill{background:repeating-linear-gradient(135deg,var(--fill) 0 4px,#cdd5de 4px 8px)}
 .omitted{background:repeating-linear-gradient(90deg,#64748b 0 8px,#7c8aa0 8px 16px)}
 .unread{background:repeating-linear-gradient(135deg,#991b1b 0 6px,#dc2626 6px 12px)}
 .fill span{color:#1e293b;text-shadow:none}
 i.sw{display:inline-block;width:.85em;height:.85em;border-radius:.2em;vertical-align:-.08em;margin-right:.35em}
 .legend{display:flex;flex-wrap:wrap;gap:.2rem 1.1rem;font-size:.84rem;margin:.7rem 0 0;padding:0;list-style:none}
-.map{padding:.2rem 0 .4rem}
+.map{padding:.2rem .4rem .4rem}
 .marks,.ruler{position:relative;height:1rem}
 .marks a{position:absolute;width:0;margin-left:-.35rem;border:.35rem solid transparent;border-top:.75rem solid #ef4444}
 .marks a.warning{border-top-color:#eab308}
@@ -84,8 +91,10 @@ i.sw{display:inline-block;width:.85em;height:.85em;border-radius:.2em;vertical-a
 .parts>div{flex:1 1 0;min-width:0}
 .parts .bar{border-radius:0;height:3rem}
 .parts .b{line-height:3rem}
-.parts small{display:block;height:1.2rem;overflow:hidden;font-size:.72rem;color:var(--soft);white-space:nowrap;
-border-left:1px solid var(--soft);padding-left:.2rem;text-overflow:ellipsis}
+.parts small{display:flex;flex-wrap:wrap;height:1.2rem;overflow:hidden;font-size:.72rem;color:var(--soft);white-space:nowrap;
+border-left:1px solid var(--soft);padding-left:.2rem}
+.parts small::before{content:"";width:1px;height:100%;margin-right:-1px}
+.parts small span{white-space:nowrap}
 .ruler{font-size:.72rem;color:var(--soft);height:1.3rem}
 .ruler span{position:absolute;border-left:1px solid var(--soft);padding-left:.25rem}
 .ruler span.last{border-left:0;border-right:1px solid var(--soft);padding:0 .25rem 0 0;right:0}
@@ -107,8 +116,6 @@ grid-template-columns:minmax(8rem,max-content) minmax(0,1fr);gap:.05rem 1rem;fon
 .set-body dd{margin:0;overflow-wrap:anywhere;min-width:0}
 .set-body .down{grid-column:1/-1}
 .dark{font-family:var(--mono);font-size:.78rem}
-.share{display:inline-block;height:.6rem;border-radius:.2rem;min-width:2px}
-td.meter{width:30%}
 footer{color:var(--soft);font-size:.8rem;padding:1rem 1.25rem 2rem}
 @media print{body{background:#fff;font-size:11px}nav,.tools,#readout{display:none}.card{break-inside:auto;border:0;padding:0}
 .part,tr{break-inside:avoid}.scroll,.scroll.tall{overflow:visible;max-height:none}*{print-color-adjust:exact;

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,7 +17,9 @@
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "klv/Locator.h"
+#include "mxf/engines/MXFPartialReader.h"
 #include "mxf/essence/MXFGCKeys.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFPartitionPack.h"
 #include "mxf/structure/MXFRandomIndex.h"
 #include "mxf/structure/MXFTripletPosition.h"
@@ -51,10 +54,19 @@ struct LayoutBlock {
     std::uint64_t end = 0;
     std::uint64_t triplets = 0;
     KLVKey key = {};                             ///< of the first triplet
-    std::map<Region, std::uint64_t> octets = {}; ///< of a mixed block, by region
+    std::map<Region, std::uint64_t> octets = {}; ///< of a block of several regions, by region
     std::vector<LayoutBlock> beginning = {};     ///< of a mixed block: the first blocks in it
 
     std::uint64_t size() const { return end - begin; }
+
+    void addTo(std::map<Region, std::uint64_t>& sums) const {
+        if (octets.empty()) {
+            sums[region] += size();
+        }
+        for (const auto& [each, sum] : octets) {
+            sums[each] += sum;
+        }
+    }
 };
 
 /// A partition, or what stands beside them: run-in, random index, triplets that belong to no partition, partitions that
@@ -64,6 +76,7 @@ struct LayoutPart {
     KLVKey key = {};                 ///< of the partition pack, if this is a partition
     MXFPartitionPack pack = {};      ///< as far as it could be read
     std::uint64_t partitions = 0;    ///< 1 for a partition; the number of those that are left out
+    std::string problem = {};        ///< why octets could not be read
 
     std::uint64_t begin() const { return blocks.front().begin; }
     std::uint64_t end() const { return blocks.back().end; }
@@ -73,8 +86,8 @@ struct LayoutPart {
 /// Makes a pass of its own over a file that can seek, and notes where its triplets stand. It reads partition packs and
 /// skips all other values.
 ///
-/// It goes from triplet to triplet without regard to the rules for partitions, so that it sees more of a damaged file
-/// than MXFReader, which may have to stop. What it keeps is bounded: triplets of one region that follow one another are
+/// It goes from triplet to triplet without regard to the rules for partitions, and where it cannot go on, it does so at
+/// the next partition that the random index lists: so it sees more of a damaged file than MXFReader. What it keeps is bounded: triplets of one region that follow one another are
 /// one block, regions that take turns are mixed, and of very many partitions those in the middle are left out.
 class LayoutCollector final : public DullKLVHandler {
 public:
@@ -83,17 +96,22 @@ public:
         if (runIn != 0) {
             parts_.push_back({{LayoutBlock{Region::RunIn, 0, runIn}}});
         }
-        GenericKLVReader reader;
-        reader.setHandler(this);
-        file.clear();
-        file.seekg(static_cast<std::streamoff>(runIn));
-        try {
-            reader.parse(file, static_cast<std::streamoff>(runIn));
-        } catch (const std::exception& failure) {
-            failure_ = failure.what();
-        }
-        if (end_ < size) {
-            parts_.push_back({{LayoutBlock{Region::Unread, end_, size}}});
+        std::optional<std::vector<std::uint64_t>> partitions;
+        while (end_ < size) {
+            const std::string problem = readFrom(file, end_);
+            if (end_ >= size) {
+                break;
+            }
+            if (!partitions) {
+                partitions = listedPartitions(file, runIn);
+            }
+            const auto listed = std::upper_bound(partitions->begin(), partitions->end(), end_);
+            const std::uint64_t next = listed == partitions->end() ? size : std::min(*listed, size);
+            startPart(0);
+            parts_.back().blocks = {LayoutBlock{Region::Unread, end_, next}};
+            parts_.back().problem = problem;
+            inPart_ = false;
+            end_ = next;
         }
     }
 
@@ -142,9 +160,6 @@ public:
 
     const std::deque<LayoutPart>& parts() const { return parts_; }
 
-    /// Why the octets that could not be read could not be read.
-    const std::string& failure() const { return failure_; }
-
     /// The block that @p position is in, or null if it is beyond the file.
     const LayoutBlock* blockAt(std::uint64_t position) const {
         const auto part = std::partition_point(parts_.begin(), parts_.end(),
@@ -165,6 +180,46 @@ private:
 
     /// The areas of a partition, one after the other.
     enum class Area : std::uint8_t { Pack, HeaderMetadata, Index, Body };
+
+    /// Takes the random index out of the few calls that a structure handler gets.
+    struct RandomIndexReader final : DullMXFStructureHandler {
+        void randomIndex(const MXFRandomIndex& read) override { index = read; }
+        MXFRandomIndex index;
+    };
+
+    /// The positions of partitions that the random index tells, in their order.
+    static std::vector<std::uint64_t> listedPartitions(std::istream& file, std::uint64_t runIn) {
+        RandomIndexReader handler;
+        MXFPartialReader reader;
+        reader.setStructureHandler(&handler);
+        file.clear();
+        reader.setInputStream(&file);
+        try {
+            reader.readRandomIndexPack();
+        } catch (const std::exception&) {
+            handler.index.clear(); // a damaged one is as good as none
+        }
+        std::vector<std::uint64_t> positions;
+        for (const MXFRandomIndexEntry& entry : handler.index) {
+            positions.push_back(sum(runIn, entry.byteOffset));
+        }
+        std::sort(positions.begin(), positions.end());
+        return positions;
+    }
+
+    /// @return what was wrong where reading ended, if that was before the end of the file
+    std::string readFrom(std::istream& file, std::uint64_t position) {
+        GenericKLVReader reader;
+        reader.setHandler(this);
+        file.clear();
+        file.seekg(static_cast<std::streamoff>(position));
+        try {
+            reader.parse(file, static_cast<std::streamoff>(position));
+        } catch (const std::exception& problem) {
+            return problem.what();
+        }
+        return {};
+    }
 
     bool start(std::uint64_t length) {
         triplet_ = MXFTripletPosition::of(*locator_, form_, length);
@@ -187,7 +242,7 @@ private:
             append(Region::RandomIndex, key);
             return;
         }
-        if (parts_.empty() || parts_.back().blocks.front().region == Region::RunIn) {
+        if (!inPart_) {
             startPart(0);
         }
         enterArea(key);
@@ -196,16 +251,21 @@ private:
 
     void startPart(std::uint64_t partitions) {
         if (parts_.size() == firstParts + lastParts) {
-            // The one left out, which is none until the first time, grows by the partition that comes after it.
+            // The part of what is left out, which is none until the first time, grows by the one that comes after it.
             const auto omitted = parts_.begin() + firstParts - 1;
             const auto next = omitted + 1;
-            *omitted = {{LayoutBlock{Region::Omitted, omitted->begin(), next->end()}},
-                        {},
-                        {},
-                        omitted->partitions + next->partitions};
+            LayoutBlock sum{Region::Omitted, omitted->begin(), next->end()};
+            for (const LayoutPart* part : {&*omitted, &*next}) {
+                for (const LayoutBlock& block : part->blocks) {
+                    sum.triplets += block.triplets;
+                    block.addTo(sum.octets);
+                }
+            }
+            *omitted = {{std::move(sum)}, {}, {}, omitted->partitions + next->partitions};
             parts_.erase(next);
         }
         parts_.push_back({{}, {}, {}, partitions});
+        inPart_ = true;
         area_ = Area::Pack;
         areaBegin_ = 0;
     }
@@ -282,7 +342,7 @@ private:
         LayoutBlock mixed{Region::Mixed, first->begin, blocks.back().end, 0, first->key};
         for (auto block = first; block != blocks.end(); ++block) {
             mixed.triplets += block->triplets;
-            mixed.octets[block->region] += block->size();
+            block->addTo(mixed.octets);
         }
         mixed.beginning.assign(std::make_move_iterator(first), std::make_move_iterator(blocks.end()));
         blocks.erase(first, blocks.end());
@@ -295,8 +355,8 @@ private:
     std::vector<std::uint8_t> packValue_;
 
     std::uint64_t end_; ///< of what has been read
-    std::string failure_;
     std::deque<LayoutPart> parts_;
+    bool inPart_ = false; ///< whether triplets belong to the last part
     Area area_ = Area::Pack;
     std::size_t areaBegin_ = 0; ///< its first block in those of the part
     std::uint64_t headerEnd_ = 0;

@@ -346,21 +346,23 @@ inline void printIndex(std::ostream& out, const IndexCollector& index) {
     segmentTable().print(out, "Index table segments", "segments", index.segments());
 }
 
-inline std::string describe(const PackageCollector& packages) {
-    std::string text = packages.count() == 0 ? "none" : std::to_string(packages.count());
-    if (packages.firstTimecode() || packages.lastTimecode()) {
-        const auto describeTimecode = [](const boost::optional<Timecode>& timecode) {
-            return timecode ? toString(*timecode) : "no timecode";
-        };
-        text +=
-            ", from " + describeTimecode(packages.firstTimecode()) + " to " + describeTimecode(packages.lastTimecode());
+/// "from 10:00:00:00 to 10:00:01:24"; empty if neither the first nor the last package has a timecode.
+inline std::string timecodeRange(const PackageCollector& packages) {
+    if (!packages.firstTimecode() && !packages.lastTimecode()) {
+        return {};
     }
-    return text;
+    const auto describeTimecode = [](const boost::optional<Timecode>& timecode) {
+        return timecode ? toString(*timecode) : "no timecode";
+    };
+    return "from " + describeTimecode(packages.firstTimecode()) + " to " + describeTimecode(packages.lastTimecode());
 }
 
 inline void printBody(std::ostream& out, const BodyCounter& body) {
     essenceTable().print(out, "Essence", "elements", body.essence());
-    out << "\nContent packages: " << describe(body.packages())
+    const PackageCollector& packages = body.packages();
+    const std::string timecodes = timecodeRange(packages);
+    out << "\nContent packages: " << (packages.count() == 0 ? "none" : std::to_string(packages.count()))
+        << (timecodes.empty() ? "" : ", ") << timecodes
         << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
         << '\n';
     otherTripletsTable().print(out, "Other triplets in the bodies", "triplets", body.others());
