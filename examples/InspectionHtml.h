@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -452,7 +453,7 @@ private:
 
     /// "0:01:00.000", hours first.
     static std::string clockTime(double seconds) {
-        const auto milliseconds = static_cast<std::uint64_t>(std::min(seconds, 1e12) * 1000 + 0.5);
+        const auto milliseconds = std::llround(std::min(seconds, 1e12) * 1000);
         std::ostringstream text;
         text << std::setfill('0') << milliseconds / 3600000 << ':' << std::setw(2) << milliseconds / 60000 % 60 << ':'
              << std::setw(2) << milliseconds / 1000 % 60 << '.' << std::setw(3) << milliseconds % 1000;
@@ -491,10 +492,10 @@ private:
                 "tables below.</span></div>\n<div class=\"scroll\" id=\"map\"><div class=\"map\"><div class=\"marks\">";
         for (std::size_t i = 0; i < findings_.size(); ++i) {
             const ReportedFinding& finding = *findings_[i];
-            const std::string label = escaped(std::string(name(finding.level)) + " at " +
-                                              std::to_string(finding.position) + ": " + finding.message);
+            const std::string label = std::string(name(finding.level)) + " at " + std::to_string(finding.position) +
+                                      ": " + cut(finding.message, 200);
             out_ << "<a class=\"" << name(finding.level) << "\" href=\"#finding-" << i << "\" tabindex=\"-1\" title=\""
-                 << label << "\" aria-label=\"" << label << "\" style=\"left:"
+                 << escaped(label) << "\" style=\"left:"
                  << 100 * static_cast<double>(std::min(finding.position, size)) / static_cast<double>(size)
                  << "%\"></a>";
         }
@@ -706,7 +707,7 @@ private:
                 const ReportedFinding& finding = *findings_[i];
                 out_ << "<tr id=\"finding-" << i << "\"><td><span class=\"badge " << name(finding.level) << "\">"
                      << name(finding.level) << "</span><td class=\"n\">" << link(finding.position) << "<td class=\"n\">"
-                     << inHex(finding.position) << "<td class=\"wide\">" << escaped(finding.message)
+                     << inHex(finding.position) << "<td class=\"wide\">" << escaped(cut(finding.message, 2000))
                      << "<td class=\"tight\">";
                 if (const LayoutBlock* block = blockAt(finding.position)) {
                     out_ << link(finding.position, styleOf(block->region).name);
@@ -798,7 +799,8 @@ private:
             row[3] += " <span class=\"soft\">" + percentage(count.octets, octets) + "</span>";
             return row;
         });
-        out_ << "<p>Content packages: " << body.packages().count() << ' ' << timecodeRange(body.packages())
+        const std::string timecodes = timecodeRange(body.packages());
+        out_ << "<p>Content packages: " << body.packages().count() << (timecodes.empty() ? "" : ", ") << timecodes
              << ". System elements: " << body.systemElements() << ".</p>\n<h2>Other triplets in the bodies</h2>\n";
         writeTable(otherTripletsTable(), "triplets", body.others(), [&](const ElementCount& count) {
             Table::Row row = toRow(count);
@@ -868,9 +870,7 @@ private:
                 out_ << "<p>the same as in the <a href=\"#model-" << same - models_.begin() << "\">partition at "
                      << model.sameAs->partition << "</a></p>\n";
             } else {
-                for (const auto& set : model.found->model) {
-                    writeSet(*set, i == 0 ? 0 : 1);
-                }
+                writeSets(model.found->model, i == 0 ? 0 : 1);
             }
             out_ << "</div>\n";
         }
@@ -902,14 +902,24 @@ private:
     }
 
     /// @param depth those on the uppermost levels are unfolded
-    void writeSet(const MetadataRoot& set, std::size_t depth) {
-        const auto number = numbers_.find(&set);
-        if (number == numbers_.end() || metadataSize_ > maxMetadata) {
-            out_ << "<p class=\"more\">a " << set.getDescription().name() << " that the page has no room for</p>\n";
-            return;
+    template <class Sets>
+    void writeSets(const Sets& sets, std::size_t depth) {
+        std::uint64_t omitted = 0;
+        for (const auto& set : sets) {
+            const auto number = numbers_.find(&*set);
+            if (number == numbers_.end()) {
+                ++omitted;
+            } else {
+                writeSet(*set, number->second, depth);
+            }
         }
-        out_ << "<details class=\"set\" id=\"set-" << number->second << (depth < 3 ? "\" open" : "\"") << "><summary>"
-             << heading(set) << badge(ofSet_, number->second) << "</summary><dl class=\"set-body\">\n";
+        writeOmitted(omitted, "sets");
+    }
+
+    /// A set that has a number is written in any case, as there may be links to it.
+    void writeSet(const MetadataRoot& set, std::size_t number, std::size_t depth) {
+        out_ << "<details class=\"set\" id=\"set-" << number << (depth < 3 ? "\" open" : "\"") << "><summary>"
+             << heading(set) << badge(ofSet_, number) << "</summary><dl class=\"set-body\">\n";
         if (set.hasStartStreampos()) {
             property("at", link(position(set)) + " (" + inHex(position(set)) + ")", "soft");
         }
@@ -943,9 +953,7 @@ private:
         if (!owned.empty()) {
             property(each.name(), owned.size() == 1 ? "" : quantity(owned.size(), "set"));
             out_ << "<dd class=\"down\">";
-            for (const auto& target : owned) {
-                writeSet(*target, depth + 1);
-            }
+            writeSets(owned, depth + 1);
             out_ << "</dd>\n";
             return;
         }

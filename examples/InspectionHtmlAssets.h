@@ -55,7 +55,8 @@ tbody tr:hover{background:var(--hover)}
 .n{text-align:right}
 td.n,.mono{font-family:var(--mono);font-size:.82rem;font-variant-numeric:tabular-nums;white-space:nowrap}
 td.wide{overflow-wrap:anywhere;min-width:11rem}
-td.tight{white-space:nowrap}
+td.tight,.blocks td:first-child{white-space:nowrap}
+td:not(.n){min-width:5.5rem}
 tr:target,tr.on,.set:target>summary{background:var(--on)}
 
 .bar{display:flex;height:2.1rem;border-radius:.3rem;overflow:hidden;background:var(--line)}
@@ -117,6 +118,7 @@ grid-template-columns:minmax(8rem,max-content) minmax(0,1fr);gap:.05rem 1rem;fon
 .set-body .down{grid-column:1/-1}
 .dark{font-family:var(--mono);font-size:.78rem}
 footer{color:var(--soft);font-size:.8rem;padding:1rem 1.25rem 2rem}
+@media(max-width:50rem){.ruler span:nth-child(even){display:none}.facts{grid-template-columns:1fr 1fr}}
 @media print{body{background:#fff;font-size:11px}nav,.tools,#readout{display:none}.card{break-inside:auto;border:0;padding:0}
 .part,tr{break-inside:avoid}.scroll,.scroll.tall{overflow:visible;max-height:none}*{print-color-adjust:exact;
 -webkit-print-color-adjust:exact}}
@@ -160,7 +162,7 @@ inline constexpr const char* htmlScript = R"js(
 
   // What a link leads to may be folded away.
   const unfold = () => {
-    const target = document.getElementById(decodeURIComponent(location.hash.slice(1)));
+    const target = document.getElementById(location.hash.slice(1));
     if (!target) return;
     for (let e = target; e; e = e.parentElement) if (e.tagName === 'DETAILS') e.open = true;
     target.scrollIntoView({block: target.tagName === 'TR' ? 'center' : 'start'});

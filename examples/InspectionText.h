@@ -259,14 +259,22 @@ inline std::string inQuotes(const std::string& text) {
     return result + '"';
 }
 
-/// A value as people read it; long ones are cut.
-inline std::string describe(const MXFScalar& value) {
-    constexpr std::size_t maxSize = 200;
-    std::string text = mxfutil::toText(value);
+/// @p text in UTF-8 with an ellipsis in place of what is beyond @p maxSize octets.
+inline std::string cut(std::string text, std::size_t maxSize) {
     if (text.size() > maxSize) {
+        const auto continues = [&](std::size_t at) { return (static_cast<std::uint8_t>(text[at]) & 0xC0U) == 0x80; };
+        while (maxSize > 0 && continues(maxSize)) {
+            --maxSize;
+        }
         text.resize(maxSize);
         text += "...";
     }
+    return text;
+}
+
+/// A value as people read it; long ones are cut.
+inline std::string describe(const MXFScalar& value) {
+    const std::string text = cut(mxfutil::toText(value), 200);
     if (std::holds_alternative<std::string>(value) || std::holds_alternative<std::wstring>(value)) {
         return inQuotes(text);
     }
