@@ -51,38 +51,22 @@ inline bool isHidden(wchar_t c) {
 /// as its code point.
 inline std::string escaped(const std::string& text) {
     std::string result;
-    const auto append = [&](char32_t c, const std::string& octets) {
-        switch (c) {
-        case U'&':
-            result += "&amp;";
-            break;
-        case U'<':
-            result += "&lt;";
-            break;
-        case U'>':
-            result += "&gt;";
-            break;
-        case U'"':
-            result += "&quot;";
-            break;
-        case U'\'':
-            result += "&#39;";
-            break;
-        default:
-            if (isHidden(static_cast<wchar_t>(c))) {
-                std::ostringstream point;
-                point << "\\u{" << std::hex << static_cast<std::uint32_t>(c) << '}';
-                result += point.str();
-            } else {
-                result += octets;
-            }
+    const auto append = [&](wchar_t c, const std::string& octets) {
+        std::ostringstream point;
+        if (c == L'&' || c == L'<' || c == L'>' || c == L'"' || c == L'\'') {
+            point << "&#" << static_cast<std::uint32_t>(c) << ';';
+        } else if (isHidden(c)) {
+            point << "\\u{" << std::hex << static_cast<std::uint32_t>(c) << '}';
+        } else {
+            result += octets;
         }
+        result += point.str();
     };
     for (std::size_t i = 0; i < text.size();) {
         const auto octet = static_cast<std::uint8_t>(text[i]);
         const std::string octets = text.substr(i, octet < 0xC0 ? 1 : octet < 0xE0 ? 2 : octet < 0xF0 ? 3 : 4);
         try {
-            append(static_cast<char32_t>(util::utf8::toWide(octets).front()), octets);
+            append(util::utf8::toWide(octets).front(), octets);
             i += octets.size();
         } catch (const util::utf8::exception&) {
             result += "\xEF\xBF\xBD";
@@ -150,7 +134,8 @@ inline constexpr std::array<RegionStyle, 16> regionStyles{{{Region::RunIn, "run-
                                                            {Region::Unread, "unread", "not readable"}}};
 
 inline const RegionStyle& styleOf(Region region) {
-    return regionStyles[static_cast<std::size_t>(region)];
+    return *std::find_if(regionStyles.begin(), regionStyles.end(),
+                         [&](const RegionStyle& style) { return style.region == region; });
 }
 
 /// "picture 97.1 %, sound 2.4 %".
@@ -474,9 +459,9 @@ private:
             out_ << "<p>The file is empty.</p>\n";
         } else {
             if (inspection_.findings.count(klvutil::FindingLevel::fatal) != 0) {
-                out_ << "<p class=\"soft\">The drawing goes from triplet to triplet, and on to the next partition of "
-                        "the "
-                        "random index where that fails: it may show more than the tables.</p>\n";
+                out_ << "<p class=\"soft\">The drawing goes from triplet to triplet, and where that fails on to the "
+                        "next "
+                        "partition of the random index: it may show more than the tables.</p>\n";
             }
             writeFileBar();
             writeLegend();

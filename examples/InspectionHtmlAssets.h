@@ -9,7 +9,7 @@ inline constexpr const char* htmlStyle = R"css(
 --link:#1d4ed8;--on:#fde68a;--error:#b91c1c;--error-soft:#fee2e2;--warning:#92400e;--warning-soft:#fef3c7;
 --good:#166534;--good-soft:#dcfce7;
 --run-in:#a16207;--pack:#475569;--header:#2563eb;--index:#9333ea;--system:#0f766e;--picture:#15803d;--sound:#c2610c;
---data:#be185d;--compound:#4d7c0f;--stream:#0e7490;--other:#78716c;--rip:#7c2d12;--fill:#aeb9c7;
+--data:#be185d;--compound:#4d7c0f;--stream:#0e7490;--other:#78716c;--rip:#7c2d12;--fill:#aeb9c7;--unread:#b91c1c;
 --mono:ui-monospace,"SF Mono",Menlo,Consolas,"DejaVu Sans Mono",monospace}
 @media(prefers-color-scheme:dark){:root{--pack:#64748b;--rip:#a0522d;--page:#0d131c;--card:#151d29;--text:#e3e9f1;--soft:#94a3b8;--line:#283445;
 --hover:#1d2838;--link:#93b4ff;--on:#594a10;--error:#fca5a5;--error-soft:#4c1717;--warning:#fcd34d;

@@ -106,13 +106,13 @@ def check_blocks(page, data):
             kind, following = starts[at]
             sums[kind] += following - at
             at, number = following, number + 1
-        if name in ("run-in", "not readable", "left out") or not number:
+        if name in ("run-in", "not readable") or not number:
             continue
         if at != end or number != int(count):
             problems.append(f"{name} at {position} has {octets} octets, {count} triplets; it should end at {at}")
-        if name == "interleaved":
-            shares = {kind: float(share) for kind, share in re.findall(r"(\w+) ([\d.]+) %", contents)}
-            problems += [f"interleaved at {position}: {kind} has {sums[kind]} octets, not {shares.get(kind)} %"
+        if name in ("interleaved", "left out"):
+            shares = {kind.strip(): float(share) for kind, share in re.findall(r"([a-z ]*[a-z]) ([\d.]+) %", contents)}
+            problems += [f"{name} at {position}: {kind} has {sums[kind]} octets, not {shares.get(kind)} %"
                          for kind in BLOCK_KINDS if abs(100 * sums[kind] / int(octets) - shares.get(kind, 0)) > 0.06]
         elif set(sums) != ({name} if name in BLOCK_KINDS else {None}):
             problems.append(f"{name} at {position} holds {dict(sums)}")
