@@ -363,7 +363,8 @@ private:
             const std::string pattern = patternName(pack.operationalPattern);
             fact("Operational pattern", pattern.empty() ? "unknown" : pattern.substr(2, pattern.size() - 3),
                  toString(pack.operationalPattern));
-            fact("Partitions", std::to_string(count),
+            const bool readToEnd = inspection_.findings.count(klvutil::FindingLevel::fatal) == 0;
+            fact(readToEnd ? "Partitions" : "Partitions read", std::to_string(count),
                  std::string("header: ") + textName(mxfutil::partitionStatus(first->key)) + "; version " +
                      std::to_string(pack.majorVersion) + "." + std::to_string(pack.minorVersion) + "; KAG " +
                      std::to_string(pack.kagSize));

@@ -8,10 +8,10 @@ inline constexpr const char* htmlStyle = R"css(
 :root{color-scheme:light dark;--page:#f6f7f9;--card:#fff;--text:#16202e;--soft:#5b6878;--line:#dde2e9;--hover:#eef2f8;
 --link:#1d4ed8;--on:#fde68a;--error:#b91c1c;--error-soft:#fee2e2;--warning:#92400e;--warning-soft:#fef3c7;
 --good:#166534;--good-soft:#dcfce7;
---run-in:#a16207;--pack:#475569;--header:#2563eb;--index:#9333ea;--system:#0f766e;--picture:#15803d;--sound:#c2610c;
+--run-in:#0c4a6e;--pack:#475569;--header:#2563eb;--index:#9333ea;--system:#0f766e;--picture:#15803d;--sound:#c2610c;
 --data:#be185d;--compound:#4d7c0f;--stream:#0e7490;--other:#78716c;--rip:#7c2d12;--fill:#aeb9c7;--unread:#b91c1c;
 --mono:ui-monospace,"SF Mono",Menlo,Consolas,"DejaVu Sans Mono",monospace}
-@media(prefers-color-scheme:dark){:root{--pack:#64748b;--rip:#a0522d;--page:#0d131c;--card:#151d29;--text:#e3e9f1;--soft:#94a3b8;--line:#283445;
+@media(prefers-color-scheme:dark){:root{--run-in:#075985;--pack:#64748b;--rip:#a0522d;--page:#0d131c;--card:#151d29;--text:#e3e9f1;--soft:#94a3b8;--line:#283445;
 --hover:#1d2838;--link:#93b4ff;--on:#594a10;--error:#fca5a5;--error-soft:#4c1717;--warning:#fcd34d;
 --warning-soft:#44300a;--good:#86efac;--good-soft:#123821}}
 *{box-sizing:border-box}
@@ -120,7 +120,7 @@ grid-template-columns:minmax(8rem,max-content) minmax(0,1fr);gap:.05rem 1rem;fon
 footer{color:var(--soft);font-size:.8rem;padding:1rem 1.25rem 2rem}
 @media(max-width:50rem){.ruler span:nth-child(even){display:none}.facts{grid-template-columns:1fr 1fr}}
 @media print{body{background:#fff;font-size:11px}nav,.tools,#readout{display:none}.card{break-inside:auto;border:0;padding:0}
-.part,tr{break-inside:avoid}.scroll,.scroll.tall{overflow:visible;max-height:none}*{print-color-adjust:exact;
+#layout .part,tr{break-inside:avoid}h2,h3{break-after:avoid}.scroll,.scroll.tall{overflow:visible;max-height:none}*{print-color-adjust:exact;
 -webkit-print-color-adjust:exact}}
 )css";
 

@@ -1,5 +1,5 @@
-/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON; and draws it on
-/// an HTML page.
+/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON, and on an HTML
+/// page with a drawing of the file.
 ///
 ///     inspect FILE [--json] [--html PAGE]
 ///
