@@ -240,6 +240,11 @@ inline std::vector<std::shared_ptr<const MetadataRoot>> ownedBy(const MetadataRo
     return sets;
 }
 
+/// The value of a dark property as that of any other.
+inline MXFScalar scalarOf(const MetadataRoot::DarkValue& value) {
+    return std::visit([](const auto& content) { return MXFScalar(content); }, value);
+}
+
 /// Calls @p visit with @p set and all sets that it owns, depth first.
 template <class Visit>
 void forEachSet(const MetadataRoot& set, const Visit& visit) {

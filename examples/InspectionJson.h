@@ -94,8 +94,7 @@ inline nlohmann::ordered_json toJson(const MetadataRoot& set) {
     }
     nlohmann::ordered_json dark = nlohmann::ordered_json::array();
     for (auto property = set.beginDarkProperties(); property != set.endDarkProperties(); ++property) {
-        const MXFScalar value = std::visit([](const auto& content) { return MXFScalar(content); }, property->second);
-        dark.push_back({{"ul", toString(property->first)}, {"value", toJson(value)}});
+        dark.push_back({{"ul", toString(property->first)}, {"value", toJson(scalarOf(property->second))}});
     }
     return {{"set", description.name()},
             {"key", toString(description.key())},

@@ -27,12 +27,13 @@ public:
 
     explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
+    const std::vector<Column>& columns() const { return columns_; }
+
     /// @param list has forEach(), and omitted(), which is mentioned below the rows unless it is 0
     /// @param entries what to call them there
-    /// @param toRow makes the cells of an entry. It is called twice for each, so that the rows need not be kept.
-    template <class List, class ToRow>
-    void print(std::ostream& out, const std::string& heading, const char* entries, const List& list,
-               ToRow toRow) const {
+    /// The cells come from toRow(entry). It is called twice for each, so that the rows need not be kept.
+    template <class List>
+    void print(std::ostream& out, const std::string& heading, const char* entries, const List& list) const {
         Row titles;
         Row subtitles;
         std::vector<std::size_t> widths;
@@ -150,44 +151,97 @@ inline void printLabels(std::ostream& out, const StructureCollector::Partitions&
     });
 }
 
-inline void printStructure(std::ostream& out, const StructureCollector& structure) {
-    const Table partitions({{"offset", Table::Right},
-                            {"kind"},
-                            {"status"},
-                            {"version"},
-                            {"KAG", Table::Right},
-                            {"this", Table::Right, "partition"},
-                            {"previous", Table::Right, "partition"},
-                            {"footer", Table::Right, "partition"},
-                            {"header", Table::Right, "octets"},
-                            {"index", Table::Right, "octets"},
-                            {"index", Table::Right, "SID"},
-                            {"body", Table::Right, "offset"},
-                            {"body", Table::Right, "SID"}});
-    partitions.print(out, "Partitions", "partitions", structure.partitions(), [](const FoundPartition& partition) {
-        const MXFPartitionPack& pack = partition.pack;
-        return Table::Row{std::to_string(partition.offset),
-                          name(mxfutil::partitionKind(partition.key)),
-                          textName(mxfutil::partitionStatus(partition.key)),
-                          std::to_string(pack.majorVersion) + "." + std::to_string(pack.minorVersion),
-                          std::to_string(pack.kagSize),
-                          std::to_string(pack.thisPartition),
-                          std::to_string(pack.previousPartition),
-                          std::to_string(pack.footerPartition),
-                          std::to_string(pack.headerByteCount),
-                          std::to_string(pack.indexByteCount),
-                          std::to_string(pack.indexSID),
-                          std::to_string(pack.bodyOffset),
-                          std::to_string(pack.bodySID)};
-    });
-    printLabels(out, structure.partitions());
+// The tables of a report and the cells of their rows.
 
-    const Table randomIndex({{"byte offset", Table::Right}, {"body SID", Table::Right}});
-    const auto randomIndexRow = [](const MXFRandomIndexEntry& entry) {
-        return Table::Row{std::to_string(entry.byteOffset), std::to_string(entry.bodySID)};
-    };
-    randomIndex.print(out, "Random index", "entries",
-                      structure.randomIndex().value_or(StructureCollector::RandomIndex{}), randomIndexRow);
+inline Table partitionTable() {
+    return Table({{"offset", Table::Right},
+                  {"kind"},
+                  {"status"},
+                  {"version"},
+                  {"KAG", Table::Right},
+                  {"this", Table::Right, "partition"},
+                  {"previous", Table::Right, "partition"},
+                  {"footer", Table::Right, "partition"},
+                  {"header", Table::Right, "octets"},
+                  {"index", Table::Right, "octets"},
+                  {"index", Table::Right, "SID"},
+                  {"body", Table::Right, "offset"},
+                  {"body", Table::Right, "SID"}});
+}
+inline Table::Row toRow(const FoundPartition& partition) {
+    const MXFPartitionPack& pack = partition.pack;
+    return {std::to_string(partition.offset),
+            name(mxfutil::partitionKind(partition.key)),
+            textName(mxfutil::partitionStatus(partition.key)),
+            std::to_string(pack.majorVersion) + "." + std::to_string(pack.minorVersion),
+            std::to_string(pack.kagSize),
+            std::to_string(pack.thisPartition),
+            std::to_string(pack.previousPartition),
+            std::to_string(pack.footerPartition),
+            std::to_string(pack.headerByteCount),
+            std::to_string(pack.indexByteCount),
+            std::to_string(pack.indexSID),
+            std::to_string(pack.bodyOffset),
+            std::to_string(pack.bodySID)};
+}
+
+inline Table randomIndexTable() {
+    return Table({{"byte offset", Table::Right}, {"body SID", Table::Right}});
+}
+inline Table::Row toRow(const MXFRandomIndexEntry& entry) {
+    return {std::to_string(entry.byteOffset), std::to_string(entry.bodySID)};
+}
+
+inline Table segmentTable() {
+    return Table({{"offset", Table::Right},
+                  {"index", Table::Right, "SID"},
+                  {"body", Table::Right, "SID"},
+                  {"edit rate", Table::Right},
+                  {"start", Table::Right},
+                  {"duration", Table::Right},
+                  {"octets of an", Table::Right, "edit unit"},
+                  {"entries", Table::Right},
+                  {"slices", Table::Right},
+                  {"pos", Table::Right, "tables"},
+                  {"delta", Table::Right, "entries"}});
+}
+inline Table::Row toRow(const FoundSegment& found) {
+    const MXFIndexTableSegment& segment = found.segment;
+    return {std::to_string(found.offset),
+            std::to_string(segment.indexSID),
+            std::to_string(segment.bodySID),
+            toString(segment.indexEditRate),
+            std::to_string(segment.indexStartPosition),
+            std::to_string(segment.indexDuration),
+            std::to_string(segment.editUnitByteCount),
+            std::to_string(found.entries),
+            std::to_string(segment.sliceCount),
+            std::to_string(segment.posTableCount),
+            std::to_string(found.deltaEntries)};
+}
+
+inline Table essenceTable() {
+    return Table({{"key"}, {"kind"}, {"elements", Table::Right}, {"octets", Table::Right}});
+}
+inline Table otherTripletsTable() {
+    return Table({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
+}
+inline Table::Row toRow(const ElementCount& count) {
+    const char* const kind = essenceKind(count.key);
+    Table::Row row{toString(count.key)};
+    if (kind != nullptr) {
+        row.emplace_back(kind);
+    }
+    row.push_back(std::to_string(count.elements));
+    row.push_back(std::to_string(count.octets));
+    return row;
+}
+
+inline void printStructure(std::ostream& out, const StructureCollector& structure) {
+    partitionTable().print(out, "Partitions", "partitions", structure.partitions());
+    printLabels(out, structure.partitions());
+    randomIndexTable().print(out, "Random index", "entries",
+                             structure.randomIndex().value_or(StructureCollector::RandomIndex{}));
 }
 
 /// A text in quotes, with nothing in it that a terminal would act on.
@@ -205,14 +259,22 @@ inline std::string inQuotes(const std::string& text) {
     return result + '"';
 }
 
-/// A value as people read it; long ones are cut.
-inline std::string describe(const MXFScalar& value) {
-    constexpr std::size_t maxSize = 200;
-    std::string text = mxfutil::toText(value);
+/// @p text in UTF-8 with an ellipsis in place of what is beyond @p maxSize octets.
+inline std::string cut(std::string text, std::size_t maxSize) {
     if (text.size() > maxSize) {
+        const auto continues = [&](std::size_t at) { return (static_cast<std::uint8_t>(text[at]) & 0xC0U) == 0x80; };
+        while (maxSize > 0 && continues(maxSize)) {
+            --maxSize;
+        }
         text.resize(maxSize);
         text += "...";
     }
+    return text;
+}
+
+/// A value as people read it; long ones are cut.
+inline std::string describe(const MXFScalar& value) {
+    const std::string text = cut(mxfutil::toText(value), 200);
     if (std::holds_alternative<std::string>(value) || std::holds_alternative<std::wstring>(value)) {
         return inQuotes(text);
     }
@@ -255,9 +317,14 @@ inline void printSet(std::ostream& out, const MetadataRoot& set, const std::stri
         }
     }
     for (auto dark = set.beginDarkProperties(); dark != set.endDarkProperties(); ++dark) {
-        const MXFScalar value = std::visit([](const auto& content) { return MXFScalar(content); }, dark->second);
-        out << indent << "  dark " << toString(dark->first) << ": " << describe(value) << '\n';
+        out << indent << "  dark " << toString(dark->first) << ": " << describe(scalarOf(dark->second)) << '\n';
     }
+}
+
+/// Whether the model of a partition says what that of another one does.
+inline bool repeats(const FoundModel& found, const FoundModel& other) {
+    return found.model.size() == other.model.size() &&
+           mxfutil::firstDifference(*found.model.front(), *other.model.front()).empty();
 }
 
 /// The header metadata of the first partition that has any, and of others where they do not repeat it.
@@ -265,8 +332,7 @@ inline void printMetadata(std::ostream& out, const MetadataCollector::Models& mo
     const FoundModel* previous = nullptr;
     models.forEach([&](const FoundModel& found) {
         out << "\nHeader metadata of the partition at offset " << found.partition;
-        if (previous != nullptr && found.model.size() == previous->model.size() &&
-            mxfutil::firstDifference(*found.model.front(), *previous->model.front()).empty()) {
+        if (previous != nullptr && repeats(found, *previous)) {
             out << ": as before\n";
             return;
         }
@@ -285,69 +351,47 @@ inline void printMetadata(std::ostream& out, const MetadataCollector::Models& mo
 }
 
 inline void printIndex(std::ostream& out, const IndexCollector& index) {
-    const Table segments({{"offset", Table::Right},
-                          {"index", Table::Right, "SID"},
-                          {"body", Table::Right, "SID"},
-                          {"edit rate", Table::Right},
-                          {"start", Table::Right},
-                          {"duration", Table::Right},
-                          {"octets of an", Table::Right, "edit unit"},
-                          {"entries", Table::Right},
-                          {"slices", Table::Right},
-                          {"pos", Table::Right, "tables"},
-                          {"delta", Table::Right, "entries"}});
-    segments.print(out, "Index table segments", "segments", index.segments(), [](const FoundSegment& found) {
-        const MXFIndexTableSegment& segment = found.segment;
-        return Table::Row{std::to_string(found.offset),
-                          std::to_string(segment.indexSID),
-                          std::to_string(segment.bodySID),
-                          toString(segment.indexEditRate),
-                          std::to_string(segment.indexStartPosition),
-                          std::to_string(segment.indexDuration),
-                          std::to_string(segment.editUnitByteCount),
-                          std::to_string(found.entries),
-                          std::to_string(segment.sliceCount),
-                          std::to_string(segment.posTableCount),
-                          std::to_string(found.deltaEntries)};
-    });
+    segmentTable().print(out, "Index table segments", "segments", index.segments());
+}
+
+/// "from 10:00:00:00 to 10:00:01:24"; empty if neither the first nor the last package has a timecode.
+inline std::string timecodeRange(const BodyCounter& body) {
+    if (!body.firstTimecode() && !body.lastTimecode()) {
+        return {};
+    }
+    const auto describeTimecode = [](const boost::optional<Timecode>& timecode) {
+        return timecode ? toString(*timecode) : "no timecode";
+    };
+    return "from " + describeTimecode(body.firstTimecode()) + " to " + describeTimecode(body.lastTimecode());
 }
 
 inline void printBody(std::ostream& out, const BodyCounter& body) {
-    const Table essence({{"key"}, {"kind"}, {"elements", Table::Right}, {"octets", Table::Right}});
-    essence.print(out, "Essence", "elements", body.essence(), [](const ElementCount& count) {
-        return Table::Row{toString(count.key), essenceKind(count.key), std::to_string(count.elements),
-                          std::to_string(count.octets)};
-    });
-    out << "\nContent packages: " << (body.packages() == 0 ? "none" : std::to_string(body.packages()));
-    if (body.firstTimecode() || body.lastTimecode()) {
-        const auto text = [](const boost::optional<Timecode>& timecode) {
-            return timecode ? toString(*timecode) : "no timecode";
-        };
-        out << ", from " << text(body.firstTimecode()) << " to " << text(body.lastTimecode());
-    }
-    out << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
+    essenceTable().print(out, "Essence", "elements", body.essence());
+    const std::string timecodes = timecodeRange(body);
+    out << "\nContent packages: " << (body.packages() == 0 ? "none" : std::to_string(body.packages()))
+        << (timecodes.empty() ? "" : ", ") << timecodes
+        << "\nSystem elements: " << (body.systemElements() == 0 ? "none" : std::to_string(body.systemElements()))
         << '\n';
 }
 
-inline void printGenericStreams(std::ostream& out, const GenericStreamCounter& streams) {
-    const Table table({{"key"}, {"triplets", Table::Right}, {"octets", Table::Right}});
-    table.print(out, "Generic streams", "triplets", streams.triplets(), [](const ElementCount& count) {
-        return Table::Row{toString(count.key), std::to_string(count.elements), std::to_string(count.octets)};
-    });
+inline Table findingTable() {
+    return Table({{"level"}, {"position", Table::Right}, {"message"}});
+}
+inline Table::Row toRow(const ReportedFinding& finding) {
+    return {name(finding.level), std::to_string(finding.position), finding.message};
+}
+
+/// What to think of the file as a whole.
+inline std::string verdict(const FindingCollector& findings) {
+    const bool readToEnd = findings.count(klvutil::FindingLevel::fatal) == 0;
+    return (readToEnd ? "The file was read to its end: " : "The file could not be read to its end. Before that: ") +
+           quantity(findings.count(klvutil::FindingLevel::error), "error") + ", " +
+           quantity(findings.count(klvutil::FindingLevel::warning), "warning") + ".";
 }
 
 inline void printFindings(std::ostream& out, const FindingCollector& findings) {
-    const Table table({{"level"}, {"position", Table::Right}, {"message"}});
-    table.print(out, "Findings", "findings", findings, [](const ReportedFinding& finding) {
-        return Table::Row{name(finding.level), std::to_string(finding.position), finding.message};
-    });
-    if (findings.count(klvutil::FindingLevel::fatal) != 0) {
-        out << "\nThe file could not be read to its end. Before that: ";
-    } else {
-        out << "\nThe file was read to its end: ";
-    }
-    out << quantity(findings.count(klvutil::FindingLevel::error), "error") << ", "
-        << quantity(findings.count(klvutil::FindingLevel::warning), "warning") << ".\n";
+    findingTable().print(out, "Findings", "findings", findings);
+    out << '\n' << verdict(findings) << '\n';
 }
 
 /// Prints what people want to see first: the structure as a table, what the bodies hold, what is wrong.
@@ -357,6 +401,6 @@ inline void printText(std::ostream& out, const std::string& name, const Inspecti
     printMetadata(out, inspection.metadata.models());
     printIndex(out, inspection.index);
     printBody(out, inspection.body);
-    printGenericStreams(out, inspection.genericStreams);
+    otherTripletsTable().print(out, "Generic streams", "triplets", inspection.genericStreams.triplets());
     printFindings(out, inspection.findings);
 }

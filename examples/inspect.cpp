@@ -1,6 +1,8 @@
-/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON.
+/// Tells what an MXF file holds and what is wrong with it: for people, or as JSON, and on an HTML
+/// page with a drawing of the file.
 ///
-///     inspect FILE [--json] [--validate none|lenient|standard|strict]
+///     inspect FILE [--json] [--html PAGE] [--validate none|lenient|standard|strict]
+///     inspect --checks
 ///
 /// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
 /// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
@@ -17,6 +19,7 @@
 
 #include "InputFile.h"
 #include "Inspection.h"
+#include "InspectionHtml.h"
 #include "InspectionJson.h"
 #include "InspectionText.h"
 #include "ProgressBar.h"
@@ -62,7 +65,8 @@ void inspectFile(std::ifstream& file, BRYXValidationMode::Enum mode, Inspection&
     }
 }
 
-ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool json) {
+/// @param page where to write an HTML page; empty for nowhere
+ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool json, const std::string& page) {
     std::ifstream file;
     if (!openInput(file, name, "inspect")) {
         return Failure;
@@ -81,18 +85,36 @@ ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool js
         std::cerr << "inspect: the report could not be written\n";
         return Failure;
     }
+    if (!page.empty() && !writeHtml(page, name, file, inspection)) {
+        return Failure;
+    }
     const bool intact = inspection.findings.count(klvutil::FindingLevel::error) == 0 &&
                         inspection.findings.count(klvutil::FindingLevel::fatal) == 0;
     return intact ? Success : Failure;
 }
 
+/// The names of modes, by their numbers.
+constexpr const char* modes[] = {"none", "lenient", "standard", "strict"};
+
 BRYXValidationMode::Enum modeOf(const std::string& name) {
-    const char* const names[] = {"none", "lenient", "standard", "strict"};
-    const auto place = std::find(std::begin(names), std::end(names), name);
-    if (place == std::end(names)) {
+    const auto place = std::find(std::begin(modes), std::end(modes), name);
+    if (place == std::end(modes)) {
         throw boost::program_options::error("the argument of --validate is none, lenient, standard or strict");
     }
-    return static_cast<BRYXValidationMode::Enum>(place - std::begin(names));
+    return static_cast<BRYXValidationMode::Enum>(place - std::begin(modes));
+}
+
+/// Lists the checks as tables in Markdown.
+void printChecks() {
+    for (const BRYXCheckGroup& group : getBRYXChecks()) {
+        std::cout << "\n### " << group.subject << "\n\n| from mode | level | message | what demands it | identifier |\n"
+                  << "|---|---|---|---|---|\n";
+        for (const BRYXCheck* check : group.checks) {
+            std::cout << "| " << modes[check->mode] << " | " << name(check->finding.level) << " | "
+                      << check->finding.message << " | " << check->clause << " | `" << toString(check->finding.id)
+                      << "` |\n";
+        }
+    }
 }
 
 } // namespace
@@ -104,8 +126,10 @@ int main(int argc, char** argv) {
                                     "Exits with 0 if there is no error, with 1 if there is one or if the file cannot "
                                     "be read whole, and with 2 if it was called wrongly.\n\nOptions");
     options.add_options()("json", "print one JSON object")(
+        "html", po::value<std::string>()->value_name("PAGE")->default_value("", ""), "write an HTML page as well")(
         "validate", po::value<std::string>()->value_name("MODE")->default_value("standard"),
-        "how strictly to check the file: none, lenient, standard or strict")("help", "print this text");
+        "how strictly to check the file: none, lenient, standard or strict")(
+        "checks", "list the checks in place of a file")("help", "print this text");
     po::options_description all;
     all.add(options).add_options()("file", po::value<std::string>());
     po::positional_options_description positional;
@@ -117,11 +141,15 @@ int main(int argc, char** argv) {
             std::cout << options;
             return Success;
         }
+        if (arguments.count("checks") != 0) {
+            printChecks();
+            return Success;
+        }
         if (arguments.count("file") == 0) {
             throw po::error("no file is given");
         }
         return inspect(arguments["file"].as<std::string>(), modeOf(arguments["validate"].as<std::string>()),
-                       arguments.count("json") != 0);
+                       arguments.count("json") != 0, arguments["html"].as<std::string>());
     } catch (const po::error& error) {
         std::cerr << "inspect: " << error.what() << "\nTry inspect --help.\n";
         return BadUsage;

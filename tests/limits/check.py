@@ -74,6 +74,8 @@ def main():
             if not re.search(rf"picture +{count} +{count * length}\b", output):
                 sys.exit(f"inspect does not count {count} elements of {length} octets:\n{output}")
             limit(f"MiB of memory for {os.path.getsize(path) >> 20} MiB in {count} elements", memory, 32)
+            memory, _ = peak_memory(text_of, inspect, path, "--html", os.path.join(folder, "page.html"))
+            limit(f"MiB of memory to draw {count} elements", memory, 32)
 
         # One clip-wrapped element.
         clip = (4 << 30) + 7
