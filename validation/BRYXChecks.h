@@ -64,7 +64,9 @@ inline constexpr util::uuid base{
     ROW(genericStreamWithoutSID, base, 12, Standard, error, "generic stream partition without bodySID", "ST 410")      \
     ROW(sharedBodySID, base, 13, Standard, error, "bodySID of both a generic stream and an essence container",         \
         "ST 410")                                                                                                      \
-    ROW(sharedSID, base, 14, Strict, warning, "indexSID is a bodySID as well", "ST 377-1, Stream IDs")
+    ROW(sharedSID, base, 14, Strict, warning, "indexSID is a bodySID as well", "ST 377-1, Stream IDs")                 \
+    ROW(inconsistentVersions, base, 15, Strict, warning,                                                               \
+        "register version in key or labels differs from that in the header partition", "ST 377-1, Partition Pack")
 
 BRYX_STRUCTURE_CHECKS(BRYX_DEFINE_CHECK)
 

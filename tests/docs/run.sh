@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Compiles, links and runs the code of the README and the guides.
+# Compiles, links and runs the code of the README and the guides, and compares the list of checks in them with the real one.
 #
 # The blocks of a page that are marked cpp, one after the other, make a program, which ends with the block that has
 # main(); the blocks after that make the next one. Those behind the last main() are compiled only. A program is given the
@@ -79,3 +79,7 @@ export root library inspect
 ls README1.cpp >/dev/null # there is at least the program that users paste first
 printf '%s\0' *.cpp | xargs -0 -n 1 basename -z -s .cpp |
     xargs -0 -n 1 -P "$(nproc)" bash -euo pipefail -c 'check "$1"' check
+
+# The guide lists the checks that there are.
+diff --label validation.md --label 'inspect --checks' -u \
+    <(sed -n '/^### /,$p' "$root/docs/validation.md") <("$inspect" --checks | sed -n '/^### /,$p')

@@ -201,6 +201,8 @@ const Fault faults[] = {
      genericStream},
     {S::sharedSID, pack(3, "indexSID", std::uint32_t{1}), {}, Wanted::Structure},
 
+    {S::inconsistentVersions, [](GoodClip& clip) { clip.put(clip.packs().at(1), 7, {9}); }},
+
     {M::missingPreface, [](GoodClip& clip) { clip.hide<Preface>(); clip.at<Identification>(); }},
     {M::missingIdentification, [](GoodClip& clip) { clip.hide<Identification>(); clip.at<Preface>(); }},
     {M::missingMaterialPackage, [](GoodClip& clip) { clip.hide<MaterialPackage>(); clip.at<ContentStorage>(); }},
@@ -371,5 +373,41 @@ TEST(BRYXValidation, FindsEachFaultWhereItIs) {
         }
         validate(clip.octets, static_cast<BRYXValidationMode::Enum>(fault.check.mode - 1), fault.wanted, &found);
         EXPECT_TRUE(found.positionsOf(fault.check).empty());
+    }
+}
+
+/// Each octet of each partition pack and of the random index pack is held against something, save the register version in
+/// the key of the latter.
+TEST(BRYXValidation, FindsEachFlippedOctetOfAPack) {
+    const GoodClip clip;
+    auto packs = clip.packs();
+    packs.push_back(clip.all(mxfutil::randomIndexPackKey).front());
+    for (const GoodClip::Triplet& pack : packs) {
+        for (std::uint64_t octet = pack.position; octet < pack.end; ++octet) {
+            for (const int flip : {0x01, 0x80, 0xFF}) {
+                std::string damaged = clip.octets;
+                damaged[octet] = static_cast<char>(damaged[octet] ^ flip);
+                Findings found;
+                try {
+                    validate(damaged, BRYXValidationMode::Strict, Wanted::Everything, &found);
+                } catch (const klvutil::parse_error&) {
+                    continue;
+                }
+                EXPECT_TRUE(!found.all.empty() || octet == packs.back().position + 7)
+                    << octet - pack.position << " of the pack at " << pack.position << ", " << flip;
+            }
+        }
+    }
+}
+
+TEST(BRYXValidation, HasAFaultForEachCheck) {
+    std::set<util::uuid> planted;
+    for (const Fault& fault : faults) {
+        planted.insert(fault.check.finding.id);
+    }
+    for (const BRYXCheckGroup& group : getBRYXChecks()) {
+        for (const BRYXCheck* check : group.checks) {
+            EXPECT_EQ(planted.count(check->finding.id), 1) << check->name;
+        }
     }
 }

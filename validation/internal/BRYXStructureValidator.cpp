@@ -30,6 +30,7 @@ void BRYXStructureValidator::runIn(std::uint64_t length) {
 void BRYXStructureValidator::startStructure() {
     first_.reset();
     containers_.clear();
+    versions_.clear();
     containersAreFinal_ = false;
     openMetadata_.reset();
     cross_.startStructure();
@@ -63,10 +64,25 @@ void BRYXStructureValidator::checkLabels(const MXFPartitionPack& pack, bool isCl
     if (first_ && ((comes && containersAreFinal_) || (goes && isClosed))) {
         report(checks::inconsistentEssenceContainers);
     }
-    if (!containersAreFinal_) {
+    if (!containersAreFinal_ && containers_.size() < maxKept) {
         containers_.insert(labels.begin(), labels.end());
     }
     containersAreFinal_ = containersAreFinal_ || isClosed;
+}
+
+void BRYXStructureValidator::checkVersions(const KLVKey& key, const MXFPartitionPack& pack) {
+    constexpr std::size_t version = 7;
+    bool isSame = !first_ || key[version] == first_->version;
+    const auto check = [&](const KLVKey& label) {
+        const auto place =
+            versions_.size() < maxKept ? versions_.emplace(label, label[version]).first : versions_.find(label);
+        isSame = isSame && (place == versions_.end() || place->second == label[version]);
+    };
+    check(pack.operationalPattern);
+    std::for_each(pack.essenceContainers.begin(), pack.essenceContainers.end(), check);
+    if (!isSame) {
+        report(checks::inconsistentVersions);
+    }
 }
 
 void BRYXStructureValidator::checkSIDs(const KLVKey& key, const MXFPartitionPack& pack) const {
@@ -92,9 +108,10 @@ void BRYXStructureValidator::startPartition(const KLVKey& key, const MXFPartitio
     checkStatus(key, pack);
     const bool closed = isClosed(mxfutil::partitionStatus(key));
     checkLabels(pack, closed);
+    checkVersions(key, pack);
     checkSIDs(key, pack);
     if (!first_) {
-        first_ = First{pack.operationalPattern, pack.kagSize, closed};
+        first_ = First{pack.operationalPattern, pack.kagSize, closed, key[7]};
     } else if (pack.kagSize != first_->kagSize) {
         report(checks::inconsistentKAGSize, std::to_string(pack.kagSize));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <set>
 #include <vector>
 
@@ -30,16 +31,19 @@ private:
         KLVKey operationalPattern;
         std::uint32_t kagSize = 0;
         bool isClosed = false;
+        std::uint8_t version = 0; ///< of the register, in the key
     };
 
     void checkStatus(const KLVKey& key, const MXFPartitionPack& pack);
     void checkLabels(const MXFPartitionPack& pack, bool isClosed);
+    void checkVersions(const KLVKey& key, const MXFPartitionPack& pack);
     void checkSIDs(const KLVKey& key, const MXFPartitionPack& pack) const;
 
     MXFStructureHandler& next_;
     BRYXCrossValidator& cross_;
     boost::optional<First> first_;
-    std::set<KLVKey> containers_; ///< all labels so far
+    std::set<KLVKey> containers_;             ///< all labels so far
+    std::map<KLVKey, std::uint8_t> versions_; ///< of these and of the pattern, which comparing leaves out
     bool containersAreFinal_ = false;
     boost::optional<std::uint64_t> openMetadata_; ///< the pack whose header metadata, the last so far, may still change
     std::uint64_t position_ = 0;                  ///< of the pack of the current partition
