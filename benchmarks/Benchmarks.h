@@ -4,6 +4,7 @@
 /// of it.
 
 void registerReading();
+void registerValidation();
 void registerMetadata();
 void registerIndex();
 void registerWriting();

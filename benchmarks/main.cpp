@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     registerReading();
+    registerValidation();
     registerMetadata();
     registerIndex();
     registerWriting();

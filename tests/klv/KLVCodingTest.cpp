@@ -19,6 +19,7 @@
 #include "support/Octets.h"
 #include "util/assertion_failure.h"
 #include "util/utf8.h"
+#include "validation/BRYXChecks.h"
 
 TEST(KLVKey, VersionOctetTakesNoPart) {
     KLVKey a = keys::item;
@@ -156,6 +157,11 @@ TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {
     BRYX_METADATA_FINDINGS(ADD)
     BRYX_ENGINE_FINDINGS(ADD)
 #undef ADD
+    for (const BRYXCheckGroup& group : getBRYXChecks()) {
+        for (const BRYXCheck* check : group.checks) {
+            byId.emplace(check->finding.id, check->finding.message);
+        }
+    }
     for (const auto& [id, message] : byId) {
         EXPECT_EQ(byId.count(id) > 1, shared.count(id) == 1) << message;
     }

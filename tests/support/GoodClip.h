@@ -21,6 +21,7 @@ struct ClipOptions {
     using Placement = BRYXWriterConfiguration::IndexPlacement;
 
     int frames = 10;
+    std::size_t pictureSize = 700; ///< octets, and up to 99 more unless all edit units have one size
     std::uint64_t partitionDuration = 5;
     Placement placement = Placement::AfterEssence;
     bool isConstant = false; ///< all edit units have one size
@@ -424,7 +425,8 @@ private:
     void writePackage(BRYXWriter& writer, int frame) const {
         MXFGCStructureHandler& structure = writer.structureReceiver();
         MXFGCEssenceHandler& essence = writer.essenceReceiver();
-        const std::size_t size = options_.isConstant ? 700 : 700 + static_cast<std::size_t>(frame) * 37 % 100;
+        const std::size_t more = options_.isConstant ? 0 : static_cast<std::size_t>(frame) * 37 % 100;
+        const std::size_t size = options_.pictureSize + more;
         const std::vector<std::uint8_t> content(size, 7);
         structure.startContentPackage();
         if (options_.hasSystemItems) {
@@ -456,8 +458,8 @@ private:
         pack.label = multiple;
         pack.userStamp.type = MXFDateTimeStamp::timecodeType;
         Timecode timecode;
-        timecode.hours = 1;
-        timecode.frames = static_cast<std::uint8_t>(frame);
+        createTimecodeCalculator(25, 1)->toTimecode(90000U + static_cast<std::uint32_t>(frame), timecode.hours,
+                                                    timecode.minutes, timecode.seconds, timecode.frames);
         pack.userStamp.stamp = MXFTimecodeStamp(timecode, 25);
         return pack;
     }

@@ -39,9 +39,11 @@ void BRYXCrossValidator::startStructure() {
     bodies_.clear();
     indexes_.clear();
     essence_.clear();
+    current_ = nullptr;
 }
 
 void BRYXCrossValidator::startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) {
+    current_ = nullptr;
     partition_ = Partition{key,
                            pack.operationalPattern,
                            pack.essenceContainers,
@@ -107,25 +109,31 @@ void BRYXCrossValidator::segment(const MXFIndexTableSegment& segment) const {
     }
 }
 
+BRYXCrossValidator::Essence& BRYXCrossValidator::essence() {
+    if (current_ == nullptr) {
+        const bool isKept = essence_.size() < maxKept || essence_.count(bodySID()) != 0;
+        current_ = isKept ? &essence_[bodySID()] : &notKept_;
+    }
+    return *current_;
+}
+
 void BRYXCrossValidator::element(const KLVKey& key) {
-    const auto place = essence_.find(bodySID());
-    Essence& essence = place != essence_.end() ? place->second : essence_[bodySID()];
+    auto& elements = essence().elements;
     const std::uint32_t number = trackNumber(key);
-    if (essence.elements.count(number) == 0 && essence.elements.size() < maxKept) {
-        essence.elements.emplace(number, position());
+    if (elements.find(number) == elements.end() && elements.size() < maxKept) {
+        elements.emplace(number, position());
     }
 }
 
 void BRYXCrossValidator::contentPackage() {
-    ++essence_[bodySID()].packages;
+    ++essence().packages;
 }
 
 void BRYXCrossValidator::systemItem(const KLVKey& label, const boost::optional<Rational>& rate) {
-    Essence& essence = essence_[bodySID()];
-    if (!essence.label) {
-        essence.systemPosition = position();
-        essence.label = label;
-        essence.rate = rate;
+    if (!essence().label) {
+        essence().systemPosition = position();
+        essence().label = label;
+        essence().rate = rate;
     }
 }
 
@@ -201,7 +209,8 @@ void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) cons
 
 void BRYXCrossValidator::checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const {
     const auto& tracks = container.tracks;
-    for (const auto& [number, position] : essence.elements) {
+    const std::map<std::uint32_t, std::uint64_t> inOrder(essence.elements.begin(), essence.elements.end());
+    for (const auto& [number, position] : inOrder) {
         if (std::none_of(tracks.begin(), tracks.end(), [n = number](const auto& track) { return track.number == n; })) {
             reportAt(position, checks::unknownElement, hexadecimal(number));
         }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -111,7 +112,8 @@ private:
     };
     /// What the bodies with one SID hold.
     struct Essence {
-        std::map<std::uint32_t, std::uint64_t> elements; ///< track numbers, and positions where they occur first
+        /// Track numbers, and positions where they occur first.
+        std::unordered_map<std::uint32_t, std::uint64_t> elements;
         std::uint64_t packages = 0;
         std::uint64_t systemPosition = 0; ///< of the first system item
         boost::optional<KLVKey> label;    ///< of that one
@@ -119,6 +121,7 @@ private:
     };
 
     static const Stream* find(const std::map<std::uint32_t, Stream>& streams, std::uint32_t sid);
+    Essence& essence();
     const BRYXMetadataSummary::Container* containerOf(std::uint32_t bodySID) const;
     void checkSIDs() const;
     void checkIndexTables(const BRYXIndexSummaries& tables) const;
@@ -134,5 +137,7 @@ private:
     std::map<std::uint32_t, Stream> bodies_;   ///< by body SID
     std::map<std::uint32_t, Stream> indexes_;  ///< by index SID
     std::map<std::uint32_t, Essence> essence_; ///< by body SID
+    Essence* current_ = nullptr;               ///< of the current partition, if it has had any
+    Essence notKept_;                          ///< of those beyond maxKept
     BRYXIndexValidator* indexValidator_ = nullptr;
 };

@@ -52,9 +52,10 @@ void BRYXSystemValidator::startContentPackage() {
 }
 
 void BRYXSystemValidator::startElement(const KLVKey& key) {
-    if (!mxfutil::isGCSystemElement(key)) {
+    const MXFGCEssenceKind kind = mxfutil::gcEssenceKind(key);
+    if (kind != MXFGCEssenceKind::None || !mxfutil::isGCSystemElement(key)) {
         cross_.element(key);
-        Item& item = items_[indexOf(mxfutil::gcEssenceKind(key))];
+        Item& item = items_[indexOf(kind)];
         if (item.elements++ == 0) {
             item.announced = key[13];
             item.position = position();

@@ -1,0 +1,249 @@
+#include "sdk/BRYXReader.h"
+
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "support/Failure.h"
+#include "support/GoodClip.h"
+#include "support/Recorders.h"
+#include "util/utf8.h"
+
+namespace {
+
+/// Logs whatever a reader tells, with all handlers in one.
+class Everything : public StructureRecorder,
+                   public MXFMetadataHandler,
+                   public MXFMetadataModelHandler,
+                   public MXFIndexHandler,
+                   public MXFGCStructureHandler,
+                   public MXFSDTICPSystemHandler,
+                   public MXFPDProxySystemHandler,
+                   public MXFGCEssenceHandler,
+                   public FindingRecorder {
+public:
+    explicit Everything(Log& log) : StructureRecorder(log), FindingRecorder(log), log_(log) {}
+
+    void startMetadata() override { log_.emplace_back("startMetadata"); }
+    void endMetadata() override { log_.emplace_back("endMetadata"); }
+    void primer(const Primer& primer) override { log_.push_back(line(nullptr, "primer", primer.size())); }
+    bool handlesSet(const KLVKey& key) override { return key != TimelineTrack::classKey; }
+    void primedSet(MXFPrimedSet& set) override {
+        log_.push_back(line(nullptr, "set", toString(set.key), set.position, set.properties.size()));
+        set.properties.clear(); // whoever gets a set may take its contents
+    }
+    void unhandledSet(const MXFPrimedSet& set) override {
+        log_.push_back(line(nullptr, "unhandled", set.position, set.properties.size()));
+    }
+    void model(const Model& model) override {
+        log_.push_back(line(nullptr, "model", model.front()->getDescription().name(), model.size()));
+    }
+    void startIndex() override { log_.emplace_back("startIndex"); }
+    void endIndex() override { log_.emplace_back("endIndex"); }
+    void indexTableSegment(const MXFIndexTableSegment& s) override {
+        log_.push_back(line(nullptr, "segment", s.indexStartPosition, s.indexEntryArray.size()));
+    }
+    void startStream(std::uint64_t kagSize) override { log_.push_back(line(nullptr, "startStream", kagSize)); }
+    void startStream() override { FindingRecorder::startStream(); }
+    void endStream() override { log_.emplace_back("endStream"); } // of findings and of content packages
+    void startContentPackage() override { log_.emplace_back("package"); }
+    void endContentPackage() override { log_.emplace_back("/package"); }
+    void startElement(const KLVKey& key) override { log_.push_back(line(nullptr, "element", int{key[12]})); }
+    void endElement(const KLVKey& key) override { log_.push_back(line(nullptr, "/element", int{key[12]})); }
+    void startPad(std::uint64_t) override {}
+    void endPad() override {}
+    void startAlign(std::uint64_t) override {}
+    void endAlign() override {}
+    void systemMetadata(const MXFSystemMetadataPack& p) override {
+        log_.push_back(line(nullptr, "system", p.continuityCount));
+    }
+    void packageMetadata(const MXFGCItems&) override {}
+    void pictureMetadata(const MXFGCItems&) override {}
+    void soundMetadata(const MXFGCItems&) override {}
+    void dataMetadata(const MXFGCItems&) override {}
+    void controlData(const std::uint8_t*, std::size_t) override {}
+    void pdProxyMetadata(const MXFPDProxyMetadata&, const MXFGCItems&) override { log_.emplace_back("proxy"); }
+    bool startElement(const KLVKey&, std::uint64_t length, std::uint8_t*&, std::uint64_t&) override {
+        log_.push_back(line(nullptr, "wanted", length));
+        return true;
+    }
+    void pictureElement(const KLVKey&, const std::uint8_t*, std::uint64_t size, std::uint64_t) override {
+        log_.push_back(line(nullptr, "picture", size));
+    }
+    void soundElement(const KLVKey&, const std::uint8_t*, std::uint64_t size, std::uint64_t) override {
+        log_.push_back(line(nullptr, "sound", size));
+    }
+    void dataElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void compoundElement(const KLVKey&, const std::uint8_t*, std::uint64_t, std::uint64_t) override {}
+    void setLengthForm(std::uint8_t form) override { log_.push_back(line(nullptr, "form", int{form})); }
+
+private:
+    Log& log_;
+};
+
+std::shared_ptr<BRYXReader> readerOf(const std::string& octets, BRYXValidationMode::Enum mode) {
+    return createBRYXReader(std::make_shared<std::istringstream>(octets), mode);
+}
+
+void setAll(BRYXReader& reader, const std::shared_ptr<Everything>& handler) {
+    reader.setStructureHandler(handler);
+    reader.setMetadataHandler(handler);
+    reader.setIndexHandler(handler);
+    reader.setGCStructureHandler(handler);
+    reader.setSDTICPSystemHandler(handler);
+    reader.setPDProxySystemHandler(handler);
+    reader.setEssenceHandler(handler);
+}
+
+/// A file with two faults that only validation tells: one in a partition pack, and one in the header metadata of both of
+/// its partitions that have some.
+std::string faulty() {
+    GoodClip clip;
+    clip.setPack(1, "kagSize", std::uint32_t{1});
+    clip.set<TimelineTrack>(0, "trackID", std::uint32_t{0});
+    return clip.octets;
+}
+
+bool isFinding(const std::string& line) {
+    return line.find("warning ") == 0 || line.find("error ") == 0;
+}
+
+} // namespace
+
+TEST(BRYXReader, TellsTheSameWhetherItChecksOrNot) {
+    const std::string octets = faulty();
+    const auto told = [&](BRYXValidationMode::Enum mode, bool hasErrorHandler) {
+        Log log;
+        const auto everything = std::make_shared<Everything>(log);
+        const auto reader = readerOf(octets, mode);
+        setAll(*reader, everything);
+        if (hasErrorHandler) {
+            reader->setErrorHandler(everything);
+        }
+        reader->read();
+        return log;
+    };
+    Log plain = told(BRYXValidationMode::None, true);
+    Log checked = told(BRYXValidationMode::Strict, true);
+    EXPECT_EQ(std::count_if(plain.begin(), plain.end(), isFinding), 0);
+    EXPECT_EQ(std::count_if(checked.begin(), checked.end(), isFinding), 3);
+    checked.erase(std::remove_if(checked.begin(), checked.end(), isFinding), checked.end());
+    EXPECT_TRUE(plain == checked);
+    EXPECT_GT(plain.size(), 150U);
+    // Without an error handler nothing is checked.
+    EXPECT_TRUE(told(BRYXValidationMode::Strict, false) == told(BRYXValidationMode::None, false));
+}
+
+TEST(BRYXReader, ChecksWhatHasAHandler) {
+    const std::string octets = faulty();
+    const auto findings = [&](const std::function<void(BRYXReader&, const std::shared_ptr<Everything>&)>& set) {
+        Log log;
+        const auto everything = std::make_shared<Everything>(log);
+        const auto reader = readerOf(octets, BRYXValidationMode::Strict);
+        reader->setErrorHandler(everything);
+        set(*reader, everything);
+        reader->read();
+        return std::count_if(log.begin(), log.end(), isFinding);
+    };
+    EXPECT_EQ(findings([](BRYXReader& r, const auto& h) {
+                  r.setEssenceHandler(h);
+                  r.setGCStructureHandler(h);
+                  r.setPDProxySystemHandler(h);
+              }),
+              0);
+    EXPECT_EQ(findings([](BRYXReader& r, const auto& h) { r.setStructureHandler(h); }), 1);
+    EXPECT_EQ(findings([](BRYXReader& r, const auto& h) { r.setMetadataHandler(h); }), 2);
+    EXPECT_EQ(findings([](BRYXReader& r, const auto& h) {
+                  r.setMetadataHandler(h);
+                  r.setMetadataHandler(nullptr);
+                  r.setMetadataFactory(createBRYXDefaultMetadataFactory());
+              }),
+              0);
+}
+
+TEST(BRYXReader, ReadsFromWhereTheStreamStands) {
+    const GoodClip clip;
+    const auto stream = std::make_shared<std::istringstream>("xyz" + clip.octets);
+    stream->seekg(3);
+    Log log;
+    const auto everything = std::make_shared<Everything>(log);
+    const auto reader = createBRYXReader(stream, BRYXValidationMode::Strict);
+    setAll(*reader, everything);
+    reader->setErrorHandler(everything);
+    reader->read();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), isFinding), 0);
+    EXPECT_GT(log.size(), 150U);
+    log.clear();
+    reader->read(); // at the end by now
+    EXPECT_TRUE(log.empty());
+    everything->warning({}, "late");
+    EXPECT_EQ(log, Log{"warning late @" + std::to_string(clip.octets.size() + 3)});
+    stream->seekg(3);
+    log.clear();
+    reader->read();
+    EXPECT_GT(log.size(), 150U);
+    EXPECT_EQ(failure([] { createBRYXReader(nullptr, BRYXValidationMode::None); }), "stream is present");
+}
+
+TEST(BRYXReader, PassesGenericStreamsAndClassifiedEssenceOn) {
+    struct Sound : BRYXGCEssenceKeyClassifier {
+        MXFGCEssenceKind classify(const KLVKey&) const override { return MXFGCEssenceKind::Sound; }
+    };
+    ClipOptions options;
+    options.hasGenericStream = true;
+    Log log;
+    const auto events = std::make_shared<EventRecorder>(log);
+    const auto everything = std::make_shared<Everything>(log);
+    const auto reader = readerOf(GoodClip(options).octets, BRYXValidationMode::None);
+    reader->setGenericStreamHandler(events);
+    reader->setEssenceKeyClassifier(std::make_shared<Sound>());
+    reader->setEssenceHandler(everything);
+    reader->read();
+    EXPECT_EQ(events->values.substr(0, 3), "abc"); // and fill
+    EXPECT_NE(std::find(log.begin(), log.end(), "sound 700"), log.end());
+}
+
+TEST(BRYXPartialReader, ReadsSinglePartitions) {
+    const GoodClip clip;
+    Log log;
+    const auto everything = std::make_shared<Everything>(log);
+    const auto reader = createBRYXPartialReader(std::make_shared<std::istringstream>("run-in" + clip.octets));
+    EXPECT_EQ(failure([&] { reader->readRandomIndexPack(); }), "has structure handler");
+    reader->setStructureHandler(everything);
+    reader->setErrorHandler(everything);
+    EXPECT_EQ(reader->skipRunIn(), 6U);
+    EXPECT_TRUE(reader->readRandomIndexPack());
+    EXPECT_NE(std::find(log.begin(), log.end(), "randomIndex 4"), log.end());
+    const std::uint64_t footer = 6 + clip.packs().back().position;
+    log.clear();
+    EXPECT_TRUE(reader->readPartition(footer));
+    EXPECT_EQ(std::count(log.begin(), log.end(), "startMetadata"), 0);
+    reader->setMetadataHandler(everything);
+    reader->setIndexHandler(everything);
+    for (int i = 0; i < 2; ++i) {
+        log.clear();
+        EXPECT_TRUE(reader->readPartition(footer));
+        EXPECT_EQ(std::count(log.begin(), log.end(), "model Preface 1"), 1);
+        EXPECT_EQ(std::count(log.begin(), log.end(), "segment 0 5"), 1);
+    }
+    EXPECT_FALSE(reader->readPartition(6 + clip.octets.size()));
+    EXPECT_EQ(failure([] { createBRYXPartialReader(nullptr); }), "stream is present");
+}
+
+TEST(BRYXPackageMetadata, BothWays) {
+    const UMID umid{{6, 10, 43, 52}};
+    const std::wstring text = L"Caf\u00e9 \U0001F3AC";
+    const auto wide = createBRYXPackageKLVMetadata(text);
+    const auto items = createBRYXPackageMetadata(umid, wide);
+    EXPECT_EQ(items.size(), 2U);
+    EXPECT_EQ(parseBRYXPackageMetadata(items), std::pair(umid, wide));
+    EXPECT_EQ(parseBRYXPackageKLVMetadata(wide), text);
+    EXPECT_EQ(parseBRYXPackageKLVMetadata(createBRYXPackageKLVMetadata(util::utf8::fromWide(text))), text);
+    EXPECT_EQ(createBRYXPackageMetadata(umid, {}).size(), 1U);
+    EXPECT_EQ(parseBRYXPackageMetadata({}).first, UMID{});
+    EXPECT_THROW(parseBRYXPackageMetadata({{0x83, {1, 2, 3}}}), std::length_error);
+    auto other = octets::klv(keys::item, "x");
+    EXPECT_EQ(parseBRYXPackageKLVMetadata({other.begin(), other.end()}), L"");
+    other.pop_back();
+    EXPECT_THROW(parseBRYXPackageKLVMetadata({other.begin(), other.end()}), klvutil::parse_error);
+}
