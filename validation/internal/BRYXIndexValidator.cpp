@@ -95,6 +95,7 @@ void BRYXIndexValidator::checkDeltas(const MXFIndexTableSegment& segment) const 
 
 void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table& table) const {
     const auto& entries = segment.indexEntryArray;
+    const std::uint64_t here = position();
     bool streamOrder = true;
     bool sliceOrder = true;
     bool keyFrames = true;
@@ -111,10 +112,10 @@ void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table
             sliceOrder && (isLast || !streamOrder || entries[i + 1].streamOffset - entry.streamOffset >= before);
 
         const auto editUnit = segment.indexStartPosition + static_cast<std::int64_t>(i);
-        table.leastKeyFrame.include(editUnit + entry.keyFrameOffset, position());
-        table.greatestKeyFrame.include(-entry.keyFrameOffset, position());
-        table.leastTemporal.include(editUnit + entry.temporalOffset, position());
-        table.greatestTemporal.include(-(editUnit + entry.temporalOffset), position());
+        table.leastKeyFrame.include(editUnit + entry.keyFrameOffset, here);
+        table.greatestKeyFrame.include(-entry.keyFrameOffset, here);
+        table.leastTemporal.include(editUnit + entry.temporalOffset, here);
+        table.greatestTemporal.include(-(editUnit + entry.temporalOffset), here);
         const auto back = static_cast<std::size_t>(-std::min<int>(entry.keyFrameOffset, 0));
         keyFrames = keyFrames && (back > i || entries[i - back].keyFrameOffset == 0);
     }
