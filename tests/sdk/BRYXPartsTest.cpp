@@ -4,12 +4,12 @@
 #include "klv/GenericKLVReader.h"
 #include "klv/InputLocator.h"
 #include "sdk/BRYXEssenceSplitter.h"
-#include "validation/BRYXOverridableLocator.h"
 #include "sdk/BRYXSystemParser.h"
 #include "sdk/BRYXVersion.h"
 #include "support/Failure.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
+#include "validation/BRYXOverridableLocator.h"
 
 TEST(BRYXOverridableLocator, TellsPositionsDuringAndAfterReading) {
     const auto locator = std::make_shared<BRYXOverridableLocator>();

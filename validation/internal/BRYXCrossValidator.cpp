@@ -181,29 +181,37 @@ void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) cons
         if (!metadata_) {
             continue;
         }
-        const auto& containers = metadata_->containers;
         const auto* const container = containerOf(sids.second);
-        if (container == nullptr || container->indexSID != sids.first) {
+        if (container != nullptr && container->indexSID == sids.first) {
+            checkIndexTable(table, *container);
+        } else if (indexes_.empty() || hasIndexSID(sids.first)) {
             // An index SID that nobody knows has been found where the partition begins.
-            if (indexes_.empty() || std::any_of(containers.begin(), containers.end(),
-                                                [sid = sids.first](const auto& c) { return c.indexSID == sid; })) {
-                reportAt(table.position, checks::unknownIndexTable,
-                         std::to_string(sids.first) + ", " + std::to_string(sids.second));
-            }
-            continue;
+            reportAt(table.position, checks::unknownIndexTable,
+                     std::to_string(sids.first) + ", " + std::to_string(sids.second));
         }
-        const auto& tracks = container->tracks;
-        const auto atRate = [&](const auto& track) { return isSameRate(track.editRate, table.editRate); };
-        if (isRate(table.editRate) && !tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate) &&
-            !(container->sampleRate && isSameRate(*container->sampleRate, table.editRate))) {
-            reportAt(table.position, checks::inconsistentIndexEditRate, toString(table.editRate));
-        }
-        if (!table.isEndless && std::any_of(tracks.begin(), tracks.end(), [&](const auto& track) {
-                return atRate(track) && (table.end < track.duration || table.start > 0);
-            })) {
-            reportAt(table.position, checks::incompleteIndexTable,
-                     std::to_string(table.start) + " to " + std::to_string(table.end));
-        }
+    }
+}
+
+bool BRYXCrossValidator::hasIndexSID(std::uint32_t indexSID) const {
+    const auto& containers = metadata_->containers;
+    return std::any_of(containers.begin(), containers.end(),
+                       [&](const auto& container) { return container.indexSID == indexSID; });
+}
+
+void BRYXCrossValidator::checkIndexTable(const BRYXIndexSummary& table,
+                                         const BRYXMetadataSummary::Container& container) const {
+    const auto& tracks = container.tracks;
+    const auto atRate = [&](const auto& track) { return isSameRate(track.editRate, table.editRate); };
+    if (isRate(table.editRate) && !tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate) &&
+        !(container.sampleRate && isSameRate(*container.sampleRate, table.editRate))) {
+        reportAt(table.position, checks::inconsistentIndexEditRate, toString(table.editRate));
+    }
+    const auto isUncovered = [&](const auto& track) {
+        return atRate(track) && (table.end < track.duration || table.start > 0);
+    };
+    if (!table.isEndless && std::any_of(tracks.begin(), tracks.end(), isUncovered)) {
+        reportAt(table.position, checks::incompleteIndexTable,
+                 std::to_string(table.start) + " to " + std::to_string(table.end));
     }
 }
 

@@ -125,6 +125,8 @@ private:
     const BRYXMetadataSummary::Container* containerOf(std::uint32_t bodySID) const;
     void checkSIDs() const;
     void checkIndexTables(const BRYXIndexSummaries& tables) const;
+    void checkIndexTable(const BRYXIndexSummary& table, const BRYXMetadataSummary::Container& container) const;
+    bool hasIndexSID(std::uint32_t indexSID) const;
     void checkEssence() const;
     void checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const;
 
