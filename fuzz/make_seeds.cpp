@@ -6,6 +6,7 @@
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 #include "mxf/structure/MXFIndexCoder.h"
 #include "support/BuiltModel.h"
+#include "support/GoodClip.h"
 #include "support/KLVOctets.h"
 #include "support/Models.h"
 #include "support/Octets.h"
@@ -61,9 +62,13 @@ int main(int argc, char** argv) {
     const auto model = builtModel();
     const auto storage = model->getContentStorage();
     const auto material = std::dynamic_pointer_cast<MaterialPackage>(storage->getPackageAt(0));
-    for (const std::string& seed : {whole, "run-in" + whole, whole.substr(0, 300), coded(model, factory),
-                                    coded((storage->removePackageAt(0), material), factory), builtBody(),
-                                    builtBody() + builtBody(), builtIndex()}) {
+    ClipOptions small;
+    small.frames = 2;
+    small.pictureSize = 20;
+    small.partitionDuration = 1;
+    for (const std::string& seed : {GoodClip(small).octets, whole, "run-in" + whole, whole.substr(0, 300),
+                                    coded(model, factory), coded((storage->removePackageAt(0), material), factory),
+                                    builtBody(), builtBody() + builtBody(), builtIndex()}) {
         std::ofstream file(argv[1] + ("/seed" + std::to_string(seed.size())), std::ios::binary);
         file << seed << '\0';
         if (!file.flush()) {

@@ -35,7 +35,9 @@ void BRYXMetadataParser::Both::primer(const Primer& primer) {
 }
 
 bool BRYXMetadataParser::Both::handlesSet(const KLVKey& key) {
-    return handler_.handlesSet(key) || (models_ != nullptr && models_->handlesSet(key));
+    // Both are asked, since the model reports what it does not know.
+    const bool isOfModel = models_ != nullptr && models_->handlesSet(key);
+    return handler_.handlesSet(key) || isOfModel;
 }
 
 void BRYXMetadataParser::Both::primedSet(MXFPrimedSet& set) {

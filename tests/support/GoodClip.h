@@ -427,7 +427,8 @@ private:
         MXFGCEssenceHandler& essence = writer.essenceReceiver();
         const std::size_t more = options_.isConstant ? 0 : static_cast<std::size_t>(frame) * 37 % 100;
         const std::size_t size = options_.pictureSize + more;
-        const std::vector<std::uint8_t> content(size, 7);
+        constexpr std::size_t soundSize = 192;
+        const std::vector<std::uint8_t> content(std::max(size, soundSize), 7);
         structure.startContentPackage();
         if (options_.hasSystemItems) {
             structure.startElement(mxfutil::sdtiCPSystemMetadataKey);
@@ -435,12 +436,12 @@ private:
             structure.endElement(mxfutil::sdtiCPSystemMetadataKey);
         }
         structure.startElement(picture);
-        essence.pictureElement(picture, content.data(), content.size(), 0);
+        essence.pictureElement(picture, content.data(), size, 0);
         structure.endElement(picture);
         for (const KLVKey& key : {sound1, sound2}) {
             if (options_.hasSound) {
                 structure.startElement(key);
-                essence.soundElement(key, content.data(), 192, 0);
+                essence.soundElement(key, content.data(), soundSize, 0);
                 structure.endElement(key);
             }
         }
