@@ -2,20 +2,13 @@
 ///
 ///     tracks FILE
 ///
-/// This is how header metadata becomes objects: a factory that makes the sets, a model parser that joins them, and a
-/// parser for the regions of the file that hold them.
+/// This is how little it takes to get at header metadata: a reader, and a handler that gets the models.
 
 #include <fstream>
 #include <iostream>
-#include <string>
+#include <memory>
 
-#include "klv/parse_error.h"
-#include "mxf/engines/MXFReader.h"
-#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
-#include "mxf/metadata/parsing/MXFMetadataModelParser.h"
-#include "mxf/metadata/structural/Preface.h"
-#include "mxf/metadata/structural/TimelineTrack.h"
-#include "sdk/BRYXMetadataFactory.h"
+#include "sdk/BRYX.h"
 #include "util/utf8.h"
 
 namespace {
@@ -38,10 +31,8 @@ void print(const Track& track) {
 }
 
 /// Prints each model that comes. A file repeats its header metadata in other partitions as a rule.
-class TrackLister final : public MXFMetadataModelHandler {
+class TrackLister final : public DullMXFMetadataModelHandler {
 public:
-    void startMetadata() override {}
-    void endMetadata() override {}
     void model(const Model& model) override {
         // The root is the Preface, unless the file is damaged.
         const auto preface = std::dynamic_pointer_cast<const Preface>(model.front());
@@ -67,15 +58,11 @@ int main(int argc, char** argv) {
         std::cerr << "usage: tracks FILE\n";
         return 2;
     }
-    std::ifstream file(argv[1], std::ios::binary);
-    TrackLister lister;
-    BRYXMetadataFactory factory;
-    MXFMetadataModelParser modelParser(factory, lister);
-    MXFHeaderMetadataParser regionParser(modelParser);
-    MXFReader reader;
-    reader.setHeaderMetadataHandler(&regionParser);
+    const auto file = std::make_shared<std::ifstream>(argv[1], std::ios::binary);
+    const auto reader = createBRYXReader(file, BRYXValidationMode::None);
+    reader->setMetadataHandler(std::make_shared<TrackLister>());
     try {
-        reader.read(file);
+        reader->read();
     } catch (const klvutil::parse_error& error) {
         std::cerr << error.what() << " at octet " << std::streamoff{error.position()} << '\n';
         return 1;
