@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "klv/DullErrorHandler.h"
-#include "klv/GenericKLVReader.h"
 #include "klv/InputLocator.h"
-#include "sdk/BRYXEssenceSplitter.h"
 #include "sdk/BRYXSystemParser.h"
 #include "sdk/BRYXVersion.h"
 #include "support/Failure.h"
@@ -45,24 +43,6 @@ TEST(BRYXOverridableLocator, TellsPositionsDuringAndAfterReading) {
     handler.error({}, "when all is over");
     EXPECT_EQ(asker->positions, (std::vector<std::streamoff>{20, 5, 11, 11}));
     EXPECT_EQ(failure([&] { BRYXOverridableLocator::ErrorHandler(nullptr, locator); }), "error handler is present");
-}
-
-TEST(BRYXEssenceSplitter, AsksItsClassifier) {
-    struct Private : BRYXGCEssenceKeyClassifier {
-        MXFGCEssenceKind classify(const KLVKey& key) const override {
-            return key == keys::item ? MXFGCEssenceKind::Sound : MXFGCEssenceKind::None;
-        }
-    } classifier;
-    struct : BRYXEssenceSplitter {
-        using BRYXEssenceSplitter::isEssenceElement;
-        using BRYXEssenceSplitter::isPictureElement;
-        using BRYXEssenceSplitter::isSoundElement;
-    } splitter;
-    EXPECT_TRUE(splitter.isEssenceElement(keys::picture) && splitter.isPictureElement(keys::picture));
-    EXPECT_FALSE(splitter.isEssenceElement(keys::item));
-    splitter.setEssenceKeyClassifier(&classifier);
-    EXPECT_FALSE(splitter.isEssenceElement(keys::picture) || splitter.isPictureElement(keys::picture));
-    EXPECT_TRUE(splitter.isEssenceElement(keys::item) && splitter.isSoundElement(keys::item));
 }
 
 TEST(BRYXSystemParser, TellsTheSchemesApart) {
