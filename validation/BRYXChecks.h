@@ -99,7 +99,7 @@ inline constexpr util::uuid base{
     ROW(packageWithoutTracks, base, 11, Standard, error, "package without tracks", "ST 377-1, Generic Package")        \
     ROW(invalidTrackID, base, 12, Standard, error, "invalid Track.trackID", "ST 377-1, Track")                         \
     ROW(duplicateTrackID, base, 13, Lenient, error, "duplicate Track.trackID", "ST 377-1, Track")                      \
-    ROW(duplicateTrackNumber, base, 14, Lenient, error, "duplicate Track.trackNumber in a file package",               \
+    ROW(duplicateTrackNumber, base, 14, Standard, error, "duplicate Track.trackNumber in a file package",              \
         "ST 379-1; ST 377-1, Track")                                                                                   \
     ROW(invalidEditRate, base, 15, Lenient, error, "invalid % value", "ST 377-1, Track")                               \
     ROW(invalidOrigin, base, 16, Standard, error, "invalid TimelineTrack.origin value", "ST 377-1, Timeline Track")    \
@@ -126,7 +126,7 @@ inline constexpr util::uuid base{
         "SourceClip at the end of its chain names a track or a position", "ST 377-1, Source Clip")                     \
     ROW(cyclicSourceChain, base, 28, Lenient, error, "SourceClip leads back to its own package",                       \
         "ST 377-1, Source Reference Chain")                                                                            \
-    ROW(inconsistentTimecodeBase, base, 29, Standard, error,                                                           \
+    ROW(inconsistentTimecodeBase, base, 29, Standard, warning,                                                         \
         "TimecodeComponent.roundedTimecodeBase does not fit the edit rate", "ST 377-1, Timecode Component")            \
     ROW(inconsistentDropFrame, base, 30, Standard, error, "TimecodeComponent.dropFrame does not fit the edit rate",    \
         "ST 12-1; ST 377-1, Timecode Component")                                                                       \
