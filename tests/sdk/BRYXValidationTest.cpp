@@ -211,7 +211,7 @@ const Fault faults[] = {
     {M::packageWithoutTracks, [](GoodClip& clip) { clip.hide<StaticTrack>(); clip.at<SourcePackage>(1); }, physical},
     {M::invalidTrackID, set<TimelineTrack>(0, "trackID", std::uint32_t{0})},
     {M::duplicateTrackID, set<TimelineTrack>(1, "trackID", std::uint32_t{1})},
-    {M::duplicateTrackNumber, set<TimelineTrack>(7, "trackNumber", std::uint32_t{0x16020101})},
+    {M::duplicateTrackNumber, set<TimelineTrack>(11, "trackNumber", std::uint32_t{0x16020101}), emptyContainer},
     {M::invalidEditRate, set<TimelineTrack>(0, "editRate", Rational{0, 1})},
     {M::invalidOrigin, set<TimelineTrack>(0, "origin", std::int64_t{-1})},
     {M::originBeyondDuration, set<TimelineTrack>(0, "origin", std::int64_t{11})},

@@ -352,7 +352,7 @@ private:
         if (options_.hasEmptyContainer) {
             const auto empty = SourcePackage::create();
             empty->setPackageUID(mxfutil::generateUMID(uids));
-            addTrack(*empty, nullptr, 1, timecodeData, 0);
+            addTracks(*empty, nullptr);
             const auto data = DataDescriptor::create();
             data->setSampleRate({25, 1});
             data->setEssenceContainer(multiple);
