@@ -218,8 +218,8 @@ inline constexpr util::uuid base{
     ROW(missingElements, base, 14, Standard, warning, "track without essence elements", "ST 379-1; ST 377-1, Track")   \
     ROW(inconsistentPackageCount, base, 15, Strict, warning, "content packages do not fit the duration of the tracks", \
         "ST 379-1")                                                                                                    \
-    ROW(unlistedSystemLabel, base, 16, Standard, error,                                                                \
-        "essence container label of system item is not among Preface.essenceContainers", "ST 385")                     \
+    ROW(inconsistentSystemLabel, base, 16, Standard, error,                                                            \
+        "essence container label of system item is not that of FileDescriptor.essenceContainer", "ST 385")             \
     ROW(inconsistentPackageRate, base, 17, Standard, error,                                                            \
         "content package rate of system item is the edit rate of no track", "ST 385")
 
@@ -258,7 +258,9 @@ inline constexpr util::uuid base{
         "indexEditRate differs from that of the first segment of the table", "ST 377-1, Index Table Segment")          \
     ROW(overlap, base, 13, Standard, error, "index table segments overlap", "ST 377-1, Index Table")                   \
     ROW(gap, base, 14, Standard, warning, "gap before index table segment", "ST 377-1, Index Table")                   \
-    ROW(lateStart, base, 15, Strict, warning, "index table does not begin at edit unit 0", "ST 377-1, Index Table")
+    ROW(lateStart, base, 15, Strict, warning, "index table does not begin at edit unit 0", "ST 377-1, Index Table")    \
+    ROW(inconsistentSliceCount, base, 16, Strict, warning, "sliceCount is more than the slices of deltaEntryArray",    \
+        "ST 377-1, Index Table Segment")
 
 BRYX_INDEX_CHECKS(BRYX_DEFINE_CHECK)
 

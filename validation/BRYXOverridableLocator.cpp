@@ -61,12 +61,24 @@ void BRYXOverridableLocator::ErrorHandler::setLocator(const Locator& locator) {
 }
 
 void BRYXOverridableLocator::ErrorHandler::startStream() {
-    handler_->startStream();
+    try {
+        handler_->startStream();
+    } catch (...) {
+        // The stream's locator must not be asked any more.
+        locator_->startStream();
+        locator_->endStream();
+        throw;
+    }
     locator_->startStream();
 }
 
 void BRYXOverridableLocator::ErrorHandler::endStream() {
-    handler_->endStream();
+    try {
+        handler_->endStream();
+    } catch (...) {
+        locator_->endStream();
+        throw;
+    }
     locator_->endStream();
 }
 

@@ -42,10 +42,11 @@ private:
 /// What reads one file. Its parts are made in the order in which they stand here, and destroyed in the reverse one.
 class BRYXReaderImpl::Pipeline {
 public:
-    explicit Pipeline(const BRYXReaderImpl& reader) : reader_(reader), locator_(reader.locator_) {
-        if (reader.errorHandler_ != nullptr) {
-            errorHandler_ = std::make_shared<BRYXOverridableLocator::ErrorHandler>(reader.errorHandler_, locator_);
-            if (reader.mode_ != BRYXValidationMode::None) {
+    Pipeline(const Slots& slots, BRYXValidationMode::Enum mode, std::shared_ptr<BRYXOverridableLocator> locator)
+        : slots_(slots), mode_(mode), locator_(std::move(locator)) {
+        if (slots_.errorHandler != nullptr) {
+            errorHandler_ = std::make_shared<BRYXOverridableLocator::ErrorHandler>(slots_.errorHandler, locator_);
+            if (mode_ != BRYXValidationMode::None) {
                 makeValidators();
             }
         }
@@ -59,7 +60,7 @@ public:
         engine.setHeaderMetadataHandler(metadata_ ? &metadata_->handler() : nullptr);
         engine.setIndexHandler(index_ ? &*index_ : nullptr);
         engine.setBodyHandler(splitter_ ? &*splitter_ : nullptr);
-        engine.setGenericStreamHandler(reader_.genericStreamHandler_.get());
+        engine.setGenericStreamHandler(slots_.genericStreamHandler.get());
         engine.setErrorHandler(errorHandler_.get());
         engine.read(stream);
     }
@@ -74,56 +75,53 @@ private:
 
     /// Those of what the caller has handlers for.
     void makeValidators() {
-        const BRYXValidationMode::Enum mode = reader_.mode_;
-        if (reader_.structureHandler_ == nullptr && reader_.metadataHandler_ == nullptr &&
-            reader_.indexHandler_ == nullptr && reader_.sdtiCPSystemHandler_ == nullptr) {
+        if (slots_.structureHandler == nullptr && slots_.metadataHandler == nullptr && slots_.indexHandler == nullptr &&
+            slots_.sdtiCPSystemHandler == nullptr) {
             return;
         }
-        make(crossValidator_, mode);
-        if (reader_.structureHandler_ != nullptr) {
-            make(structureValidator_, *reader_.structureHandler_, *crossValidator_, mode);
+        make(crossValidator_, mode_);
+        if (slots_.structureHandler != nullptr) {
+            make(structureValidator_, *slots_.structureHandler, *crossValidator_, mode_);
         }
-        if (reader_.metadataHandler_ != nullptr) {
-            make(metadataValidator_, *reader_.metadataHandler_, *crossValidator_, mode);
+        if (slots_.metadataHandler != nullptr) {
+            make(metadataValidator_, *slots_.metadataHandler, *crossValidator_, mode_);
         }
-        if (reader_.indexHandler_ != nullptr) {
-            make(indexValidator_, *reader_.indexHandler_, *crossValidator_, mode);
+        if (slots_.indexHandler != nullptr) {
+            make(indexValidator_, *slots_.indexHandler, *crossValidator_, mode_);
         }
-        if (reader_.sdtiCPSystemHandler_ != nullptr) {
-            auto* const structure = reader_.gcStructureHandler_.get();
-            make(systemValidator_, *reader_.sdtiCPSystemHandler_,
+        if (slots_.sdtiCPSystemHandler != nullptr) {
+            auto* const structure = slots_.gcStructureHandler.get();
+            make(systemValidator_, *slots_.sdtiCPSystemHandler,
                  structure != nullptr ? *structure : static_cast<MXFGCStructureHandler&>(dullGCStructure_),
-                 *crossValidator_, mode);
-            systemValidator_->setNextPDProxySystemHandler(reader_.pdProxySystemHandler_.get());
+                 *crossValidator_, mode_);
+            systemValidator_->setNextPDProxySystemHandler(slots_.pdProxySystemHandler.get());
         }
     }
 
     void makeParsers() {
-        if (reader_.metadataHandler_ != nullptr) {
-            metadata_.emplace(reader_.metadataFactory_, orCallers(metadataValidator_, *reader_.metadataHandler_),
+        if (slots_.metadataHandler != nullptr) {
+            metadata_.emplace(slots_.metadataFactory, orCallers(metadataValidator_, *slots_.metadataHandler),
                               errorHandler_);
         }
-        if (reader_.indexHandler_ != nullptr) {
-            index_.emplace(orCallers(indexValidator_, *reader_.indexHandler_)).setErrorHandler(errorHandler_.get());
+        if (slots_.indexHandler != nullptr) {
+            index_.emplace(orCallers(indexValidator_, *slots_.indexHandler)).setErrorHandler(errorHandler_.get());
         }
     }
 
     void makeSplitter() {
-        const bool wantsSystem = reader_.sdtiCPSystemHandler_ != nullptr || reader_.pdProxySystemHandler_ != nullptr;
-        if (!wantsSystem && reader_.gcStructureHandler_ == nullptr && reader_.essenceHandler_ == nullptr) {
+        const bool wantsSystem = slots_.sdtiCPSystemHandler != nullptr || slots_.pdProxySystemHandler != nullptr;
+        if (!wantsSystem && slots_.gcStructureHandler == nullptr && slots_.essenceHandler == nullptr) {
             return;
         }
-        splitter_.emplace().setEssenceKeyClassifier(reader_.essenceKeyClassifier_.get());
-        splitter_->setStructureHandler(systemValidator_ ? &*systemValidator_ : reader_.gcStructureHandler_.get());
+        splitter_.emplace().setEssenceKeyClassifier(slots_.essenceKeyClassifier.get());
+        splitter_->setStructureHandler(systemValidator_ ? &*systemValidator_ : slots_.gcStructureHandler.get());
         if (wantsSystem) {
-            system_.setSDTICPSystemHandler(systemValidator_ ? &*systemValidator_ : reader_.sdtiCPSystemHandler_.get());
-            const bool wantsProxy = reader_.pdProxySystemHandler_ != nullptr;
-            system_.setPDProxySystemHandler(systemValidator_ && wantsProxy ? &*systemValidator_
-                                                                           : reader_.pdProxySystemHandler_.get());
+            system_.setSDTICPSystemHandler(systemValidator_ ? &*systemValidator_ : slots_.sdtiCPSystemHandler.get());
+            system_.setPDProxySystemHandler(systemValidator_ ? &*systemValidator_ : slots_.pdProxySystemHandler.get());
             system_.setErrorHandler(errorHandler_.get());
             splitter_->setSystemParser(system_);
         }
-        splitter_->setEssenceHandler(reader_.essenceHandler_.get());
+        splitter_->setEssenceHandler(slots_.essenceHandler.get());
         splitter_->setErrorHandler(errorHandler_.get());
     }
 
@@ -137,10 +135,11 @@ private:
         if (structureValidator_) {
             return &*structureValidator_;
         }
-        return crossValidator_ ? &*crossValidator_ : reader_.structureHandler_.get();
+        return crossValidator_ ? &*crossValidator_ : slots_.structureHandler.get();
     }
 
-    const BRYXReaderImpl& reader_;
+    const Slots slots_; ///< handlers may set others while this reads
+    BRYXValidationMode::Enum mode_;
     std::shared_ptr<BRYXOverridableLocator> locator_;
     std::shared_ptr<ErrorHandler> errorHandler_; ///< in front of the caller's; empty without one
     DullMXFGCStructureHandler dullGCStructure_;
@@ -161,50 +160,49 @@ BRYXReaderImpl::BRYXReaderImpl(std::shared_ptr<std::istream> stream, BRYXValidat
 }
 
 void BRYXReaderImpl::setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) {
-    metadataFactory_ = std::move(factory);
+    slots_.metadataFactory = std::move(factory);
 }
 
 void BRYXReaderImpl::setEssenceKeyClassifier(std::shared_ptr<BRYXGCEssenceKeyClassifier> classifier) {
-    essenceKeyClassifier_ = std::move(classifier);
+    slots_.essenceKeyClassifier = std::move(classifier);
 }
 
 void BRYXReaderImpl::setStructureHandler(std::shared_ptr<MXFStructureHandler> handler) {
-    structureHandler_ = std::move(handler);
+    slots_.structureHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setMetadataHandler(std::shared_ptr<MXFMetadataHandler> handler) {
-    metadataHandler_ = std::move(handler);
+    slots_.metadataHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setIndexHandler(std::shared_ptr<MXFIndexHandler> handler) {
-    indexHandler_ = std::move(handler);
+    slots_.indexHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setGCStructureHandler(std::shared_ptr<MXFGCStructureHandler> handler) {
-    gcStructureHandler_ = std::move(handler);
+    slots_.gcStructureHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setSDTICPSystemHandler(std::shared_ptr<MXFSDTICPSystemHandler> handler) {
-    sdtiCPSystemHandler_ = std::move(handler);
+    slots_.sdtiCPSystemHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setPDProxySystemHandler(std::shared_ptr<MXFPDProxySystemHandler> handler) {
-    pdProxySystemHandler_ = std::move(handler);
+    slots_.pdProxySystemHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setEssenceHandler(std::shared_ptr<MXFGCEssenceHandler> handler) {
-    essenceHandler_ = std::move(handler);
+    slots_.essenceHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setErrorHandler(std::shared_ptr<ErrorHandler> handler) {
-    errorHandler_ = std::move(handler);
+    slots_.errorHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::setGenericStreamHandler(std::shared_ptr<KLVHandler> handler) {
-    genericStreamHandler_ = std::move(handler);
+    slots_.genericStreamHandler = std::move(handler);
 }
 
 void BRYXReaderImpl::read() {
-    locator_ = std::make_shared<BRYXOverridableLocator>();
-    Pipeline(*this).read(*stream_);
+    Pipeline(slots_, mode_, locator_).read(*stream_);
 }

@@ -27,20 +27,25 @@ public:
 private:
     class Pipeline;
 
+    /// What the caller has set.
+    struct Slots {
+        std::shared_ptr<MXFMetadataFactory> metadataFactory;
+        std::shared_ptr<BRYXGCEssenceKeyClassifier> essenceKeyClassifier;
+        std::shared_ptr<MXFStructureHandler> structureHandler;
+        std::shared_ptr<MXFMetadataHandler> metadataHandler;
+        std::shared_ptr<MXFIndexHandler> indexHandler;
+        std::shared_ptr<MXFGCStructureHandler> gcStructureHandler;
+        std::shared_ptr<MXFSDTICPSystemHandler> sdtiCPSystemHandler;
+        std::shared_ptr<MXFPDProxySystemHandler> pdProxySystemHandler;
+        std::shared_ptr<MXFGCEssenceHandler> essenceHandler;
+        std::shared_ptr<ErrorHandler> errorHandler;
+        std::shared_ptr<KLVHandler> genericStreamHandler;
+    };
+
     std::shared_ptr<std::istream> stream_;
     BRYXValidationMode::Enum mode_;
-    std::shared_ptr<MXFMetadataFactory> metadataFactory_;
-    std::shared_ptr<BRYXGCEssenceKeyClassifier> essenceKeyClassifier_;
-    std::shared_ptr<MXFStructureHandler> structureHandler_;
-    std::shared_ptr<MXFMetadataHandler> metadataHandler_;
-    std::shared_ptr<MXFIndexHandler> indexHandler_;
-    std::shared_ptr<MXFGCStructureHandler> gcStructureHandler_;
-    std::shared_ptr<MXFSDTICPSystemHandler> sdtiCPSystemHandler_;
-    std::shared_ptr<MXFPDProxySystemHandler> pdProxySystemHandler_;
-    std::shared_ptr<MXFGCEssenceHandler> essenceHandler_;
-    std::shared_ptr<ErrorHandler> errorHandler_;
-    std::shared_ptr<KLVHandler> genericStreamHandler_;
+    Slots slots_;
 
-    /// Of the last reading: the error handler may still ask it.
-    std::shared_ptr<BRYXOverridableLocator> locator_;
+    /// For all readings: the error handler may still ask it afterwards.
+    std::shared_ptr<BRYXOverridableLocator> locator_ = std::make_shared<BRYXOverridableLocator>();
 };

@@ -1,6 +1,8 @@
 #include "sdk/BRYXReader.h"
 
+#include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -172,6 +174,43 @@ TEST(BRYXReader, ReadsFromWhereTheStreamStands) {
     reader->read();
     EXPECT_GT(log.size(), 150U);
     EXPECT_EQ(failure([] { createBRYXReader(nullptr, BRYXValidationMode::None); }), "stream is present");
+}
+
+TEST(BRYXReader, StaysUsableWhenAHandlerThrows) {
+    struct Thrower : DullErrorHandler {
+        std::set<std::string> throwsAt;
+        const Locator* locator = nullptr;
+        void setLocator(const Locator& l) override { locator = &l; }
+        void startStream() override { at("start"); }
+        void endStream() override { at("end"); }
+        void warning(const util::uuid&, const std::string&) override { at("finding"); }
+        void error(const util::uuid&, const std::string&) override { at("finding"); }
+        void at(const std::string& where) const {
+            if (throwsAt.count(where) != 0) {
+                throw std::runtime_error(where);
+            }
+        }
+    };
+    const std::string octets = faulty();
+    const auto stream = std::make_shared<std::istringstream>(octets);
+    const auto thrower = std::make_shared<Thrower>();
+    const auto reader = createBRYXReader(stream, BRYXValidationMode::Strict);
+    reader->setErrorHandler(thrower);
+    reader->setMetadataHandler(std::make_shared<DullMXFMetadataHandler>());
+    for (const char* const where : {"start", "finding", "end"}) {
+        thrower->throwsAt = {where};
+        stream->clear();
+        stream->seekg(0);
+        EXPECT_THROW(reader->read(), std::runtime_error);
+        EXPECT_LT(std::streamoff{thrower->locator->streampos()}, std::streamoff(octets.size()));
+    }
+    Log log;
+    const auto everything = std::make_shared<Everything>(log);
+    reader->setErrorHandler(everything);
+    stream->clear();
+    stream->seekg(0);
+    reader->read();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), isFinding), 2);
 }
 
 TEST(BRYXReader, PassesGenericStreamsAndClassifiedEssenceOn) {

@@ -1,8 +1,11 @@
+#include <limits>
 #include <set>
 
 #include <gtest/gtest.h>
 
+#include "mxf/structure/MXFIndexCoder.h"
 #include "support/GoodClip.h"
+#include "support/KLVOctets.h"
 
 namespace {
 
@@ -44,15 +47,17 @@ struct Findings : DullErrorHandler {
     }
 };
 
-enum class Wanted : std::uint8_t { Everything, Structure };
+enum class Wanted : std::uint8_t { Structure, Metadata, Everything };
 
 Findings validate(const std::string& octets, BRYXValidationMode::Enum mode, Wanted wanted = Wanted::Everything) {
     const auto findings = std::make_shared<Findings>();
     const auto reader = createBRYXReader(std::make_shared<std::istringstream>(octets), mode);
     reader->setErrorHandler(findings);
     reader->setStructureHandler(std::make_shared<DullMXFStructureHandler>());
-    if (wanted == Wanted::Everything) {
+    if (wanted >= Wanted::Metadata) {
         reader->setMetadataHandler(std::make_shared<DullMXFMetadataHandler>());
+    }
+    if (wanted == Wanted::Everything) {
         reader->setIndexHandler(std::make_shared<DullMXFIndexHandler>());
         reader->setSDTICPSystemHandler(std::make_shared<DullMXFSDTICPSystemHandler>());
     }
@@ -75,6 +80,12 @@ ClipOptions with(void (*change)(ClipOptions&)) {
     return options;
 }
 const ClipOptions oneSegment = with([](ClipOptions& o) {
+    o.partitionDuration = 0;
+    o.placement = ClipOptions::Placement::Footer;
+});
+const ClipOptions twoSegments = with([](ClipOptions& o) {
+    o.frames = 4400; // more entries than a segment holds
+    o.pictureSize = 20;
     o.partitionDuration = 0;
     o.placement = ClipOptions::Placement::Footer;
 });
@@ -208,10 +219,10 @@ const Fault faults[] = {
     {M::duplicatePackageUID, [](GoodClip& clip) {
          clip.set<SourcePackage>(1, "packageUID", clip.get<SourcePackage, UMID>(0, "packageUID"));
      }, physical},
-    {M::packageWithoutTracks, [](GoodClip& clip) { clip.hide<StaticTrack>(); clip.at<SourcePackage>(1); }, physical},
+    {M::packageWithoutTracks, [](GoodClip& clip) { clip.empty<SourcePackage>(1, "tracks"); }, physical},
     {M::invalidTrackID, set<TimelineTrack>(0, "trackID", std::uint32_t{0})},
     {M::duplicateTrackID, set<TimelineTrack>(1, "trackID", std::uint32_t{1})},
-    {M::duplicateTrackNumber, set<TimelineTrack>(11, "trackNumber", std::uint32_t{0x16020101}), emptyContainer},
+    {M::duplicateTrackNumber, set<TimelineTrack>(7, "trackNumber", std::uint32_t{0x16020101}), {}, Wanted::Metadata},
     {M::invalidEditRate, set<TimelineTrack>(0, "editRate", Rational{0, 1})},
     {M::invalidOrigin, set<TimelineTrack>(0, "origin", std::int64_t{-1})},
     {M::originBeyondDuration, set<TimelineTrack>(0, "origin", std::int64_t{11})},
@@ -219,7 +230,7 @@ const Fault faults[] = {
     {M::unknownDuration, set<Sequence>(0, "duration", std::int64_t{-1})},
     {M::inconsistentSequenceDuration, set<Sequence>(0, "duration", std::int64_t{9})},
     {M::inconsistentDataDefinition, set<TimecodeComponent>(0, "dataDefinition", GoodClip::pictureData)},
-    {M::unequalTracks, [](GoodClip& clip) { clip.set<SourceClip>(0, "duration", std::int64_t{8}); clip.at<TimelineTrack>(1); },
+    {M::unequalTracks, [](GoodClip& clip) { clip.set<SourceClip>(0, "duration", std::int64_t{9}); clip.at<TimelineTrack>(1); },
      pictureOnly},
     {M::sourceClipBeyondSource, set<SourceClip>(0, "startPosition", std::int64_t{1})},
     {M::missingSourcePackage, set<SourceClip>(0, "sourcePackageID", UMID{{6, 10}})},
@@ -256,7 +267,7 @@ const Fault faults[] = {
     {M::inconsistentReferenceLevels, set<CDCIPictureDescriptor>(0, "blackReferenceLevel", std::uint32_t{235})},
     {M::invalidAudioSamplingRate, set<WaveAudioDescriptor>(0, "audioSamplingRate", Rational{-48000, 1})},
     {M::inconsistentBlockAlign, set<WaveAudioDescriptor>(0, "quantizationBits", std::uint32_t{24})},
-    {M::inconsistentAverageBytesPerSecond, set<WaveAudioDescriptor>(1, "averageBytesPerSecond", std::uint32_t{1})},
+    {M::inconsistentAverageBytesPerSecond, set<WaveAudioDescriptor>(1, "averageBytesPerSecond", std::uint32_t{191999})},
     {M::duplicateMCALink, set<AudioChannelLabelSubDescriptor>(1, "linkID", MXFUID{{3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3}})},
     {M::invalidMCAChannel, set<AudioChannelLabelSubDescriptor>(1, "channelID", std::uint32_t{3})},
     {M::duplicateMCAChannel, set<AudioChannelLabelSubDescriptor>(1, "channelID", std::uint32_t{1})},
@@ -284,7 +295,7 @@ const Fault faults[] = {
     {C::unknownIndexTable, segment(0, 0x3F07, std::uint32_t{9})},
     {C::inconsistentIndexEditRate, segment(0, 0x3F0B, Rational{30, 1}), oneSegment},
     {C::incompleteIndexTable, segment(0, 0x3F0D, std::int64_t{9}), constant},
-    {C::indexBeyondEssence, segment(0, 0x3F0D, std::int64_t{999}), constant},
+    {C::indexBeyondEssence, segment(0, 0x3F0D, std::int64_t{11}), constant},
     {C::indexBeyondEssence, entry(9, 3, std::uint64_t{1} << 40U), oneSegment},
     {C::unknownElement, element(GoodClip::picture, 3, 15, 9)},
     {C::missingElements,
@@ -293,15 +304,21 @@ const Fault faults[] = {
     {C::inconsistentPackageCount,
      [](GoodClip& clip) { clip.set<SourceClip>(1, "duration", std::int64_t{11}); clip.at<EssenceContainerData>(); clip.inLastRegion(); },
      pictureOnly},
-    {C::unlistedSystemLabel, system(0, 22, 0x55), onePackage},
+    {C::inconsistentSystemLabel, system(0, 22, 0x55), onePackage},
     {C::inconsistentPackageRate, system(0, 1, mxfutil::packageRateCode({24, 1}).value()), onePackage},
 
     {I::invalidIndexEditRate, segment(0, 0x3F0B, Rational{25, 0}), oneSegment},
     {I::invalidIndexStartPosition, segment(0, 0x3F0C, std::int64_t{-1}), oneSegment},
+    {I::invalidIndexStartPosition, segment(0, 0x3F0C, std::numeric_limits<std::int64_t>::max()), oneSegment},
     {I::invalidIndexDuration, segment(0, 0x3F0D, std::int64_t{-1}), oneSegment},
-    {I::elementDeltaOrder, segment(0, 0x3F09, std::uint32_t{0x10000}, 8 + 2 * 6 + 2), oneSegment},
+    {I::elementDeltaOrder, segment(0, 0x3F09, std::uint32_t{300}, 8 + 2 * 6 + 2), oneSegment},
     {I::elementDeltaBeyondEditUnit, segment(0, 0x3F09, std::uint32_t{0x10000}, 8 + 3 * 6 + 2), constant},
     {I::streamOffsetOrder, entry(5, 3, std::uint64_t{0}), oneSegment},
+    {I::streamOffsetOrder,
+     [](GoodClip& clip) {
+         clip.setEntry(1, 0, 3, std::uint64_t{0});
+     },
+     twoSegments},
     {I::sliceOffsetOrder, entry(5, 11, std::uint32_t{0x10000}), oneSegment},
     {I::keyFrameOutside, entry(0, 1, std::int8_t{-1}), oneSegment},
     {I::keyFrameOutside, entry(0, 1, std::int8_t{1}), oneSegment},
@@ -313,9 +330,10 @@ const Fault faults[] = {
          clip.setEntry(0, 1, 2, std::uint8_t{0x30});
          clip.altered = {clip.all(mxfutil::indexTableSegmentKey).at(1).position};
      }},
-    {I::inconsistentIndexEditRate, segment(2, 0x3F0B, Rational{50, 2})},
+    {I::inconsistentIndexEditRate, segment(2, 0x3F0B, Rational{30, 1})},
     {I::overlap, segment(2, 0x3F0C, std::int64_t{4})},
     {I::gap, segment(2, 0x3F0C, std::int64_t{6})},
+    {I::inconsistentSliceCount, segment(0, 0x3F08, std::uint8_t{1}), constant},
     {I::lateStart, segment(0, 0x3F0C, std::int64_t{1}), oneSegment},
 
     {Y::invalidPackageRate, system(0, 1, 0xFF), onePackage},
@@ -384,4 +402,34 @@ TEST(BRYXValidation, FindsEachFlippedOctetOfAPack) {
             }
         }
     }
+}
+
+/// Edit units may be divided into segments in another way where they are repeated, but must stay what they are.
+TEST(BRYXValidation, ComparesSegmentsThatRepeatOthers) {
+    const auto index = [](std::initializer_list<std::int64_t> borders, std::uint8_t flags) {
+        KLVOctets octets;
+        MXFIndexCoder coder(octets);
+        coder.startIndex();
+        for (auto border = borders.begin(); border + 1 != borders.end(); ++border) {
+            MXFIndexTableSegment segment;
+            segment.indexEditRate = {25, 1};
+            segment.indexStartPosition = *border;
+            segment.indexDuration = border[1] - *border;
+            segment.indexSID = 2;
+            segment.bodySID = 1;
+            for (std::int64_t unit = *border; unit < border[1]; ++unit) {
+                segment.indexEntryArray.push_back({0, 0, flags, static_cast<std::uint64_t>(unit), {}, {}});
+            }
+            coder.indexTableSegment(segment);
+        }
+        return octets.octets;
+    };
+    const auto repetitions = [&](std::uint8_t flags) {
+        FileBuilder file;
+        file.partition(MXFPartitionKind::Header, {}, index({0, 2, 4, 6}, 0))
+            .partition(MXFPartitionKind::Footer, {}, index({0, 4, 6}, flags));
+        return validate(file.file, BRYXValidationMode::Strict).positionsOf(I::inconsistentRepetition).size();
+    };
+    EXPECT_EQ(repetitions(0), 0U);
+    EXPECT_EQ(repetitions(0x80), 2U);
 }

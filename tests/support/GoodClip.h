@@ -119,6 +119,15 @@ public:
         });
     }
 
+    /// Leaves a property without the one reference that it holds, whose octets make another property.
+    template <class Set>
+    void empty(std::size_t index, const char* property) {
+        forEachRegion<Set>(index, [&](const Triplet& set) {
+            put(set, itemAt(set, tagOf<Set>(property)) - 2 - set.position,
+                {0, 8, 0, 0, 0, 0, 0, 0, 0, 16, 0x3B, 0x07, 0, 12}); // 3B07 is Preface.objectModelVersion
+        });
+    }
+
     /// What was altered shows in the @p index-th set of a class.
     template <class Set>
     void at(std::size_t index = 0) {
@@ -352,7 +361,7 @@ private:
         if (options_.hasEmptyContainer) {
             const auto empty = SourcePackage::create();
             empty->setPackageUID(mxfutil::generateUMID(uids));
-            addTracks(*empty, nullptr);
+            addTrack(*empty, nullptr, 1, timecodeData, 0);
             const auto data = DataDescriptor::create();
             data->setSampleRate({25, 1});
             data->setEssenceContainer(multiple);

@@ -35,6 +35,7 @@ void BRYXCrossValidator::startStructure() {
     partition_.reset();
     metadata_.reset();
     metadataIsComplete_ = false;
+    metadataIsClosed_ = false;
     randomIndexSeen_ = false;
     bodies_.clear();
     indexes_.clear();
@@ -100,6 +101,7 @@ void BRYXCrossValidator::metadata(BRYXMetadataSummary summary) {
     if (!metadata_ || isComplete() || !metadataIsComplete_) {
         metadata_ = std::move(summary);
         metadataIsComplete_ = isComplete();
+        metadataIsClosed_ = isClosed();
     }
 }
 
@@ -137,31 +139,30 @@ void BRYXCrossValidator::systemItem(const KLVKey& label, const boost::optional<R
     }
 }
 
-const BRYXMetadataSummary::Container* BRYXCrossValidator::containerOf(std::uint32_t bodySID) const {
-    const auto& containers = metadata_->containers;
-    const auto container =
-        std::find_if(containers.begin(), containers.end(), [&](const auto& each) { return each.bodySID == bodySID; });
-    return container == containers.end() ? nullptr : &*container;
-}
-
 void BRYXCrossValidator::checkSIDs() const {
     // Of a set and a partition that miss each other, the set is reported.
     std::set<std::uint32_t> bodySIDs;
     std::set<std::uint32_t> indexSIDs;
-    bool allFound = true;
+    std::size_t misses = 0;
     for (const auto& container : metadata_->containers) {
-        const auto body = bodies_.find(container.bodySID);
-        allFound = allFound && body != bodies_.end() && bodySIDs.insert(container.bodySID).second;
-        if (container.bodySID != 0 && body == bodies_.end()) {
+        const bool isThere = bodies_.count(container.bodySID) != 0;
+        misses += isThere && bodySIDs.insert(container.bodySID).second ? 0U : 1U;
+        // While a file is being written, there is more to come.
+        if (metadataIsClosed_ && container.bodySID != 0 && !isThere) {
             reportAt(container.position, checks::missingEssence, std::to_string(container.bodySID));
         }
         indexSIDs.insert(container.indexSID);
-        if (container.indexSID != 0 && indexes_.count(container.indexSID) == 0) {
+        if (metadataIsClosed_ && container.indexSID != 0 && indexes_.count(container.indexSID) == 0) {
             reportAt(container.position, checks::missingIndex, std::to_string(container.indexSID));
         }
     }
     for (const auto& [sid, body] : bodies_) {
-        if (allFound && !body.isGenericStream && bodySIDs.count(sid) == 0) {
+        if (body.isGenericStream || bodySIDs.count(sid) != 0) {
+            continue;
+        }
+        if (misses > 0) {
+            --misses;
+        } else {
             reportAt(body.position, checks::unknownBodySID, std::to_string(sid));
         }
     }
@@ -172,30 +173,35 @@ void BRYXCrossValidator::checkSIDs() const {
     }
 }
 
+bool BRYXCrossValidator::isSparse(std::uint32_t indexSID) const {
+    return metadata_ &&
+           std::any_of(metadata_->containers.begin(), metadata_->containers.end(),
+                       [&](const auto& container) { return container.indexSID == indexSID && container.isSparse; });
+}
+
 void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) const {
+    std::map<std::uint32_t, const BRYXMetadataSummary::Container*> containers; // by body SID
+    std::set<std::uint32_t> indexSIDs;
+    if (metadata_) {
+        for (const auto& container : metadata_->containers) {
+            containers.emplace(container.bodySID, &container);
+            indexSIDs.insert(container.indexSID);
+        }
+    }
     for (const auto& [sids, table] : tables) {
         const auto body = bodies_.find(sids.second);
         if (body != bodies_.end() && table.reach > body->second.octets) {
             reportAt(table.reachPosition, checks::indexBeyondEssence, std::to_string(table.reach));
         }
-        if (!metadata_) {
-            continue;
-        }
-        const auto* const container = containerOf(sids.second);
-        if (container != nullptr && container->indexSID == sids.first) {
-            checkIndexTable(table, *container);
-        } else if (indexes_.empty() || hasIndexSID(sids.first)) {
-            // An index SID that nobody knows has been found where the partition begins.
+        const auto container = containers.find(sids.second);
+        if (container != containers.end() && container->second->indexSID == sids.first) {
+            checkIndexTable(table, *container->second);
+        } else if (indexSIDs.count(sids.first) != 0) {
+            // An index SID that nobody knows is found where the partition begins.
             reportAt(table.position, checks::unknownIndexTable,
                      std::to_string(sids.first) + ", " + std::to_string(sids.second));
         }
     }
-}
-
-bool BRYXCrossValidator::hasIndexSID(std::uint32_t indexSID) const {
-    const auto& containers = metadata_->containers;
-    return std::any_of(containers.begin(), containers.end(),
-                       [&](const auto& container) { return container.indexSID == indexSID; });
 }
 
 void BRYXCrossValidator::checkIndexTable(const BRYXIndexSummary& table,
@@ -209,51 +215,59 @@ void BRYXCrossValidator::checkIndexTable(const BRYXIndexSummary& table,
     const auto isUncovered = [&](const auto& track) {
         return atRate(track) && (table.end < track.duration || table.start > 0);
     };
-    if (!table.isEndless && std::any_of(tracks.begin(), tracks.end(), isUncovered)) {
+    if (!table.isEndless && table.isWhole && !container.isSparse &&
+        std::any_of(tracks.begin(), tracks.end(), isUncovered)) {
         reportAt(table.position, checks::incompleteIndexTable,
                  std::to_string(table.start) + " to " + std::to_string(table.end));
     }
 }
 
 void BRYXCrossValidator::checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const {
-    const auto& tracks = container.tracks;
-    const std::map<std::uint32_t, std::uint64_t> inOrder(essence.elements.begin(), essence.elements.end());
-    for (const auto& [number, position] : inOrder) {
-        if (std::none_of(tracks.begin(), tracks.end(), [n = number](const auto& track) { return track.number == n; })) {
-            reportAt(position, checks::unknownElement, hexadecimal(number));
-        }
-    }
-    for (const auto& track : tracks) {
+    std::set<std::uint32_t> numbers;
+    for (const auto& track : container.tracks) {
+        numbers.insert(track.number);
         if (essence.elements.count(track.number) == 0) {
             reportAt(track.position, checks::missingElements, hexadecimal(track.number));
         }
     }
+    const std::map<std::uint32_t, std::uint64_t> inOrder(essence.elements.begin(), essence.elements.end());
+    for (const auto& [number, position] : inOrder) {
+        if (numbers.count(number) == 0) {
+            reportAt(position, checks::unknownElement, hexadecimal(number));
+        }
+    }
+}
+
+void BRYXCrossValidator::checkPackages(const Essence& essence, const BRYXMetadataSummary::Container& container) const {
+    const auto& tracks = container.tracks;
+    // A single content package may be all of the essence, wrapped as a clip.
+    bool isCounted = false;
+    bool isRight = essence.packages <= 1;
+    for (const auto& track : tracks) {
+        if (track.duration >= 0 && isFrameRate(track.editRate)) {
+            isCounted = true;
+            isRight = isRight || static_cast<std::uint64_t>(track.duration) == essence.packages;
+        }
+    }
+    if (isCounted && !isRight) {
+        reportAt(container.position, checks::inconsistentPackageCount, std::to_string(essence.packages));
+    }
+    if (essence.label && container.label && *essence.label != *container.label) {
+        reportAt(essence.systemPosition, checks::inconsistentSystemLabel, toString(*essence.label));
+    }
+    const auto atRate = [&](const auto& track) { return isSameRate(track.editRate, *essence.rate); };
+    if (essence.rate && !tracks.empty() && std::none_of(tracks.begin(), tracks.end(), atRate)) {
+        reportAt(essence.systemPosition, checks::inconsistentPackageRate, toString(*essence.rate));
+    }
 }
 
 void BRYXCrossValidator::checkEssence() const {
-    for (const auto& [sid, essence] : essence_) {
-        const auto* const container = containerOf(sid);
-        if (container == nullptr || !container->hasPackage) {
-            continue;
-        }
-        checkElements(essence, *container);
-        const auto& tracks = container->tracks;
-        // A single content package may be all of the essence, wrapped as a clip.
-        if (essence.packages > 1 &&
-            std::any_of(tracks.begin(), tracks.end(), [](const auto& t) { return t.duration >= 0; }) &&
-            std::none_of(tracks.begin(), tracks.end(), [count = essence.packages](const auto& track) {
-                return track.duration >= 0 && static_cast<std::uint64_t>(track.duration) == count;
-            })) {
-            reportAt(container->position, checks::inconsistentPackageCount, std::to_string(essence.packages));
-        }
-        const auto& labels = metadata_->essenceContainers;
-        if (essence.label && std::find(labels.begin(), labels.end(), *essence.label) == labels.end()) {
-            reportAt(essence.systemPosition, checks::unlistedSystemLabel, toString(*essence.label));
-        }
-        if (essence.rate && !tracks.empty() &&
-            std::none_of(tracks.begin(), tracks.end(),
-                         [rate = *essence.rate](const auto& track) { return isSameRate(track.editRate, rate); })) {
-            reportAt(essence.systemPosition, checks::inconsistentPackageRate, toString(*essence.rate));
+    static const Essence none;
+    for (const auto& container : metadata_->containers) {
+        const auto essence = essence_.find(container.bodySID);
+        if (container.hasPackage && bodies_.count(container.bodySID) != 0) {
+            checkElements(essence == essence_.end() ? none : essence->second, container);
+            checkPackages(essence == essence_.end() ? none : essence->second, container);
         }
     }
 }
@@ -263,7 +277,9 @@ void BRYXCrossValidator::endStructure() {
         checkIndexTables(indexValidator_->endFile());
     }
     if (metadata_) {
-        checkEssence();
+        if (expectsElements_) {
+            checkEssence();
+        }
         checkSIDs();
         if (metadata_->ripPresent && *metadata_->ripPresent != randomIndexSeen_) {
             reportAt(metadata_->position, checks::inconsistentRIPPresent,

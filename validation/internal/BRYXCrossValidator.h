@@ -28,9 +28,11 @@ struct BRYXMetadataSummary {
         std::uint32_t bodySID = 0;
         std::uint32_t indexSID = 0;
         std::uint64_t position = 0;
+        bool isSparse = false;   ///< whether parts of the index table may be missing
         bool hasPackage = false; ///< whether the file package that it names is there
         std::vector<Track> tracks;
         boost::optional<Rational> sampleRate; ///< of the file package's descriptor
+        boost::optional<KLVKey> label;        ///< of the essence container, by that descriptor
     };
 
     std::uint64_t position = 0; ///< of the Preface
@@ -47,6 +49,7 @@ struct BRYXIndexSummary {
     std::int64_t start = 0;
     std::int64_t end = 0;
     bool isEndless = false;          ///< goes on to the end of the essence
+    bool isWhole = true;             ///< whether all segments have been looked at
     std::uint64_t reach = 0;         ///< octets of the essence container that it needs to be there, at least
     std::uint64_t reachPosition = 0; ///< of the segment that tells so
 };
@@ -93,9 +96,13 @@ public:
     void segment(const MXFIndexTableSegment& segment) const;
     /// @param validator not owned; has the index tables summed up when the file ends
     void setIndexValidator(BRYXIndexValidator& validator) { indexValidator_ = &validator; }
+    /// Whether header metadata says that parts of the index table with @p indexSID may be missing.
+    bool isSparse(std::uint32_t indexSID) const;
 
     // By the system validator. Elements stand at the current position.
 
+    /// From now on elements are told.
+    void expectElements() { expectsElements_ = true; }
     std::uint32_t bodySID() const noexcept { return partition_ ? partition_->bodySID : 0; }
     void element(const KLVKey& key);
     void contentPackage();
@@ -122,17 +129,17 @@ private:
 
     static const Stream* find(const std::map<std::uint32_t, Stream>& streams, std::uint32_t sid);
     Essence& essence();
-    const BRYXMetadataSummary::Container* containerOf(std::uint32_t bodySID) const;
     void checkSIDs() const;
     void checkIndexTables(const BRYXIndexSummaries& tables) const;
     void checkIndexTable(const BRYXIndexSummary& table, const BRYXMetadataSummary::Container& container) const;
-    bool hasIndexSID(std::uint32_t indexSID) const;
     void checkEssence() const;
     void checkElements(const Essence& essence, const BRYXMetadataSummary::Container& container) const;
+    void checkPackages(const Essence& essence, const BRYXMetadataSummary::Container& container) const;
 
     boost::optional<Partition> partition_; ///< the current one
     boost::optional<BRYXMetadataSummary> metadata_;
     bool metadataIsComplete_ = false;
+    bool metadataIsClosed_ = false;
     bool randomIndexSeen_ = false;
     std::uint64_t runIn_ = 0;
     std::uint64_t base_ = 0;                   ///< where the file begins in its stream
@@ -142,4 +149,5 @@ private:
     Essence* current_ = nullptr;               ///< of the current partition, if it has had any
     Essence notKept_;                          ///< of those beyond maxKept
     BRYXIndexValidator* indexValidator_ = nullptr;
+    bool expectsElements_ = false;
 };

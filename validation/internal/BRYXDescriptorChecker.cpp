@@ -33,73 +33,88 @@ BRYXDescriptorChecker::BRYXDescriptorChecker(const BRYXValidator& validator, con
     : BRYXModelChecker(validator),
       essenceContainers_(preface.getEssenceContainers().begin(), preface.getEssenceContainers().end()) {}
 
-void BRYXDescriptorChecker::check(const SourcePackage& package) const {
+void BRYXDescriptorChecker::check(const SourcePackage& package, bool isLinked) const {
     const auto descriptor = package.getDescriptor();
     const auto* const file = as<FileDescriptor>(descriptor.get());
     if (file == nullptr) {
         return; // of physical media
     }
-    checkDescriptor(package, *file);
-    if (const auto* const multiple = as<MultipleDescriptor>(file)) {
-        checkMultiple(package, *multiple);
+    Package context{isLinked, {}, {}, {}};
+    for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
+        context.tracks.emplace(package.getTrackAt(i)->getTrackID(), package.getTrackAt(i));
+    }
+    addLabels(*file, context);
+    const auto* const multiple = as<MultipleDescriptor>(file);
+    for (std::size_t i = 0; multiple != nullptr && i < multiple->getSubDescriptorCount(); ++i) {
+        addLabels(*multiple->getSubDescriptorAt(i), context);
+    }
+    checkDescriptor(context, *file);
+    for (std::size_t i = 0; multiple != nullptr && i < multiple->getSubDescriptorCount(); ++i) {
+        const auto sub = multiple->getSubDescriptorAt(i);
+        checkDescriptor(context, *sub);
+        if (!sub->hasLinkedTrackID()) {
+            report(*sub, checks::missingLinkedTrack);
+        }
     }
 }
 
-void BRYXDescriptorChecker::checkDescriptor(const SourcePackage& package, const FileDescriptor& descriptor) const {
+void BRYXDescriptorChecker::addLabels(const FileDescriptor& descriptor, Package& package) {
+    for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
+        const auto set = descriptor.getGenericSubDescriptorAt(i);
+        if (const auto* const soundfield = as<SoundfieldGroupLabelSubDescriptor>(set.get())) {
+            package.soundfields.insert(soundfield->getLinkID());
+        } else if (const auto* const group = as<GroupOfSoundfieldGroupsLabelSubDescriptor>(set.get())) {
+            package.groups.insert(group->getLinkID());
+        }
+    }
+}
+
+void BRYXDescriptorChecker::checkDescriptor(const Package& package, const FileDescriptor& descriptor) const {
     if (!isWhole(descriptor)) {
         return;
     }
     checkFile(package, descriptor);
+    checkDuration(package, descriptor);
     if (const auto* const picture = as<PictureDescriptor>(&descriptor)) {
         checkPicture(*picture);
     }
     if (const auto* const sound = as<SoundDescriptor>(&descriptor)) {
         checkSound(*sound);
     }
-    checkLabels(descriptor);
+    checkLabels(package, descriptor);
 }
 
-void BRYXDescriptorChecker::checkFile(const SourcePackage& package, const FileDescriptor& descriptor) const {
-    if (essenceContainers_.count(descriptor.getEssenceContainer()) == 0) {
+void BRYXDescriptorChecker::checkFile(const Package& package, const FileDescriptor& descriptor) const {
+    if (package.isLinked && essenceContainers_.count(descriptor.getEssenceContainer()) == 0) {
         report(descriptor, checks::unlistedEssenceContainer, toString(descriptor.getEssenceContainer()));
     }
     if (!isRate(descriptor.getSampleRate())) {
         report(descriptor, checks::invalidSampleRate, toString(descriptor.getSampleRate()));
     }
-    bool isLinked = !descriptor.hasLinkedTrackID();
-    bool hasTracks = false;
-    bool hasDuration = false;
-    for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
-        const auto track = package.getTrackAt(i);
-        const auto segment = track->getSegment();
-        const bool isLinkedTrack =
-            descriptor.hasLinkedTrackID() && descriptor.getLinkedTrackID() == track->getTrackID();
-        isLinked = isLinked || isLinkedTrack;
-        const auto* const timeline = as<TimelineTrack>(track.get());
-        if (timeline == nullptr || segment == nullptr || (descriptor.hasLinkedTrackID() && !isLinkedTrack) ||
-            isMetadataDefinition(segment->getDataDefinition()) || durationOf(*segment) < 0 ||
-            !isSameRate(timeline->getEditRate(), descriptor.getSampleRate())) {
-            continue;
-        }
-        hasTracks = true;
-        hasDuration = hasDuration ||
-                      (descriptor.hasContainerDuration() && durationOf(*segment) == descriptor.getContainerDuration());
-    }
-    if (!isLinked) {
+    if (descriptor.hasLinkedTrackID() && package.tracks.count(descriptor.getLinkedTrackID()) == 0) {
         report(descriptor, checks::unknownLinkedTrack, std::to_string(descriptor.getLinkedTrackID()));
-    }
-    if (descriptor.hasContainerDuration() && descriptor.getContainerDuration() >= 0 && hasTracks && !hasDuration) {
-        report(descriptor, checks::inconsistentContainerDuration, std::to_string(descriptor.getContainerDuration()));
     }
 }
 
-void BRYXDescriptorChecker::checkMultiple(const SourcePackage& package, const MultipleDescriptor& descriptor) const {
-    for (std::size_t i = 0; i < descriptor.getSubDescriptorCount(); ++i) {
-        const auto sub = descriptor.getSubDescriptorAt(i);
-        checkDescriptor(package, *sub);
-        if (!sub->hasLinkedTrackID()) {
-            report(*sub, checks::missingLinkedTrack);
+void BRYXDescriptorChecker::checkDuration(const Package& package, const FileDescriptor& descriptor) const {
+    if (!descriptor.hasContainerDuration() || descriptor.getContainerDuration() < 0) {
+        return;
+    }
+    bool hasTracks = false;
+    bool isThatOfOne = false;
+    for (const auto& [id, track] : package.tracks) {
+        const auto segment = track->getSegment();
+        const auto* const timeline = as<TimelineTrack>(track.get());
+        if (timeline != nullptr && segment != nullptr &&
+            (!descriptor.hasLinkedTrackID() || descriptor.getLinkedTrackID() == id) &&
+            !isMetadataDefinition(segment->getDataDefinition()) && durationOf(*segment) >= 0 &&
+            isSameRate(timeline->getEditRate(), descriptor.getSampleRate())) {
+            hasTracks = true;
+            isThatOfOne = isThatOfOne || durationOf(*segment) == descriptor.getContainerDuration();
         }
+    }
+    if (hasTracks && !isThatOfOne) {
+        report(descriptor, checks::inconsistentContainerDuration, std::to_string(descriptor.getContainerDuration()));
     }
 }
 
@@ -184,10 +199,11 @@ void BRYXDescriptorChecker::checkWave(const WaveAudioDescriptor& descriptor) con
     }
 }
 
-void BRYXDescriptorChecker::checkLabels(const FileDescriptor& descriptor) const {
+void BRYXDescriptorChecker::checkLabels(const Package& package, const FileDescriptor& descriptor) const {
+    const auto* const sound = as<SoundDescriptor>(&descriptor);
     std::set<MXFUID> links;
-    std::set<MXFUID> soundfields;
-    std::set<MXFUID> groups;
+    std::set<std::uint32_t> channels;
+    std::size_t channelLabels = 0;
     for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
         const auto set = descriptor.getGenericSubDescriptorAt(i);
         const auto* const label = as<MCALabelSubDescriptor>(set.get());
@@ -197,20 +213,9 @@ void BRYXDescriptorChecker::checkLabels(const FileDescriptor& descriptor) const 
         if (!links.insert(label->getLinkID()).second) {
             report(*label, checks::duplicateMCALink, toString(label->getLinkID()));
         }
-        if (as<SoundfieldGroupLabelSubDescriptor>(label) != nullptr) {
-            soundfields.insert(label->getLinkID());
-        } else if (as<GroupOfSoundfieldGroupsLabelSubDescriptor>(label) != nullptr) {
-            groups.insert(label->getLinkID());
-        }
-    }
-    const auto* const sound = as<SoundDescriptor>(&descriptor);
-    std::set<std::uint32_t> channels;
-    std::size_t channelLabels = 0;
-    for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
-        const auto set = descriptor.getGenericSubDescriptorAt(i);
-        if (const auto* const channel = as<AudioChannelLabelSubDescriptor>(set.get())) {
+        if (const auto* const channel = as<AudioChannelLabelSubDescriptor>(label)) {
             ++channelLabels;
-            if (channel->hasSoundfieldGroup() && soundfields.count(channel->getSoundfieldGroup()) == 0) {
+            if (channel->hasSoundfieldGroup() && package.soundfields.count(channel->getSoundfieldGroup()) == 0) {
                 report(*channel, checks::unknownSoundfieldGroup, toString(channel->getSoundfieldGroup()));
             }
             // The ID may be left out where there is a single channel.
@@ -220,12 +225,12 @@ void BRYXDescriptorChecker::checkLabels(const FileDescriptor& descriptor) const 
             } else if (!channels.insert(id).second) {
                 report(*channel, checks::duplicateMCAChannel, std::to_string(id));
             }
-        } else if (const auto* const soundfield = as<SoundfieldGroupLabelSubDescriptor>(set.get())) {
-            if (soundfield->hasGroupOfSoundfieldGroups()) {
-                for (const MXFUID& group : soundfield->getGroupOfSoundfieldGroups()) {
-                    if (groups.count(group) == 0) {
-                        report(*soundfield, checks::unknownGroupOfSoundfieldGroups, toString(group));
-                    }
+        }
+        const auto* const soundfield = as<SoundfieldGroupLabelSubDescriptor>(label);
+        if (soundfield != nullptr && soundfield->hasGroupOfSoundfieldGroups()) {
+            for (const MXFUID& group : soundfield->getGroupOfSoundfieldGroups()) {
+                if (package.groups.count(group) == 0) {
+                    report(*soundfield, checks::unknownGroupOfSoundfieldGroups, toString(group));
                 }
             }
         }

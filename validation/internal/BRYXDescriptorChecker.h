@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <set>
 
 #include "mxf/metadata/structural/Preface.h"
@@ -9,7 +11,6 @@
 class CDCIPictureDescriptor;
 class FileDescriptor;
 class GenericDescriptor;
-class MultipleDescriptor;
 class PictureDescriptor;
 class SoundDescriptor;
 class SourcePackage;
@@ -20,17 +21,28 @@ class BRYXDescriptorChecker : public BRYXModelChecker {
 public:
     BRYXDescriptorChecker(const BRYXValidator& validator, const Preface& preface);
 
-    void check(const SourcePackage& package) const;
+    /// @param isLinked whether the essence of @p package is in the file
+    void check(const SourcePackage& package, bool isLinked) const;
 
 private:
-    void checkDescriptor(const SourcePackage& package, const FileDescriptor& descriptor) const;
-    void checkFile(const SourcePackage& package, const FileDescriptor& descriptor) const;
-    void checkMultiple(const SourcePackage& package, const MultipleDescriptor& descriptor) const;
+    /// What the descriptors of one package are held against.
+    struct Package {
+        bool isLinked;
+        std::map<std::uint32_t, std::shared_ptr<const Track>> tracks; ///< by ID
+        // The link IDs of labels of multichannel audio.
+        std::set<MXFUID> soundfields;
+        std::set<MXFUID> groups;
+    };
+
+    static void addLabels(const FileDescriptor& descriptor, Package& package);
+    void checkDescriptor(const Package& package, const FileDescriptor& descriptor) const;
+    void checkFile(const Package& package, const FileDescriptor& descriptor) const;
+    void checkDuration(const Package& package, const FileDescriptor& descriptor) const;
     void checkPicture(const PictureDescriptor& descriptor) const;
     void checkCDCI(const CDCIPictureDescriptor& descriptor) const;
     void checkSound(const SoundDescriptor& descriptor) const;
     void checkWave(const WaveAudioDescriptor& descriptor) const;
-    void checkLabels(const FileDescriptor& descriptor) const;
+    void checkLabels(const Package& package, const FileDescriptor& descriptor) const;
 
     std::set<KLVKey> essenceContainers_; ///< of the Preface
 };

@@ -1,9 +1,11 @@
 #include "validation/internal/BRYXIndexValidator.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 
 #include "validation/internal/BRYXDigest.h"
 #include "validation/internal/BRYXRates.h"
@@ -48,6 +50,60 @@ std::uint64_t digestOf(const MXFIndexTableSegment& segment) {
     return digest.value();
 }
 
+/// Of what entries say of their edit units, whatever segment they stand in: a sum, which does not depend on how edit units
+/// are divided into segments.
+std::uint64_t sumOf(const MXFIndexTableSegment& segment) {
+    std::uint64_t sum = 0;
+    std::int64_t editUnit = segment.indexStartPosition;
+    for (const MXFIndexEntry& entry : segment.indexEntryArray) {
+        BRYXDigest digest;
+        digest.add(editUnit++);
+        MXFIndexEntry::fields(entry, [&](const char*, const auto& value) { digest.add(value); });
+        sum += digest.value();
+    }
+    return sum;
+}
+
+/// Finds whether sums over ranges of edit units contradict one another: the borders of ranges are joined to sets in which
+/// the sum from one to any other is known.
+class RangeSums {
+public:
+    /// @return whether the sum from @p first to @p end can be @p sum
+    bool add(std::int64_t first, std::int64_t end, std::uint64_t sum) {
+        const auto [firstRoot, toFirst] = find(first);
+        const auto [endRoot, toEnd] = find(end);
+        if (firstRoot == endRoot) {
+            return toFirst + sum == toEnd;
+        }
+        borders_[endRoot] = {firstRoot, toFirst + sum - toEnd};
+        return true;
+    }
+
+private:
+    /// A border that comes before another in its set, and the sum from that to this one.
+    struct Border {
+        std::int64_t before;
+        std::uint64_t sum;
+    };
+
+    /// The root of the set of @p border, and the sum from it.
+    std::pair<std::int64_t, std::uint64_t> find(std::int64_t border) {
+        std::vector<std::int64_t> way;
+        borders_.emplace(border, Border{border, 0});
+        for (; borders_[border].before != border; border = borders_[border].before) {
+            way.push_back(border);
+        }
+        std::uint64_t sum = 0;
+        for (auto below = way.rbegin(); below != way.rend(); ++below) {
+            sum += borders_[*below].sum;
+            borders_[*below] = {border, sum}; // shortens the way for the next time
+        }
+        return {border, sum};
+    }
+
+    std::unordered_map<std::int64_t, Border> borders_;
+};
+
 } // namespace
 
 BRYXIndexValidator::BRYXIndexValidator(MXFIndexHandler& next, BRYXCrossValidator& cross, BRYXValidationMode::Enum mode)
@@ -68,13 +124,16 @@ bool BRYXIndexValidator::checkNumbers(const MXFIndexTableSegment& segment) const
     if (!isRate(segment.indexEditRate)) {
         report(checks::invalidIndexEditRate, toString(segment.indexEditRate));
     }
-    if (segment.indexStartPosition < 0) {
+    // Offsets in entries lead no further than 128 edit units away, and must not leave the numbers that there are.
+    const auto entries = static_cast<std::int64_t>(segment.indexEntryArray.size());
+    const bool isStart = segment.indexStartPosition >= 0 && segment.indexStartPosition < greatest - entries - 128;
+    if (!isStart) {
         report(checks::invalidIndexStartPosition, std::to_string(segment.indexStartPosition));
     }
     if (segment.indexDuration < 0) {
         report(checks::invalidIndexDuration, std::to_string(segment.indexDuration));
     }
-    return segment.indexStartPosition >= 0 && segment.indexDuration >= 0;
+    return isStart && segment.indexDuration >= 0;
 }
 
 void BRYXIndexValidator::checkDeltas(const MXFIndexTableSegment& segment) const {
@@ -86,11 +145,46 @@ void BRYXIndexValidator::checkDeltas(const MXFIndexTableSegment& segment) const 
     if (!std::is_sorted(deltas.begin(), deltas.end(), before)) {
         report(checks::elementDeltaOrder);
     }
-    if (segment.editUnitByteCount != 0 && std::any_of(deltas.begin(), deltas.end(), [&](const MXFDeltaEntry& delta) {
-            return delta.elementDelta >= segment.editUnitByteCount;
-        })) {
+    const auto inSlice = [](const MXFDeltaEntry& a, const MXFDeltaEntry& b) { return a.slice < b.slice; };
+    const auto last = std::max_element(deltas.begin(), deltas.end(), inSlice);
+    if (last != deltas.end() && last->slice < segment.sliceCount) {
+        report(checks::inconsistentSliceCount, std::to_string(segment.sliceCount));
+    }
+    if (leadsOut(segment)) {
         report(checks::elementDeltaBeyondEditUnit);
     }
+}
+
+bool BRYXIndexValidator::leadsOut(const MXFIndexTableSegment& segment) {
+    // An element that is empty, or missing, may stand at the end. Slices without elements do not count.
+    std::array<std::uint32_t, 256> greatest{};
+    std::size_t last = 0;
+    for (const MXFDeltaEntry& delta : segment.deltaEntryArray) {
+        greatest[delta.slice] = std::max(greatest[delta.slice], delta.elementDelta);
+        last = std::max<std::size_t>(last, delta.slice);
+    }
+    if (segment.editUnitByteCount != 0) {
+        return greatest[0] > segment.editUnitByteCount;
+    }
+    const auto& entries = segment.indexEntryArray;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const auto& offsets = entries[i].sliceOffsets;
+        std::uint64_t start = 0;
+        const auto isOut = [&](std::size_t slice, std::uint64_t end) {
+            return start <= end && greatest[slice] > end - start;
+        };
+        for (std::size_t slice = 0; slice < std::min(last, offsets.size()); ++slice) {
+            if (isOut(slice, offsets[slice])) {
+                return true;
+            }
+            start = offsets[slice];
+        }
+        if (i + 1 < entries.size() && entries[i + 1].streamOffset >= entries[i].streamOffset &&
+            isOut(last, entries[i + 1].streamOffset - entries[i].streamOffset)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table& table) const {
@@ -108,8 +202,8 @@ void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table
             sliceOrder = sliceOrder && offset >= before;
             before = offset;
         }
-        sliceOrder =
-            sliceOrder && (isLast || !streamOrder || entries[i + 1].streamOffset - entry.streamOffset >= before);
+        sliceOrder = sliceOrder && (isLast || entries[i + 1].streamOffset < entry.streamOffset ||
+                                    entries[i + 1].streamOffset - entry.streamOffset >= before);
 
         const auto editUnit = segment.indexStartPosition + static_cast<std::int64_t>(i);
         table.leastKeyFrame.include(editUnit + entry.keyFrameOffset, here);
@@ -135,11 +229,14 @@ void BRYXIndexValidator::add(const MXFIndexTableSegment& segment, Table& table, 
     const bool endless = isEndless(segment);
     const bool isFirst = table.segments.empty();
     if (kept_ == maxKept) {
-        table.isWhole = false;
+        table.isWhole = summary.isWhole = false;
         return;
     }
     ++kept_;
-    table.segments.push_back({segment.indexStartPosition, end, endless, position(), digestOf(segment), region_});
+    const auto& entries = segment.indexEntryArray;
+    table.segments.push_back({segment.indexStartPosition, end, endless, position(), digestOf(segment), sumOf(segment),
+                              region_, !entries.empty(), entries.empty() ? 0 : entries.front().streamOffset,
+                              entries.empty() ? 0 : entries.back().streamOffset});
     if (isFirst) {
         table.editRate = segment.indexEditRate;
         summary.position = position();
@@ -151,7 +248,7 @@ void BRYXIndexValidator::add(const MXFIndexTableSegment& segment, Table& table, 
     summary.isEndless = summary.isEndless || endless;
     std::uint64_t reach = 0;
     if (segment.editUnitByteCount == 0) {
-        for (const MXFIndexEntry& entry : segment.indexEntryArray) {
+        for (const MXFIndexEntry& entry : entries) {
             reach = std::max(reach, entry.streamOffset == std::numeric_limits<std::uint64_t>::max()
                                         ? entry.streamOffset
                                         : entry.streamOffset + 1);
@@ -174,7 +271,7 @@ void BRYXIndexValidator::indexTableSegment(const MXFIndexTableSegment& segment) 
     if (checkNumbers(segment) &&
         (tables_.size() < maxKept || tables_.count({segment.indexSID, segment.bodySID}) != 0)) {
         Table& table = tables_[{segment.indexSID, segment.bodySID}];
-        if (!table.segments.empty() && segment.indexEditRate != table.editRate) {
+        if (!table.segments.empty() && !isSameRate(segment.indexEditRate, table.editRate)) {
             report(checks::inconsistentIndexEditRate, toString(segment.indexEditRate));
         }
         checkEntries(segment, table);
@@ -187,23 +284,26 @@ void BRYXIndexValidator::checkRepetitions(std::vector<Segment>& segments) const 
     const auto place = [](const Segment& s) { return std::tuple(s.start, s.end, s.isEndless); };
     std::stable_sort(segments.begin(), segments.end(),
                      [&](const Segment& a, const Segment& b) { return place(a) < place(b); });
+    RangeSums sums;
     const Segment* first = nullptr;
     for (const Segment& segment : segments) {
-        if (first == nullptr || place(segment) != place(*first)) {
-            first = &segment;
-        } else if (segment.digest != first->digest) {
+        const bool isFirst = first == nullptr || place(segment) != place(*first);
+        // A segment may also repeat several others, or a part of one.
+        const bool fits = isFirst ? !segment.hasEntries || sums.add(segment.start, segment.end, segment.sum)
+                                  : segment.digest == first->digest;
+        if (!fits) {
             reportAt(segment.position, checks::inconsistentRepetition);
         }
+        first = isFirst ? &segment : first;
     }
 }
 
-void BRYXIndexValidator::checkCoverage(const std::vector<Segment>& segments) const {
+void BRYXIndexValidator::checkCoverage(const std::vector<Segment>& segments, bool isSparse) const {
     // A region has its segments once; one that follows may repeat them, and divide them in another way.
     std::map<std::uint32_t, const Segment*> before;
-    std::int64_t covered = segments.front().start;
-    bool isEndless = false;
-    if (covered > 0) {
-        reportAt(segments.front().position, checks::lateStart, std::to_string(covered));
+    const Segment* farthest = &segments.front();
+    if (farthest->start > 0) {
+        reportAt(farthest->position, checks::lateStart, std::to_string(farthest->start));
     }
     for (const Segment& segment : segments) {
         const Segment*& last = before[segment.region];
@@ -213,11 +313,17 @@ void BRYXIndexValidator::checkCoverage(const std::vector<Segment>& segments) con
         if (last == nullptr || last->isEndless < segment.isEndless || last->end < segment.end) {
             last = &segment;
         }
-        if (!isEndless && segment.start > covered) {
-            reportAt(segment.position, checks::gap, std::to_string(covered) + " to " + std::to_string(segment.start));
+        if (!farthest->isEndless && !isSparse && segment.start > farthest->end) {
+            reportAt(segment.position, checks::gap,
+                     std::to_string(farthest->end) + " to " + std::to_string(segment.start));
         }
-        covered = std::max(covered, segment.end);
-        isEndless = isEndless || segment.isEndless;
+        if (segment.hasEntries && farthest->hasEntries && segment.start >= farthest->end &&
+            segment.firstOffset < farthest->lastOffset) {
+            reportAt(segment.position, checks::streamOffsetOrder);
+        }
+        if (!farthest->isEndless && (segment.isEndless || segment.end > farthest->end)) {
+            farthest = &segment;
+        }
     }
 }
 
@@ -228,7 +334,7 @@ const BRYXIndexSummaries& BRYXIndexValidator::endFile() {
         }
         const BRYXIndexSummary& summary = summaries_[sids];
         checkRepetitions(table.segments);
-        checkCoverage(table.segments);
+        checkCoverage(table.segments, cross_.isSparse(sids.first));
         // Key frames come before what needs them, so that their offsets are 0 or less.
         if (table.leastKeyFrame.value < summary.start) {
             reportAt(table.leastKeyFrame.position, checks::keyFrameOutside, std::to_string(table.leastKeyFrame.value));

@@ -31,7 +31,12 @@ private:
         bool isEndless;
         std::uint64_t position;
         std::uint64_t digest; ///< of what it says
+        std::uint64_t sum;    ///< of digests of what its entries say of their edit units
         std::uint32_t region; ///< the index region that it stands in
+        bool hasEntries;
+        // Of these.
+        std::uint64_t firstOffset;
+        std::uint64_t lastOffset;
     };
     /// The least of some values, and where it stands.
     struct Least {
@@ -59,10 +64,12 @@ private:
 
     bool checkNumbers(const MXFIndexTableSegment& segment) const;
     void checkDeltas(const MXFIndexTableSegment& segment) const;
+    /// Whether an elementDelta leads out of its slice, or out of the edit unit.
+    static bool leadsOut(const MXFIndexTableSegment& segment);
     void checkEntries(const MXFIndexTableSegment& segment, Table& table) const;
     void add(const MXFIndexTableSegment& segment, Table& table, BRYXIndexSummary& summary);
     void checkRepetitions(std::vector<Segment>& segments) const;
-    void checkCoverage(const std::vector<Segment>& segments) const;
+    void checkCoverage(const std::vector<Segment>& segments, bool isSparse) const;
 
     MXFIndexHandler& next_;
     BRYXCrossValidator& cross_;

@@ -108,7 +108,7 @@ void BRYXMetadataValidator::checkModel(const Preface& preface) {
         const BRYXDescriptorChecker descriptors(*this, preface);
         for (std::size_t i = 0; i < storage->getPackageCount(); ++i) {
             if (const auto package = std::dynamic_pointer_cast<const SourcePackage>(storage->getPackageAt(i))) {
-                descriptors.check(*package);
+                descriptors.check(*package, packages.isLinked(*package));
             }
         }
     }

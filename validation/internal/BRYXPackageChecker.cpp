@@ -19,10 +19,13 @@ namespace checks = BRYXMetadataChecks;
 
 namespace {
 
-/// The beginning of a UMID: the label, and the length of a basic one (ST 330).
+/// Whether @p umid begins as a basic UMID does, of whatever kind of material and however its numbers were made (ST 330).
 bool isUMID(const UMID& umid) {
-    constexpr std::uint8_t label[] = {0x06, 0x0A, 0x2B, 0x34, 0x01, 0x01};
-    return std::equal(std::begin(label), std::end(label), umid.octets.begin()) && umid.octets[12] == 0x13;
+    constexpr std::uint8_t label[] = {0x06, 0x0A, 0x2B, 0x34, 0x01, 0x01, 0x01};
+    constexpr std::uint8_t greatestMaterialType = 0x0F;
+    return std::equal(std::begin(label), std::end(label), umid.octets.begin()) && umid.octets[8] == 1 &&
+           umid.octets[9] == 1 && umid.octets[10] != 0 && umid.octets[10] <= greatestMaterialType &&
+           umid.octets[12] == 0x13;
 }
 
 template <class Class>
@@ -34,16 +37,6 @@ const Class* as(const MetadataRoot* set) {
 std::int64_t sumOf(std::int64_t a, std::int64_t b) {
     constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
     return a > greatest - b ? greatest : a + b;
-}
-
-std::shared_ptr<const Track> findTrack(const GenericPackage& package, std::uint32_t trackID) {
-    for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
-        auto track = package.getTrackAt(i);
-        if (track->getTrackID() == trackID) {
-            return track;
-        }
-    }
-    return nullptr;
 }
 
 std::int64_t durationOf(const Track& track) {
@@ -83,13 +76,26 @@ bool isFilePackage(const GenericPackage& package) {
 BRYXPackageChecker::BRYXPackageChecker(const BRYXValidator& validator, const ContentStorage& storage, bool isComplete)
     : BRYXModelChecker(validator), storage_(storage), isComplete_(isComplete) {
     for (std::size_t i = 0; i < storage.getPackageCount(); ++i) {
-        packages_.emplace(storage.getPackageAt(i)->getPackageUID(), storage.getPackageAt(i));
+        const Package package = storage.getPackageAt(i);
+        packages_.emplace(package->getPackageUID(), package);
+        for (std::size_t t = 0; t < package->getTrackCount(); ++t) {
+            const auto track = package->getTrackAt(t);
+            tracks_.emplace(std::pair(package.get(), track->getTrackID()), track);
+        }
+    }
+    for (std::size_t i = 0; i < storage.getEssenceContainerDataCount(); ++i) {
+        linked_.insert(storage.getEssenceContainerDataAt(i)->getLinkedPackageUID());
     }
 }
 
 BRYXPackageChecker::Package BRYXPackageChecker::find(const UMID& packageUID) const {
     const auto package = packages_.find(packageUID);
     return package == packages_.end() ? nullptr : package->second;
+}
+
+std::shared_ptr<const Track> BRYXPackageChecker::findTrack(const GenericPackage& package, std::uint32_t trackID) const {
+    const auto track = tracks_.find({&package, trackID});
+    return track == tracks_.end() ? nullptr : track->second;
 }
 
 template <class Visit>
@@ -133,7 +139,8 @@ void BRYXPackageChecker::checkPackage(const GenericPackage& package) const {
     if (!isUMID(package.getPackageUID())) {
         report(package, checks::invalidPackageUID, toString(package.getPackageUID()));
     }
-    if (package.getTrackCount() == 0) {
+    if (package.getTrackCount() == 0 &&
+        package.getUnresolvedReferences(MXFPropertyLabel(0x4403).label()).empty()) { // tracks
         report(package, checks::packageWithoutTracks);
     }
     std::set<std::uint32_t> ids;
@@ -148,13 +155,16 @@ void BRYXPackageChecker::checkPackage(const GenericPackage& package) const {
         } else if (!ids.insert(track->getTrackID()).second) {
             report(*track, checks::duplicateTrackID, std::to_string(track->getTrackID()));
         }
-        if (isFilePackage(package) && isEssenceTrack(*track) && !numbers.insert(track->getTrackNumber()).second) {
+        if (isLinked(package) && isEssenceTrack(*track) && !numbers.insert(track->getTrackNumber()).second) {
             report(*track, checks::duplicateTrackNumber, std::to_string(track->getTrackNumber()));
         }
         checkTrack(*track);
         forEachComponent(*track, [&](const Component& component) { checkComponent(package, *track, component); });
     }
-    checkDurations(package);
+    // Tracks of packages whose essence is elsewhere may be as they like.
+    if (isLinked(package) || as<MaterialPackage>(&package) != nullptr) {
+        checkDurations(package);
+    }
 }
 
 void BRYXPackageChecker::checkTrack(const Track& track) const {
@@ -188,7 +198,7 @@ void BRYXPackageChecker::checkTimelineTrack(const TimelineTrack& track) const {
 
 void BRYXPackageChecker::checkSequence(const Sequence& sequence, bool isTimeline) const {
     std::int64_t sum = 0;
-    bool isKnown = sequence.getUnresolvedReferences(MXFPropertyLabel(0x1001).label()).empty();
+    bool isKnown = sequence.getUnresolvedReferences(MXFPropertyLabel(0x1001).label()).empty(); // components
     for (std::size_t i = 0; i < sequence.getComponentCount(); ++i) {
         const auto component = sequence.getComponentAt(i);
         if (isWhole(*component) && component->getDataDefinition() != sequence.getDataDefinition()) {
@@ -207,12 +217,18 @@ void BRYXPackageChecker::checkSequence(const Sequence& sequence, bool isTimeline
 }
 
 void BRYXPackageChecker::checkDurations(const GenericPackage& package) const {
-    const TimelineTrack* longest = nullptr;
-    const auto seconds = [](const TimelineTrack& track) {
-        return static_cast<double>(durationOf(track)) * track.getEditRate().denominator / track.getEditRate().numerator;
-    };
+    const TimelineTrack* first = nullptr;
     const auto unit = [](const TimelineTrack& track) {
         return static_cast<double>(track.getEditRate().denominator) / track.getEditRate().numerator;
+    };
+    const auto seconds = [&](const TimelineTrack& track) {
+        return static_cast<double>(durationOf(track)) * unit(track);
+    };
+    // At rates that do not fit one another, tracks cannot end together.
+    const auto isEqual = [&](const TimelineTrack& a, const TimelineTrack& b) {
+        return isSameRate(a.getEditRate(), b.getEditRate())
+                   ? durationOf(a) == durationOf(b)
+                   : std::abs(seconds(a) - seconds(b)) < std::max(unit(a), unit(b));
     };
     for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
         const auto track = package.getTrackAt(i);
@@ -222,10 +238,11 @@ void BRYXPackageChecker::checkDurations(const GenericPackage& package) const {
             durationOf(*timeline) < 0 || !isRate(timeline->getEditRate())) {
             continue;
         }
-        if (longest == nullptr) {
-            longest = timeline;
-        } else if (std::abs(seconds(*timeline) - seconds(*longest)) > std::max(unit(*timeline), unit(*longest))) {
-            report(*timeline, checks::unequalTracks, std::to_string(durationOf(*timeline)));
+        if (first == nullptr) {
+            first = timeline;
+        } else if (!isEqual(*timeline, *first)) {
+            report(*timeline, checks::unequalTracks,
+                   std::to_string(durationOf(*timeline)) + " and " + std::to_string(durationOf(*first)));
         }
     }
 }
@@ -278,10 +295,11 @@ void BRYXPackageChecker::checkSourceClip(const GenericPackage& package, const Tr
     const auto* const to = as<TimelineTrack>(&track);
     const std::int64_t available = ::durationOf(*segment);
     const std::int64_t needed = ::durationOf(clip);
-    // Positions count from the origin of the source track.
+    // Positions count from the origin of the source track. Whether what is before that counts in its duration is read
+    // in two ways, so that a clip may reach to its end in both.
     if (from != nullptr && to != nullptr && isSameRate(from->getEditRate(), to->getEditRate()) && available >= 0 &&
-        needed >= 0 && from->getOrigin() >= 0 &&
-        sumOf(sumOf(clip.getStartPosition(), needed), from->getOrigin()) > available) {
+        (clip.getStartPosition() < -std::max<std::int64_t>(from->getOrigin(), 0) ||
+         (needed >= 0 && sumOf(clip.getStartPosition(), needed) > available))) {
         report(clip, checks::sourceClipBeyondSource,
                std::to_string(clip.getStartPosition()) + " and " + std::to_string(needed) + " of " +
                    std::to_string(available));
@@ -289,10 +307,8 @@ void BRYXPackageChecker::checkSourceClip(const GenericPackage& package, const Tr
 }
 
 void BRYXPackageChecker::checkTimecode(const Rational& editRate, const TimecodeComponent& timecode) const {
-    // Where a track counts samples of sound, its timecode counts frames that the track does not know.
-    constexpr std::int64_t mostFrames = 240;
-    if (editRate.numerator / editRate.denominator > mostFrames) {
-        return;
+    if (!isFrameRate(editRate)) {
+        return; // where a track counts samples of sound, its timecode counts frames that the track does not know
     }
     const std::int64_t base = timecode.getRoundedTimecodeBase();
     const std::int64_t nearest =
@@ -388,29 +404,36 @@ void BRYXPackageChecker::checkContainers() const {
 
 std::vector<BRYXMetadataSummary::Container> BRYXPackageChecker::containers() const {
     std::vector<BRYXMetadataSummary::Container> containers;
+    std::set<UMID> summedUp;
     for (std::size_t i = 0; i < storage_.getEssenceContainerDataCount(); ++i) {
         const auto data = storage_.getEssenceContainerDataAt(i);
         BRYXMetadataSummary::Container& container = containers.emplace_back();
         container.bodySID = data->getBodySID();
         container.indexSID = data->hasIndexSID() ? data->getIndexSID() : 0;
+        container.isSparse = data->hasSparse() && data->getSparse();
         container.position = positionOf(*data);
         const Package package = find(data->getLinkedPackageUID());
         const auto* const source = as<SourcePackage>(package.get());
-        container.hasPackage = source != nullptr;
-        if (source == nullptr) {
-            continue;
-        }
-        if (const auto* const descriptor = as<FileDescriptor>(source->getDescriptor().get())) {
-            container.sampleRate = descriptor->getSampleRate();
-        }
-        for (std::size_t t = 0; t < source->getTrackCount(); ++t) {
-            const auto track = source->getTrackAt(t);
-            const auto* const timeline = as<TimelineTrack>(track.get());
-            if (timeline != nullptr && isEssenceTrack(*track)) {
-                container.tracks.push_back(
-                    {track->getTrackNumber(), timeline->getEditRate(), durationOf(*track), positionOf(*track)});
-            }
+        // A package belongs to one container; further ones have been reported.
+        if (source != nullptr && summedUp.insert(source->getPackageUID()).second) {
+            addPackage(*source, container);
         }
     }
     return containers;
+}
+
+void BRYXPackageChecker::addPackage(const SourcePackage& package, BRYXMetadataSummary::Container& container) {
+    container.hasPackage = true;
+    if (const auto* const descriptor = as<FileDescriptor>(package.getDescriptor().get())) {
+        container.sampleRate = descriptor->getSampleRate();
+        container.label = descriptor->getEssenceContainer();
+    }
+    for (std::size_t i = 0; i < package.getTrackCount(); ++i) {
+        const auto track = package.getTrackAt(i);
+        const auto* const timeline = as<TimelineTrack>(track.get());
+        if (timeline != nullptr && isEssenceTrack(*track)) {
+            container.tracks.push_back(
+                {track->getTrackNumber(), timeline->getEditRate(), durationOf(*track), positionOf(*track)});
+        }
+    }
 }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "mxf/metadata/structural/Preface.h"
@@ -12,13 +14,14 @@
 
 class Sequence;
 class SourceClip;
+class SourcePackage;
 class TimecodeComponent;
 class TimelineTrack;
 
 /// Whether a data definition is that of timecode or descriptive metadata, and not of essence (ST 377-1).
 bool isMetadataDefinition(const KLVKey& dataDefinition);
 
-/// What is on the tracks of a package, which all segments of one tell.
+/// Of what is on a track, in edit units of that; negative if it is not known.
 std::int64_t durationOf(const Component& component);
 
 /// Whether @p package describes an essence container: it has a file descriptor, or one of a class that is not known.
@@ -35,6 +38,9 @@ public:
     /// The essence container data and the tracks of their packages.
     std::vector<BRYXMetadataSummary::Container> containers() const;
 
+    /// Whether the essence of @p package is in the file.
+    bool isLinked(const GenericPackage& package) const { return linked_.count(package.getPackageUID()) != 0; }
+
 private:
     using Package = std::shared_ptr<const GenericPackage>;
 
@@ -48,7 +54,9 @@ private:
     void checkTimecode(const Rational& editRate, const TimecodeComponent& timecode) const;
     void checkCycles() const;
     void checkContainers() const;
+    static void addPackage(const SourcePackage& package, BRYXMetadataSummary::Container& container);
     Package find(const UMID& packageUID) const;
+    std::shared_ptr<const Track> findTrack(const GenericPackage& package, std::uint32_t trackID) const;
     /// Calls @p visit with each component of @p track that is no Sequence.
     template <class Visit>
     static void forEachComponent(const Track& track, Visit visit);
@@ -56,4 +64,6 @@ private:
     const ContentStorage& storage_;
     bool isComplete_;
     std::map<UMID, Package> packages_;
+    std::set<UMID> linked_; ///< named by essence container data
+    std::map<std::pair<const GenericPackage*, std::uint32_t>, std::shared_ptr<const Track>> tracks_; ///< by track ID
 };

@@ -14,3 +14,9 @@ inline bool isSameRate(const Rational& a, const Rational& b) noexcept {
     return isRate(a) && isRate(b) &&
            std::int64_t{a.numerator} * b.denominator == std::int64_t{b.numerator} * a.denominator;
 }
+
+/// Whether @p rate is one of pictures, or of other things that go with them, and not of samples of sound.
+inline bool isFrameRate(const Rational& rate) noexcept {
+    constexpr std::int64_t mostFrames = 240;
+    return isRate(rate) && rate.numerator <= mostFrames * rate.denominator;
+}

@@ -16,8 +16,14 @@ bool isOperationalPattern(const KLVKey& label) {
            std::equal(label.octets.begin() + 8, label.octets.begin() + 12, patternPrefix.octets.begin() + 8);
 }
 
+// Generic streams are neither: what they are in may still be written.
+
 bool isClosed(MXFPartitionStatus status) {
-    return status != MXFPartitionStatus::OpenIncomplete && status != MXFPartitionStatus::OpenComplete;
+    return status == MXFPartitionStatus::ClosedIncomplete || status == MXFPartitionStatus::ClosedComplete;
+}
+
+bool isOpen(MXFPartitionStatus status) {
+    return status == MXFPartitionStatus::OpenIncomplete || status == MXFPartitionStatus::OpenComplete;
 }
 
 } // namespace
@@ -38,14 +44,14 @@ void BRYXStructureValidator::startStructure() {
 }
 
 void BRYXStructureValidator::checkStatus(const KLVKey& key, const MXFPartitionPack& pack) {
-    const bool closed = isClosed(mxfutil::partitionStatus(key));
-    if (mxfutil::partitionKind(key) == MXFPartitionKind::Footer && !closed) {
+    const bool open = isOpen(mxfutil::partitionStatus(key));
+    if (mxfutil::partitionKind(key) == MXFPartitionKind::Footer && open) {
         report(checks::openFooter);
-    } else if (first_ && first_->isClosed && !closed) {
+    } else if (first_ && first_->isClosed && open) {
         report(checks::openAfterClosed);
     }
     if (pack.headerByteCount != 0) {
-        openMetadata_ = boost::make_optional(!closed, position_);
+        openMetadata_ = boost::make_optional(open, position_);
     } else if (!first_) {
         report(checks::missingHeaderMetadata);
     }
@@ -98,11 +104,17 @@ void BRYXStructureValidator::checkSIDs(const KLVKey& key, const MXFPartitionPack
     }
     if (pack.indexSID != 0 && (pack.indexSID == pack.bodySID || cross_.findBody(pack.indexSID) != nullptr)) {
         report(checks::sharedSID, std::to_string(pack.indexSID));
+    } else if (pack.bodySID != 0 && cross_.findIndex(pack.bodySID) != nullptr) {
+        report(checks::sharedSID, std::to_string(pack.bodySID));
     }
 }
 
 void BRYXStructureValidator::startPartition(const KLVKey& key, const MXFPartitionPack& pack,
                                             std::uint64_t headerStart) {
+    const std::uint64_t length = position() - position_;
+    if (first_ && kagSize_ > 1 && length % kagSize_ != 0) {
+        reportAt(position_, checks::packOffKAG, std::to_string(length));
+    }
     position_ = position();
     kagSize_ = pack.kagSize;
     checkStatus(key, pack);
@@ -120,10 +132,6 @@ void BRYXStructureValidator::startPartition(const KLVKey& key, const MXFPartitio
 }
 
 void BRYXStructureValidator::endPartition(const KLVKey& key) {
-    if (kagSize_ > 1 && mxfutil::partitionKind(key) != MXFPartitionKind::Footer &&
-        (position() - position_) % kagSize_ != 0) {
-        reportAt(position_, checks::packOffKAG, std::to_string(position() - position_));
-    }
     cross_.endPartition(key);
     next_.endPartition(key);
 }

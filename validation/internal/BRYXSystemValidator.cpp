@@ -29,7 +29,9 @@ std::size_t indexOf(MXFGCEssenceKind kind) {
 
 BRYXSystemValidator::BRYXSystemValidator(MXFSDTICPSystemHandler& next, MXFGCStructureHandler& nextStructure,
                                          BRYXCrossValidator& cross, BRYXValidationMode::Enum mode)
-    : MXFGCStructureFilter(nextStructure), BRYXValidator(mode), next_(next), cross_(cross) {}
+    : MXFGCStructureFilter(nextStructure), BRYXValidator(mode), next_(next), cross_(cross) {
+    cross_.expectElements();
+}
 
 BRYXSystemValidator::~BRYXSystemValidator() = default;
 
@@ -125,7 +127,7 @@ bool BRYXSystemValidator::follows(const Timecode& timecode, const Timecode& next
         const auto packageRate = mxfutil::packageRate(rate);
         const int nominal =
             packageRate ? (packageRate->numerator + packageRate->denominator - 1) / packageRate->denominator : 0;
-        if (nominal == 0 || nominal > 255 || (timecode.dropFrame && nominal % 30 != 0)) {
+        if (nominal == 0 || nominal > 60 || (timecode.dropFrame && nominal % 30 != 0)) {
             return true; // no counting to hold it against
         }
         calculator_ = createTimecodeCalculator(static_cast<std::uint8_t>(nominal), timecode.dropFrame, std::uint8_t{1});
