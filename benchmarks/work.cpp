@@ -42,6 +42,19 @@ void require(bool condition, const char* what) {
     }
 }
 
+/// Prints the most memory that this program has had, in KiB.
+void sawMemory() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    std::uint64_t most = 0;
+    while (status >> word) {
+        if (word == "VmHWM:") {
+            status >> most;
+        }
+    }
+    saw("memory", most);
+}
+
 class Descriptor {
 public:
     explicit Descriptor(const std::string& name) : number_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
@@ -310,6 +323,7 @@ int main(int argc, char** argv) {
     }
     try {
         works.at(argv[1])(argv[2]);
+        sawMemory();
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bryx_work: %s\n", error.what());

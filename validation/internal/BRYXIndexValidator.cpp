@@ -14,12 +14,12 @@ namespace checks = BRYXIndexChecks;
 
 namespace {
 
-constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t greatestPosition = std::numeric_limits<std::int64_t>::max();
 
 /// The edit unit after the last one. Requires sound numbers.
 std::int64_t endOf(const MXFIndexTableSegment& segment) {
-    return segment.indexStartPosition > greatest - segment.indexDuration
-               ? greatest
+    return segment.indexStartPosition > greatestPosition - segment.indexDuration
+               ? greatestPosition
                : segment.indexStartPosition + segment.indexDuration;
 }
 
@@ -126,7 +126,8 @@ bool BRYXIndexValidator::checkNumbers(const MXFIndexTableSegment& segment) const
     }
     // Offsets in entries lead no further than 128 edit units away, and must not leave the numbers that there are.
     const auto entries = static_cast<std::int64_t>(segment.indexEntryArray.size());
-    const bool isStart = segment.indexStartPosition >= 0 && segment.indexStartPosition < greatest - entries - 128;
+    const bool isStart =
+        segment.indexStartPosition >= 0 && segment.indexStartPosition < greatestPosition - entries - 128;
     if (!isStart) {
         report(checks::invalidIndexStartPosition, std::to_string(segment.indexStartPosition));
     }
