@@ -23,10 +23,10 @@ struct KLVKey {
 namespace klvutil::detail {
 
 /// The octets of a key that take part in comparisons, as two numbers that order as the octets do.
-inline std::uint64_t firstOctets(const KLVKey& key) noexcept {
+constexpr std::uint64_t firstOctets(const KLVKey& key) noexcept {
     return util::loadBigEndian<std::uint64_t>(&key.octets[0]) >> 8U;
 }
-inline std::uint64_t lastOctets(const KLVKey& key) noexcept {
+constexpr std::uint64_t lastOctets(const KLVKey& key) noexcept {
     return util::loadBigEndian<std::uint64_t>(&key.octets[8]);
 }
 

@@ -1,32 +1,52 @@
 #include "mxf/essence/MXFGCKeys.h"
 
-#include <cstddef>
+#include <cstdint>
 
 namespace mxfutil {
 
 namespace {
 
-/// Whether @p key has every octet of @p pattern that is not 0, octet 7 aside.
-bool matches(const KLVKey& key, const KLVKey& pattern) noexcept {
-    for (std::size_t i = 0; i < key.octets.size(); ++i) {
-        if (i != 7 && pattern[i] != 0 && key[i] != pattern[i]) {
-            return false;
-        }
-    }
-    return true;
-}
+/// The octets of keys that tell a family of elements, in a form that is compared with few instructions: it is done for each
+/// element, more than once.
+class KeyPattern {
+public:
+    /// @param pattern has 0 in octets that do not matter; octet 7 does not matter either
+    constexpr explicit KeyPattern(const KLVKey& pattern)
+        : first_(klvutil::detail::firstOctets(pattern)), last_(klvutil::detail::lastOctets(pattern)),
+          firstMask_(mask(first_)), lastMask_(mask(last_)) {}
 
-constexpr KLVKey systemElement = klvutil::key("060e2b34.02000100.0d010301.00000000");
-constexpr KLVKey essenceElement = klvutil::key("060e2b34.01020100.0d010301.00000000");
+    bool matches(const KLVKey& key) const noexcept {
+        return (klvutil::detail::lastOctets(key) & lastMask_) == last_ &&
+               (klvutil::detail::firstOctets(key) & firstMask_) == first_;
+    }
+
+private:
+    /// All bits of each octet of @p octets that is not 0.
+    static constexpr std::uint64_t mask(std::uint64_t octets) {
+        std::uint64_t result = 0;
+        for (std::uint64_t octet = 0xFF; octet != 0; octet <<= 8U) {
+            result |= (octets & octet) != 0 ? octet : 0;
+        }
+        return result;
+    }
+
+    std::uint64_t first_;
+    std::uint64_t last_;
+    std::uint64_t firstMask_;
+    std::uint64_t lastMask_;
+};
+
+constexpr KeyPattern systemElement(klvutil::key("060e2b34.02000100.0d010301.00000000"));
+constexpr KeyPattern essenceElement(klvutil::key("060e2b34.01020100.0d010301.00000000"));
 
 } // namespace
 
 bool isGCSystemElement(const KLVKey& key) noexcept {
-    return matches(key, systemElement) && (key[12] == 0x04 || key[12] == 0x14);
+    return systemElement.matches(key) && (key[12] == 0x04 || key[12] == 0x14);
 }
 
 bool isGCEssenceElement(const KLVKey& key) noexcept {
-    return matches(key, essenceElement);
+    return essenceElement.matches(key);
 }
 
 MXFGCEssenceKind gcEssenceKind(const KLVKey& key) noexcept {
