@@ -356,20 +356,28 @@ inline KLVKey prefixOf(const KLVKey& key) {
     return prefix;
 }
 
-/// The kind of the essence element (ST 379-1) with @p key; of a private one, data.
+/// What the essence element with @p key holds: one of the Generic Container, or of a private kind (octets 4 and 5 of its key
+/// say essence, octet 8 a registration of an organisation's own, ST 336), which is taken for data.
+inline MXFGCEssenceKind classifyEssence(const KLVKey& key) {
+    const bool isPrivate = key[4] == 1 && key[5] == 2 && key[8] == 0x0E;
+    return isPrivate ? MXFGCEssenceKind::Data : mxfutil::gcEssenceKind(key);
+}
+
+/// The same as a word; null if the key is that of something else.
 inline const char* essenceKind(const KLVKey& key) {
-    switch (mxfutil::gcEssenceKind(key)) {
+    switch (classifyEssence(key)) {
     case MXFGCEssenceKind::Picture:
         return "picture";
     case MXFGCEssenceKind::Sound:
         return "sound";
+    case MXFGCEssenceKind::Data:
+        return "data";
     case MXFGCEssenceKind::Compound:
         return "compound";
-    case MXFGCEssenceKind::Data:
     case MXFGCEssenceKind::None:
         break;
     }
-    return "data";
+    return nullptr;
 }
 
 struct ElementCount {
@@ -412,14 +420,10 @@ private:
     std::uint64_t omitted_ = 0;
 };
 
-/// Decides what is essence: elements of the Generic Container, and those of private kinds (octets 4 and 5 of their keys say
-/// essence, octet 8 a registration of an organisation's own, ST 336).
+/// Has the reader take for essence what inspect does.
 class EssenceClassifier final : public BRYXGCEssenceKeyClassifier {
 public:
-    MXFGCEssenceKind classify(const KLVKey& key) const override {
-        const bool isPrivate = key[4] == 1 && key[5] == 2 && key[8] == 0x0E;
-        return isPrivate ? MXFGCEssenceKind::Data : mxfutil::gcEssenceKind(key);
-    }
+    MXFGCEssenceKind classify(const KLVKey& key) const override { return classifyEssence(key); }
 };
 
 /// Counts what the bodies of the partitions hold, and keeps the timecodes that the system items of the first and of the

@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
+#include "Inspection.h"
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "klv/Locator.h"
 #include "mxf/engines/MXFPartialReader.h"
-#include "mxf/essence/MXFGCKeys.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFPartitionPack.h"
 #include "mxf/structure/MXFRandomIndex.h"
@@ -304,7 +304,7 @@ private:
         if (part.isPartition() && mxfutil::partitionStatus(part.key) == MXFPartitionStatus::GenericStream) {
             return Region::GenericStream;
         }
-        switch (mxfutil::gcEssenceKind(key)) {
+        switch (classifyEssence(key)) {
         case MXFGCEssenceKind::Picture:
             return Region::Picture;
         case MXFGCEssenceKind::Sound:
