@@ -14,11 +14,15 @@ namespace {
 
 constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
 
+/// The edit unit that comes @p further behind @p editUnit, which is not negative; the last one there is if that would be
+/// beyond.
+std::int64_t after(std::int64_t editUnit, std::int64_t further) {
+    return further > greatest - editUnit ? greatest : editUnit + further;
+}
+
 /// The edit unit after the last one. Requires sound numbers.
 std::int64_t endOf(const MXFIndexTableSegment& segment) {
-    return segment.indexStartPosition > greatest - segment.indexDuration
-               ? greatest
-               : segment.indexStartPosition + segment.indexDuration;
+    return after(segment.indexStartPosition, segment.indexDuration);
 }
 
 bool isEndless(const MXFIndexTableSegment& segment) {
@@ -111,11 +115,12 @@ void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table
         sliceOrder =
             sliceOrder && (isLast || !streamOrder || entries[i + 1].streamOffset - entry.streamOffset >= before);
 
-        const auto editUnit = segment.indexStartPosition + static_cast<std::int64_t>(i);
-        table.leastKeyFrame.include(editUnit + entry.keyFrameOffset, here);
+        const std::int64_t editUnit = after(segment.indexStartPosition, static_cast<std::int64_t>(i));
+        const std::int64_t shown = after(editUnit, entry.temporalOffset);
+        table.leastKeyFrame.include(after(editUnit, entry.keyFrameOffset), here);
         table.greatestKeyFrame.include(-entry.keyFrameOffset, here);
-        table.leastTemporal.include(editUnit + entry.temporalOffset, here);
-        table.greatestTemporal.include(-(editUnit + entry.temporalOffset), here);
+        table.leastTemporal.include(shown, here);
+        table.greatestTemporal.include(-shown, here);
         const auto back = static_cast<std::size_t>(-std::min<int>(entry.keyFrameOffset, 0));
         keyFrames = keyFrames && (back > i || entries[i - back].keyFrameOffset == 0);
     }
