@@ -20,6 +20,8 @@ namespace {
 
 /// The longest element that is held in memory.
 constexpr std::uint64_t longestHeld = 0xFFFFFF;
+/// The octets for which there is memory before the first of them has come.
+constexpr std::uint64_t firstHeld = std::uint64_t{1} << 20U;
 
 /// The most items of a system element.
 constexpr std::size_t maxItems = 65536;
@@ -367,10 +369,12 @@ bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, 
         buffer = callersBuffer_;
         return true;
     case Delivery::OwnBuffer:
-        require(offset == 0, "valid chunk offset");
+        require(offset == filled_, "valid chunk offset");
         if (length <= longestHeld) {
-            own_.resize(length);
-            buffer = own_.data();
+            // Memory follows the octets that are there, not those that the length claims.
+            own_.resize(std::min(length, std::max<std::uint64_t>(own_.capacity(), offset + firstHeld)));
+            buffer = own_.data() + offset;
+            size = own_.size() - offset;
             return true;
         }
         klvutil::report(errorHandler_, findings::unsupportedGCEssenceLength, lengthText(key_, length));

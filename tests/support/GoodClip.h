@@ -58,11 +58,11 @@ public:
     explicit GoodClip(ClipOptions options = {}) : options_(std::move(options)) {
         if (options_.canSeek) {
             const auto stream = std::make_shared<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
-            write(stream);
+            write(*createBRYXWriter(stream));
             octets = stream->str();
         } else {
             const auto pipe = std::make_shared<OutputPipe>();
-            write(pipe);
+            write(*createBRYXWriter(pipe));
             octets = pipe->octets();
         }
         walk();
@@ -136,6 +136,40 @@ public:
     }
     /// The same, in the last header metadata region alone.
     void inLastRegion() { altered.erase(altered.begin(), altered.end() - 1); }
+
+    /// Writes such a clip again.
+    void write(BRYXWriter& writer) const {
+        const auto preface = model();
+        BRYXWriterConfiguration configuration;
+        configuration.kagSize = 16;
+        configuration.partitionDuration = options_.partitionDuration;
+        configuration.indexPlacement = options_.placement;
+        writer.setConfiguration(configuration);
+        writer.start(toBRYXHeaderMetadata(preface));
+        if (options_.hasGenericStream) {
+            KLVHandler& generic = writer.startGenericStream(7);
+            generic.berLengthForm(0x83);
+            generic.startIndividualItem(keys::item, 3);
+            generic.value(reinterpret_cast<const std::uint8_t*>("abc"), 3);
+            generic.endIndividualItem(keys::item);
+            writer.endGenericStream();
+        }
+        if (options_.hasEmptyContainer) {
+            writer.startEssence({3, 0, {25, 1}, false, {}, {}});
+            writer.endEssence();
+        }
+        const auto describe = [](std::int64_t editUnit, MXFIndexEntry& entry) {
+            entry.keyFrameOffset = static_cast<std::int8_t>(-(editUnit % 5));
+        };
+        if (options_.hasEssence) {
+            writer.startEssence({1, 2, {25, 1}, options_.isConstant, describe, {}});
+            for (int frame = 0; frame < options_.frames; ++frame) {
+                writePackage(writer, frame);
+            }
+            writer.endEssence();
+        }
+        writer.finish(toBRYXHeaderMetadata(preface));
+    }
 
     std::vector<Triplet> packs() const {
         std::vector<Triplet> found;
@@ -396,40 +430,6 @@ private:
     }
 
     // ---- Essence ----
-
-    void write(const std::shared_ptr<std::ostream>& stream) const {
-        const auto preface = model();
-        const auto writer = createBRYXWriter(stream);
-        BRYXWriterConfiguration configuration;
-        configuration.kagSize = 16;
-        configuration.partitionDuration = options_.partitionDuration;
-        configuration.indexPlacement = options_.placement;
-        writer->setConfiguration(configuration);
-        writer->start(toBRYXHeaderMetadata(preface));
-        if (options_.hasGenericStream) {
-            KLVHandler& generic = writer->startGenericStream(7);
-            generic.berLengthForm(0x83);
-            generic.startIndividualItem(keys::item, 3);
-            generic.value(reinterpret_cast<const std::uint8_t*>("abc"), 3);
-            generic.endIndividualItem(keys::item);
-            writer->endGenericStream();
-        }
-        if (options_.hasEmptyContainer) {
-            writer->startEssence({3, 0, {25, 1}, false, {}, {}});
-            writer->endEssence();
-        }
-        const auto describe = [](std::int64_t editUnit, MXFIndexEntry& entry) {
-            entry.keyFrameOffset = static_cast<std::int8_t>(-(editUnit % 5));
-        };
-        if (options_.hasEssence) {
-            writer->startEssence({1, 2, {25, 1}, options_.isConstant, describe, {}});
-            for (int frame = 0; frame < options_.frames; ++frame) {
-                writePackage(*writer, frame);
-            }
-            writer->endEssence();
-        }
-        writer->finish(toBRYXHeaderMetadata(preface));
-    }
 
     void writePackage(BRYXWriter& writer, int frame) const {
         MXFGCStructureHandler& structure = writer.structureReceiver();
