@@ -459,41 +459,6 @@ TEST(Damage, FilesCutAtEveryOctet) {
     }
 }
 
-/// Each octet of the partition packs and of the random index pack changed in turn: a finding or an exception, save in
-/// the octets that nothing else in the frame of the file contradicts; and the same from a pipe.
-TEST(Damage, PacksWithEachOctetFlipped) {
-    const FileBuilder built = FileBuilder::whole();
-    const auto contradicted = [](std::size_t octet, bool footer) { // an offset in a partition pack
-        const bool kagSize = octet >= 24 && octet < 28;
-        const bool indexSID = footer && octet >= 68 && octet < 72; // another number, but still one
-        const bool bodyOffset = octet >= 72 && octet < 80;         // in a partition that has a body
-        const bool labels = (octet >= 84 && octet < 100) || octet == 103 || octet >= 108; // 103: how many
-        return octet != 7 && !kagSize && !indexSID && !bodyOffset && !labels;
-    };
-    const auto check = [&](std::size_t offset, bool mustBeFound) {
-        for (const int flip : {0x01, 0x80, 0xFF}) {
-            std::string damaged = built.file;
-            damaged[offset] = static_cast<char>(damaged[offset] ^ flip);
-            std::istringstream stream(damaged);
-            const Reading reading(stream);
-            PipeStream pipe(damaged, 512);
-            const Reading piped(pipe);
-            EXPECT_TRUE(reading.reported || !mustBeFound) << offset << ' ' << flip;
-            EXPECT_EQ(piped.reported, reading.reported) << offset << ' ' << flip;
-            EXPECT_EQ(piped.values, reading.values) << offset << ' ' << flip;
-        }
-    };
-    for (const MXFRandomIndexEntry& entry : built.randomIndex) {
-        for (std::size_t octet = 0; octet < 124; ++octet) {
-            check(entry.byteOffset + octet, contradicted(octet, entry == built.randomIndex.back()));
-        }
-    }
-    // With another key the random index pack is a pack of some other kind, and a file may do without a random index.
-    for (std::size_t octet = 0; octet < 60; ++octet) {
-        check(built.file.size() - 60 + octet, octet >= 16);
-    }
-}
-
 /// A std::ifstream lets itself be sought beyond its end.
 TEST(Damage, SkipsBeyondTheEndOfARealFile) {
     const std::string path = testing::TempDir() + "bryx_cut.mxf";
