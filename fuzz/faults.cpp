@@ -351,13 +351,7 @@ int main() {
             expect(false, "an exception of an unknown kind");
         }
     });
-    ClipOptions options;
-    options.frames = 2;
-    options.pictureSize = 20;
-    options.partitionDuration = 1;
-    options.hasSound = false;
-    options.hasGenericStream = true;
-    const GoodClip clip(options);
+    const GoodClip clip(smallClip());
     failWhileReading(clip.octets);
     failWhileWriting(clip);
     failToAllocate(clip);

@@ -326,23 +326,11 @@ void rearrange(const std::string& file, const Row& row) {
     }
 }
 
-ClipOptions smallClip() {
-    ClipOptions options;
-    options.frames = 2;
-    options.pictureSize = 20;
-    options.partitionDuration = 1;
-    options.hasSound = false;
-    options.hasGenericStream = true;
-    return options;
-}
-
 ClipOptions constantClip() {
-    ClipOptions options;
-    options.frames = 2;
-    options.pictureSize = 20;
+    ClipOptions options = smallClip();
+    options.hasGenericStream = false;
     options.partitionDuration = 0;
     options.isConstant = true;
-    options.hasSound = false;
     options.hasSystemItems = false;
     options.hasSequences = false;
     options.placement = BRYXWriterConfiguration::IndexPlacement::Footer;

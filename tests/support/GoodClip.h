@@ -35,6 +35,17 @@ struct ClipOptions {
     std::function<void(Preface&)> change; ///< of the model before it is written
 };
 
+/// The smallest clip with two body partitions, system items and a generic stream, for attacks on each of its octets.
+inline ClipOptions smallClip() {
+    ClipOptions options;
+    options.frames = 2;
+    options.pictureSize = 20;
+    options.partitionDuration = 1;
+    options.hasSound = false;
+    options.hasGenericStream = true;
+    return options;
+}
+
 /// A clip as good as can be: the strictest checks have nothing to say of it. Values in it can be altered.
 class GoodClip {
 public:

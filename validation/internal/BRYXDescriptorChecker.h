@@ -10,7 +10,6 @@
 
 class CDCIPictureDescriptor;
 class FileDescriptor;
-class GenericDescriptor;
 class PictureDescriptor;
 class SoundDescriptor;
 class SourcePackage;
