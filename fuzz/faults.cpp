@@ -1,10 +1,13 @@
 /// Reads, parses, codes and writes small files while the ground gives way: operations of the stream fail, throw, do
 /// half of what they should or lie about the end, and allocations fail; at one place after the other. Each time an
 /// exception tells so, nothing leaks, and what promises to be usable afterwards is.
+///
+/// usage: faults [all]     all: each place where something can fail; else, where they are many, every so many
 
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
+#include <string_view>
 
 #include "Allocations.h"
 #include "Listener.h"
@@ -18,6 +21,9 @@ namespace {
 
 /// What is being tried.
 std::string name;
+
+/// Whether each place is tried.
+bool triesAll = false;
 
 void expect(bool condition, const char* what) {
     if (!condition) {
@@ -241,17 +247,23 @@ bool writes(const GoodClip& clip, BRYXWriter& writer) {
 void failWhileWriting(const GoodClip& clip) {
     const auto factory = std::make_shared<BRYXMetadataFactory>();
     for (const bool verifies : {false, true}) {
-        failOperations(verifies ? "writing and verifying" : "writing", verifies ? 31 : 7, [&](auto prepare) {
-            const auto stream = std::make_shared<FaultyStream>("");
-            prepare(*stream);
-            const bool isWritten =
-                writes(clip, verifies ? *createVerifyingBRYXWriter(stream) : *createBRYXWriter(stream));
-            expect(isWritten || verifies || stream->writesAfterFailure() == 0, "something is written after a failure");
-            if (isWritten) {
-                expect(readsToEnd(*Reading(stream->octets(), factory).reader), "what was written cannot be read");
-            }
-            return stream->hasFailed();
-        });
+        failOperations(verifies ? "writing and verifying" : "writing",
+                       triesAll   ? 1
+                       : verifies ? 31
+                                  : 7,
+                       [&](auto prepare) {
+                           const auto stream = std::make_shared<FaultyStream>("");
+                           prepare(*stream);
+                           const bool isWritten =
+                               writes(clip, verifies ? *createVerifyingBRYXWriter(stream) : *createBRYXWriter(stream));
+                           expect(isWritten || verifies || stream->writesAfterFailure() == 0,
+                                  "something is written after a failure");
+                           if (isWritten) {
+                               expect(readsToEnd(*Reading(stream->octets(), factory).reader),
+                                      "what was written cannot be read");
+                           }
+                           return stream->hasFailed();
+                       });
     }
 }
 
@@ -267,7 +279,7 @@ void failAllocations(const char* what, Make make, Run run, Check check) {
         count = allocations::count() - before;
         check(*work, true); // whatever stays for good once it was needed is there now
     }
-    const std::size_t step = 1 + count / 500;
+    const std::size_t step = triesAll ? 1 : 1 + count / 500;
     std::size_t attempts = 0;
     for (const bool lasts : {false, true}) {
         for (std::size_t nth = 0; nth < count; nth += step, ++attempts) {
@@ -341,7 +353,8 @@ void failToAllocate(const GoodClip& clip) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    triesAll = argc == 2 && std::string_view(argv[1]) == "all";
     std::set_terminate([] {
         try {
             throw;

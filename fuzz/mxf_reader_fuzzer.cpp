@@ -6,31 +6,13 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "Taker.h"
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFPartialReader.h"
 #include "mxf/engines/MXFReader.h"
-#include "support/Recorders.h"
 #include "support/Streams.h"
 
 namespace {
-
-/// Wants of each value what its length suggests: nothing, all of it in pieces, or a chunk in a buffer of its own.
-class Taker : public EventRecorder {
-public:
-    Taker(Log& log, std::string prefix) : EventRecorder(log, std::move(prefix)) {
-        chunk = [this](std::uint64_t length, std::uint64_t& offset, std::uint64_t& size, std::uint8_t*& buffer) {
-            if (length % 3 == 1 && size > 2) {
-                offset += 1;
-                size = std::min<std::uint64_t>(size - 2, sizeof own_);
-                buffer = own_;
-            }
-            return length % 3 != 2;
-        };
-    }
-
-private:
-    std::uint8_t own_[32] = {};
-};
 
 Log read(std::istream& stream, bool skipRunIn) {
     Log log;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -182,11 +183,18 @@ using PropertyList = std::vector<std::unique_ptr<const MXFProperty>>;
 template <class Set>
 struct SetLines {
     template <int number>
-    static void appendLine(PropertyList& list) {
-        if constexpr (!std::is_same_v<decltype(Set::property(Line<number>())), NoProperty>) {
-            append(list, Set::property(Line<number>()));
-        }
+    static constexpr bool declaresProperty =
+        !std::is_same_v<decltype(Set::property(Line<Set::firstLine + number>())), NoProperty>;
+
+    /// The lines that declare a property. They are found first, so that no code is made for the many that do not.
+    template <int... numbers>
+    static constexpr auto declaring(std::integer_sequence<int, numbers...> /*lines*/) {
+        std::array<int, (std::size_t{declaresProperty<numbers>} + ...)> found{};
+        std::size_t count = 0;
+        ((declaresProperty<numbers> ? void(found[count++] = Set::firstLine + numbers) : void()), ...);
+        return found;
     }
+    static constexpr auto lines = declaring(std::make_integer_sequence<int, maxSetLines>());
 
     template <class Member>
     static void append(PropertyList& list, const PropertyLine<Set, Member>& line) {
@@ -195,10 +203,10 @@ struct SetLines {
             Set::className, line.name, line.label, line.required, static_cast<Member MetadataRoot::*>(line.member)));
     }
 
-    template <int... numbers>
-    static PropertyList list(std::integer_sequence<int, numbers...> /*lines*/) {
+    template <std::size_t... indices>
+    static PropertyList list(std::index_sequence<indices...> /*of lines*/) {
         PropertyList result;
-        (appendLine<Set::firstLine + numbers>(result), ...);
+        (append(result, Set::property(Line<lines[indices]>())), ...);
         return result;
     }
 };
@@ -206,7 +214,7 @@ struct SetLines {
 /// The properties that a class adds to those of its base, in the order of their declaration.
 template <class Set>
 BRYX_API const PropertyList& ownProperties() {
-    static const PropertyList list = SetLines<Set>::list(std::make_integer_sequence<int, maxSetLines>());
+    static const PropertyList list = SetLines<Set>::list(std::make_index_sequence<SetLines<Set>::lines.size()>());
     return list;
 }
 
