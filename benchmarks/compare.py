@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Times pieces of work with MXF files: the library's programs, plain programs over the same octets, and ffmpeg.
 
-usage: compare.py BUILD [--scale N] [--rounds N] [--keep FOLDER]
+usage: compare.py BUILD [--scale N] [--rounds N] [--keep FOLDER] [--growth]
 
 BUILD is the folder of the release build. Prints one table: what the library takes as a multiple of the plain program, and
 of ffmpeg if that is there, each the fastest of some rounds in which the contenders take turns. All read from the page
-cache; written files are not synchronised. Before anything is timed, the contenders are shown to deliver the same octets.
+cache; written files are new, and not synchronised. Before anything is timed, the contenders are shown to deliver the same
+octets. With --growth, the table shows the library alone, with files of 1, 10 and 100 times the size.
 """
 
 import argparse
@@ -51,7 +52,7 @@ def make_files(folder, work, scale):
             run(*ffmpeg, *arguments, files[name])
     files["small sound elements"] = os.path.join(folder, "small.mxf")
     if not os.path.exists(files["small sound elements"]):
-        run(work, "make-sound", files["small sound elements"])
+        run(work, "write-small", files["small sound elements"], 1000000)
     for path in files.values():
         with open(path, "rb") as file:  # into the page cache
             while file.read(1 << 24):
@@ -93,11 +94,15 @@ def timed(command):
     return seconds, f"{int(memory[1]) / 1024:.1f}" if memory else "-"
 
 
-def compare(contenders, rounds):
-    """The fastest run of each contender; they take turns."""
+def compare(contenders, rounds, out):
+    """The fastest run of each contender; they take turns, and all that write make the file out anew."""
     best = {}
     for _ in range(rounds):
         for name, command in contenders.items():
+            if os.path.exists(out):
+                os.remove(out)
+            if out in command:
+                os.sync()  # what others have written would slow down the one who writes next
             once = timed(command)
             if once is not None:
                 best[name] = min(best.get(name, once), once)
@@ -106,21 +111,73 @@ def compare(contenders, rounds):
     return best
 
 
-def works(work, rewrap, name, path, out, has_ffmpeg):
+def reading_works(work, path):
+    """The library's part of the rows that read a file: a title, and the command."""
+    return [
+        ("read with essence", (work, "read", path)),
+        ("validate", (work, "validate", path)),
+        ("read without essence", (work, "skip", path)),
+        ("scan structure", (work, "scan", path)),
+        ("header metadata", (work, "metadata", path)),
+        ("index", (work, "index", path)),
+    ]
+
+
+def works(work, rewrap, name, path, out):
     """The rows of a file: a title, the library's program, a plain one, ffmpeg's."""
     written = "mxf_opatom" if name == "clip-wrapped" else "mxf_d10" if name == "D-10" else "mxf"
     copy = ("ffmpeg", "-nostdin", "-v", "quiet", "-y", "-i", path, "-map", "0", "-c", "copy")
+    whole = (*copy, "-f", "null", "-")
     opening = (*copy, "-t", "0", "-f", "null", "-")
-    rows = [
-        ("read with essence", (work, "read", path), (work, "plain", path), (*copy, "-f", "null", "-")),
-        ("validate", (work, "validate", path), (work, "plain", path), (*copy, "-f", "null", "-")),
-        ("read without essence", (work, "skip", path), (work, "plain", path), (*copy, "-f", "null", "-")),
-        ("scan structure", (work, "scan", path), (work, "plain-scan", path), opening),
-        ("header metadata", (work, "metadata", path), (work, "plain-scan", path), opening),
-        ("index", (work, "index", path), (work, "plain-scan", path), opening),
-        ("rewrap", (rewrap, path, out), ("cp", path, out), (*copy, "-f", written, out)),
-    ]
-    return [(title, own, plain, other if has_ffmpeg else None) for title, own, plain, other in rows]
+    for title, own in reading_works(work, path):
+        is_whole = title in ("read with essence", "validate", "read without essence")
+        yield title, own, (work, "plain" if is_whole else "plain-scan", path), whole if is_whole else opening
+    yield "rewrap", (rewrap, path, out), ("cp", path, out), (*copy, "-f", written, out)
+
+
+def row(ratios, best, title):
+    seconds, memory = best
+    print(*(f"{ratio:8.2f}" if ratio is not None else f"{'-':>8}" for ratio in ratios), f"{seconds:9.4f} {memory:>6}", title,
+          sep="  ", flush=True)
+
+
+def comparison(work, examples, files, folder, rounds):
+    has_ffmpeg = shutil.which("ffmpeg") is not None
+    out = os.path.join(folder, "out.mxf")
+    rewrap = os.path.join(examples, "rewrap")
+    print("   plain    ffmpeg    seconds     MiB  work")
+
+    def line(title, own, plain, other=None):
+        contenders = {"own": own, "plain": plain, **({"other": other} if other and has_ffmpeg else {})}
+        best = compare(contenders, rounds, out)
+        row([best["own"][0] / best[name][0] if name in best else None for name in ("plain", "other")], best["own"], title)
+
+    for name, path in files.items():
+        print(f"{'':39}{name}, {os.path.getsize(path) / 2**20:.0f} MiB")
+        check_same(os.path.join(examples, "extract"), rewrap, name, path, folder)
+        for title, own, plain, other in works(work, rewrap, name, path, out):
+            line(title, own, plain, other)
+    for size, count in (("large", 1000), ("small", 1000000)):
+        print(f"{'':39}{count} {size} elements from memory")
+        line("write", (work, "write-" + size, out, count), (work, "plain-write-" + size, out, count))
+
+
+def growth(work, examples, folder, scale, rounds):
+    """The library's programs with files of growing size: seconds as multiples of those with the smallest file."""
+    out = os.path.join(folder, "out.mxf")
+    print("   times   seconds     MiB  work")
+    for size, count in (("large", 100 * scale), ("small", 10000 * scale)):
+        first = {}
+        for factor in (1, 10, 100):
+            path = os.path.join(folder, "growing.mxf")
+            elements = max(1, round(count * factor))
+            rows = [("write", (work, "write-" + size, out, elements)), *reading_works(work, path),
+                    ("rewrap", (os.path.join(examples, "rewrap"), path, out))]
+            run(work, "write-" + size, path, elements)
+            print(f"{'':29}{elements} {size} elements, {os.path.getsize(path) / 2**20:.0f} MiB")
+            for title, command in rows:
+                best = compare({"own": command}, rounds, out)["own"]
+                row([best[0] / first.setdefault(title, best[0])], best, title)
 
 
 def main():
@@ -129,27 +186,17 @@ def main():
     parser.add_argument("--scale", type=float, default=1)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--keep")
+    parser.add_argument("--growth", action="store_true")
     options = parser.parse_args()
     work = os.path.join(options.build, "benchmarks", "bryx_work")
     examples = os.path.join(options.build, "examples")
-    has_ffmpeg = shutil.which("ffmpeg") is not None
     with tempfile.TemporaryDirectory() as temporary:
-        folder = options.keep or temporary
-        os.makedirs(folder, exist_ok=True)
-        files = make_files(folder, work, options.scale)
-        out = os.path.join(temporary, "out.mxf")
-        print(f"{'/ plain':>8} {'/ ffmpeg':>9} {'seconds':>9} {'MiB':>6}  work")
-        for name, path in files.items():
-            print(f"{'':34}  {name}, {os.path.getsize(path) / 2**20:.0f} MiB")
-            check_same(os.path.join(examples, "extract"), os.path.join(examples, "rewrap"), name, path, temporary)
-            for title, own, plain, other in works(work, os.path.join(examples, "rewrap"), name, path, out, has_ffmpeg):
-                contenders = {"own": own, "plain": plain}
-                if other is not None:
-                    contenders["other"] = other
-                best = compare(contenders, options.rounds)
-                seconds, memory = best["own"]
-                ffmpeg = f"{seconds / best['other'][0]:9.2f}" if "other" in best else f"{'-':>9}"
-                print(f"{seconds / best['plain'][0]:8.2f} {ffmpeg} {seconds:9.4f} {memory:>6}  {title}")
+        if options.growth:
+            growth(work, examples, temporary, options.scale, options.rounds)
+        else:
+            folder = options.keep or temporary
+            os.makedirs(folder, exist_ok=True)
+            comparison(work, examples, make_files(folder, work, options.scale), temporary, options.rounds)
 
 
 if __name__ == "__main__":

@@ -92,7 +92,12 @@ void registerValidation() {
     large.pictureSize = 200000;
     large.partitionDuration = 100;
     add("validating-200KB-pictures", large);
-    ClipOptions small;
+    ClipOptions proxy; // 1.2 Mbit/s at 25 pictures a second
+    proxy.frames = 10000;
+    proxy.pictureSize = 6000;
+    proxy.partitionDuration = 1000;
+    add("validating-6KB-pictures", proxy);
+    ClipOptions small; // smaller than any codec makes them: what it costs for each element
     small.frames = 20000;
     small.partitionDuration = 5000;
     add("validating-700-octet-pictures", small);

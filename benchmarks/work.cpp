@@ -1,7 +1,7 @@
 /// Does one piece of work with a file, for compare.py to time; each has a plain counterpart that does what no program could
 /// do without. Prints what it has seen, so that contenders can be shown to do the same.
 ///
-///     bryx_work WORK FILE
+///     bryx_work WORK FILE [ELEMENTS]
 ///
 /// plain             reads all octets with read(2)
 /// read, validate    the public reader, with all essence into a buffer of its own; without and with the strictest checks
@@ -9,7 +9,8 @@
 /// plain-scan, scan  the partition packs that the random index leads to
 /// metadata          the model of the header metadata of the last partition that has any
 /// index             all index table segments, and where each edit unit is
-/// make-sound        writes FILE: sound alone, in 1,000,000 small elements
+/// write-large, write-small          writes FILE: sound in elements of 200,000 or 64 octets, a partition for each 250
+/// plain-write-large, -small         the same octets of essence by write(2), 200,000 at a time
 
 #include <algorithm>
 #include <cstdio>
@@ -30,6 +31,9 @@
 #include "util/byte_order.h"
 
 namespace {
+
+constexpr std::size_t largeElement = 200000;
+constexpr std::size_t smallElement = 64;
 
 /// Prints what has been seen.
 void saw(const char* what, std::uint64_t count) {
@@ -57,7 +61,8 @@ void sawMemory() {
 
 class Descriptor {
 public:
-    explicit Descriptor(const std::string& name) : number_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+    explicit Descriptor(const std::string& name, int mode = O_RDONLY)
+        : number_(::open(name.c_str(), mode | O_CLOEXEC, 0666)) {
         require(number_ >= 0, "the file cannot be opened");
     }
     ~Descriptor() { ::close(number_); }
@@ -70,6 +75,11 @@ public:
     }
     void readAt(std::uint64_t offset, std::vector<std::uint8_t>& buffer) const {
         require(::pread(number_, buffer.data(), buffer.size(), static_cast<off_t>(offset)) > 0, "nothing is read");
+    }
+    std::uint64_t write(const std::uint8_t* data, std::size_t size) const {
+        const ssize_t count = ::write(number_, data, size);
+        require(count > 0, "nothing is written");
+        return static_cast<std::uint64_t>(count);
     }
 
 private:
@@ -227,14 +237,14 @@ void index(const std::string& name) {
     saw("edit units behind the first", found);
 }
 
-/// Writes a file with 1,000,000 elements of sound, 16 samples each.
-void makeSound(const std::string& name) {
+/// Writes a file with @p elements elements of sound.
+void write(const std::string& name, std::int64_t elements, std::size_t size) {
     constexpr KLVKey element = klvutil::key("060e2b34.01020101.0d010301.16010101");
     constexpr KLVKey waves = klvutil::key("060e2b34.04010101.0d010301.02060100");
     constexpr KLVKey op1a = klvutil::key("060e2b34.04010101.0d010201.01010900");
     constexpr KLVKey sound = klvutil::key("060e2b34.04010101.01030202.02000000");
-    constexpr std::int64_t elements = 1000000;
     constexpr Rational editRate{3000, 1};
+    constexpr std::int64_t partitionDuration = 250;
     BRYXDefaultUIDGenerator uids;
     const auto addTrack = [&](GenericPackage& package, const UMID& source, std::uint32_t sourceTrack) {
         const auto clip = SourceClip::create();
@@ -287,9 +297,12 @@ void makeSound(const std::string& name) {
     preface->setContentStorage(storage);
 
     const auto writer = createBRYXWriter(std::make_shared<std::ofstream>(name, std::ios::binary));
+    BRYXWriterConfiguration configuration;
+    configuration.partitionDuration = partitionDuration;
+    writer->setConfiguration(configuration);
     writer->start(toBRYXHeaderMetadata(preface));
     writer->startEssence({1, 2, editRate, true, {}, {}});
-    const std::vector<std::uint8_t> samples(64, 1);
+    const std::vector<std::uint8_t> samples(size, 1);
     for (std::int64_t i = 0; i < elements; ++i) {
         writer->structureReceiver().startContentPackage();
         writer->structureReceiver().startElement(element);
@@ -302,27 +315,49 @@ void makeSound(const std::string& name) {
     saw("elements", static_cast<std::uint64_t>(elements));
 }
 
-const std::map<std::string, std::function<void(const std::string&)>> works{
-    {"plain", plain},
-    {"read", [](const std::string& name) { read(name, true, BRYXValidationMode::None); }},
-    {"validate", [](const std::string& name) { read(name, true, BRYXValidationMode::Strict); }},
-    {"skip", [](const std::string& name) { read(name, false, BRYXValidationMode::None); }},
-    {"plain-scan", plainScan},
-    {"scan", scan},
-    {"metadata", metadata},
-    {"index", index},
-    {"make-sound", makeSound},
+void plainWrite(const std::string& name, std::int64_t elements, std::size_t size) {
+    const Descriptor file(name, O_WRONLY | O_CREAT | O_TRUNC);
+    const std::vector<std::uint8_t> piece(largeElement, 1);
+    for (std::uint64_t left = static_cast<std::uint64_t>(elements) * size; left > 0;) {
+        left -= file.write(piece.data(), std::min<std::uint64_t>(left, piece.size()));
+    }
+}
+
+using Work = std::function<void(const std::string& name, std::int64_t elements)>;
+
+template <class Reading>
+Work reading(Reading work) {
+    return [work](const std::string& name, std::int64_t /*elements*/) { work(name); };
+}
+template <class Writing>
+Work writing(Writing work, std::size_t size) {
+    return [work, size](const std::string& name, std::int64_t elements) { work(name, elements, size); };
+}
+
+const std::map<std::string, Work> works{
+    {"plain", reading(plain)},
+    {"read", reading([](const std::string& name) { read(name, true, BRYXValidationMode::None); })},
+    {"validate", reading([](const std::string& name) { read(name, true, BRYXValidationMode::Strict); })},
+    {"skip", reading([](const std::string& name) { read(name, false, BRYXValidationMode::None); })},
+    {"plain-scan", reading(plainScan)},
+    {"scan", reading(scan)},
+    {"metadata", reading(metadata)},
+    {"index", reading(index)},
+    {"write-large", writing(write, largeElement)},
+    {"write-small", writing(write, smallElement)},
+    {"plain-write-large", writing(plainWrite, largeElement)},
+    {"plain-write-small", writing(plainWrite, smallElement)},
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3 || works.count(argv[1]) == 0) {
-        std::fputs("usage: bryx_work WORK FILE\n", stderr);
+    if (argc < 3 || argc > 4 || works.count(argv[1]) == 0) {
+        std::fputs("usage: bryx_work WORK FILE [ELEMENTS]\n", stderr);
         return 2;
     }
     try {
-        works.at(argv[1])(argv[2]);
+        works.at(argv[1])(argv[2], argc < 4 ? 1000 : std::stoll(argv[3]));
         sawMemory();
         return 0;
     } catch (const std::exception& error) {

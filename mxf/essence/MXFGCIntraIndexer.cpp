@@ -37,12 +37,28 @@ void MXFGCIntraIndexer::startElement(const KLVKey& key) {
 }
 
 void MXFGCIntraIndexer::indexContentPackage(std::uint64_t start, const Offsets& offsets) {
-    packages_.push_back({start - bodyStart_ + bodyOffset_, offsets_.size()});
+    const Package package{start - bodyStart_ + bodyOffset_, offsets_.size()};
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         if (isTold_[i + 1]) {
             offsets_.push_back(offsets[i]);
         }
     }
+    if (packages_.size() == 1) {
+        const auto own = offsets_.begin() + static_cast<std::ptrdiff_t>(package.offsets);
+        const std::uint64_t size = alike_ == 0 ? package.streamOffset - packages_[0].streamOffset : size_;
+        if (package.streamOffset == packages_[0].streamOffset + (alike_ + 1) * size &&
+            std::equal(offsets_.begin(), own, own, offsets_.end())) {
+            size_ = size;
+            ++alike_;
+            offsets_.erase(own, offsets_.end());
+            return;
+        }
+    }
+    packages_.push_back(package);
+}
+
+MXFGCIntraIndexer::Package MXFGCIntraIndexer::packageAt(std::size_t package) const {
+    return package <= alike_ ? Package{packages_[0].streamOffset + package * size_, 0} : packages_[package - alike_];
 }
 
 void MXFGCIntraIndexer::describe(std::int64_t /*editUnit*/, MXFIndexEntry& entry) const {
@@ -50,14 +66,15 @@ void MXFGCIntraIndexer::describe(std::int64_t /*editUnit*/, MXFIndexEntry& entry
 }
 
 std::size_t MXFGCIntraIndexer::elementCount(std::size_t package) const {
-    const std::size_t end = package + 1 < packages_.size() ? packages_[package + 1].offsets : offsets_.size();
-    return end - packages_[package].offsets + 1;
+    const std::size_t next = package < alike_ ? 1 : package - alike_ + 1;
+    const std::size_t end = next < packages_.size() ? packages_[next].offsets : offsets_.size();
+    return end - packageAt(package).offsets + 1;
 }
 
 /// Where an element begins; that of the last one for one that the package does not have.
 std::uint32_t MXFGCIntraIndexer::offsetAt(std::size_t package, std::size_t element) const {
     const std::size_t known = std::min(element, elementCount(package) - 1);
-    return known == 0 ? 0 : offsets_[packages_[package].offsets + known - 1];
+    return known == 0 ? 0 : offsets_[packageAt(package).offsets + known - 1];
 }
 
 /// The elements that begin a slice, in @p count packages from @p first on.
@@ -105,7 +122,7 @@ MXFIndexTableSegment MXFGCIntraIndexer::segment(std::size_t first, std::size_t c
     for (std::size_t i = first; i < first + count; ++i) {
         MXFIndexEntry entry;
         describe(static_cast<std::int64_t>(i), entry);
-        entry.streamOffset = packages_[i].streamOffset;
+        entry.streamOffset = packageAt(i).streamOffset;
         for (const std::size_t element : starts) {
             entry.sliceOffsets.push_back(offsetAt(i, element));
         }
@@ -136,17 +153,18 @@ std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first
 
 MXFIndexTableSegment MXFGCIntraIndexer::constantSegment(std::uint64_t octets) const {
     MXFIndexTableSegment result;
-    if (octets == 0 || packages_.empty() || octets % packages_.size() != 0) {
+    const auto units = static_cast<std::uint64_t>(editUnits());
+    if (octets == 0 || units == 0 || octets % units != 0) {
         return result;
     }
-    const std::uint64_t size = octets / packages_.size();
-    for (std::size_t i = 0; i < packages_.size(); ++i) {
-        if (packages_[i].streamOffset != i * size) {
+    const std::uint64_t size = octets / units;
+    for (std::uint64_t i = 0; i < units; ++i) {
+        if (packageAt(i).streamOffset != i * size) {
             return result;
         }
     }
     std::vector<MXFDeltaEntry> deltas;
-    if (size > std::numeric_limits<std::uint32_t>::max() || !slices(0, packages_.size(), deltas).empty()) {
+    if (size > std::numeric_limits<std::uint32_t>::max() || !slices(0, units, deltas).empty()) {
         return result;
     }
     result.editUnitByteCount = static_cast<std::uint32_t>(size);

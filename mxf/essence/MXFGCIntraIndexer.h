@@ -26,7 +26,7 @@ public:
     }
 
     /// The content packages that have been written so far.
-    std::int64_t editUnits() const noexcept { return static_cast<std::int64_t>(packages_.size()); }
+    std::int64_t editUnits() const noexcept { return static_cast<std::int64_t>(packages_.size() + alike_); }
 
     /// A segment for all edit units if they have one size and their elements stand at the same places in all; else one
     /// whose editUnitByteCount is 0. Edit rate, SIDs and identifiers are the caller's to fill in, here and below.
@@ -54,6 +54,7 @@ private:
         std::size_t offsets;
     };
 
+    Package packageAt(std::size_t package) const;
     std::size_t elementCount(std::size_t package) const;
     std::uint32_t offsetAt(std::size_t package, std::size_t element) const;
     std::vector<std::size_t> slices(std::size_t first, std::size_t count, std::vector<MXFDeltaEntry>& deltas) const;
@@ -61,8 +62,12 @@ private:
 
     std::uint64_t bodyStart_ = 0;
     std::uint64_t bodyOffset_ = 0;
-    std::vector<Package> packages_;
-    std::vector<std::uint32_t> offsets_; ///< of all packages, one after the other
+    // Content packages that follow the first one are only counted as long as they come at the same distance and have their
+    // elements at the same places. Where all have one size, memory does not grow.
+    std::size_t alike_ = 0;
+    std::uint64_t size_ = 0;             ///< that distance
+    std::vector<Package> packages_;      ///< the first one, and those behind the ones that are alike
+    std::vector<std::uint32_t> offsets_; ///< of these packages, one after the other
     std::vector<std::size_t> pictures_;  ///< the elements of the first package that are pictures
     std::vector<bool> isTold_;           ///< each element of the package that is written: not if a system item goes on
     bool inSystemItem_ = false;

@@ -199,7 +199,7 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
             }
             structure.endContentPackage();
         };
-        const std::vector<std::size_t> sizes{600, 10, 1000};
+        const std::vector<std::size_t> sizes{600, 600, 600, 10, 10, 600, 1000};
         std::vector<std::uint64_t> offsets;
         for (const std::size_t size : sizes) {
             offsets.push_back(7000 + engine.position() - engine.start);
@@ -207,9 +207,9 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
         }
         structure.endStream();
         EXPECT_EQ(engine.position() % std::max(kagSize, 1U), 0U);
-        const auto segments = indexer.segments(0, 3);
+        const auto segments = indexer.segments(0, 7);
         ASSERT_EQ(segments.size(), 1U);
-        EXPECT_EQ(segments[0].indexDuration, 3);
+        EXPECT_EQ(segments[0].indexDuration, 7);
         EXPECT_EQ(segments[0].sliceCount, 1);
         ASSERT_EQ(segments[0].deltaEntryArray.size(), 3U);
         EXPECT_EQ(segments[0].deltaEntryArray[2].slice, 1);
@@ -224,7 +224,10 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
             EXPECT_EQ(entry.sliceOffsets, std::vector<std::uint32_t>{sound}) << kagSize;
             EXPECT_EQ(entry.flags, MXFIndexEntryFlags::randomAccess);
         }
-        EXPECT_EQ(indexer.segments(2, 3).at(0).indexStartPosition, 2);
+        const MXFIndexTableSegment alike = indexer.segments(1, 3).at(0);
+        EXPECT_EQ(alike.indexStartPosition, 1);
+        EXPECT_EQ(alike.sliceCount, 0);
+        EXPECT_EQ(alike.indexEntryArray.at(1).streamOffset, offsets[2]);
         EXPECT_EQ(indexer.constantSegment(offsets.back()).editUnitByteCount, 0U);
     }
 

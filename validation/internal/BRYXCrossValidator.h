@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <unordered_map>
@@ -121,6 +122,7 @@ private:
     struct Essence {
         /// Track numbers, and positions where they occur first.
         std::unordered_map<std::uint32_t, std::uint64_t> elements;
+        std::array<std::uint32_t, 16> recent{}; ///< some of them; 0 is the number of none
         std::uint64_t packages = 0;
         std::uint64_t systemPosition = 0; ///< of the first system item
         boost::optional<KLVKey> label;    ///< of that one

@@ -27,18 +27,31 @@ bool isEndless(const MXFIndexTableSegment& segment) {
     return segment.indexDuration == 0 && segment.editUnitByteCount != 0;
 }
 
-/// Of what must be the same wherever a segment is repeated, but for the edit rate, which is looked at by itself.
-std::uint64_t digestOf(const MXFIndexTableSegment& segment) {
+/// What is kept of the values of a segment.
+struct Digests {
+    /// Of what must be the same wherever a segment is repeated, but for the edit rate, which is looked at by itself.
+    std::uint64_t whole;
+    /// Of what entries say of their edit units, whatever segment they stand in: a sum, which does not depend on how edit
+    /// units are divided into segments.
+    std::uint64_t sum;
+};
+
+Digests digestsOf(const MXFIndexTableSegment& segment) {
     BRYXDigest digest;
-    const auto add = [&](const char*, const auto& value) { digest.add(value); };
     digest.add(segment.editUnitByteCount);
     digest.add(segment.sliceCount);
     digest.add(segment.posTableCount);
     for (const MXFDeltaEntry& delta : segment.deltaEntryArray) {
-        MXFDeltaEntry::fields(delta, add);
+        MXFDeltaEntry::fields(delta, [&](const char*, const auto& value) { digest.add(value); });
     }
+    std::uint64_t sum = 0;
+    std::int64_t editUnit = segment.indexStartPosition;
     for (const MXFIndexEntry& entry : segment.indexEntryArray) {
-        MXFIndexEntry::fields(entry, add);
+        BRYXDigest ofEntry;
+        ofEntry.add(editUnit++);
+        MXFIndexEntry::fields(entry, [&](const char*, const auto& value) { ofEntry.add(value); });
+        sum += ofEntry.value();
+        digest.add(ofEntry.value());
         for (const std::uint32_t offset : entry.sliceOffsets) {
             digest.add(offset);
         }
@@ -47,21 +60,7 @@ std::uint64_t digestOf(const MXFIndexTableSegment& segment) {
             digest.add(position.denominator);
         }
     }
-    return digest.value();
-}
-
-/// Of what entries say of their edit units, whatever segment they stand in: a sum, which does not depend on how edit units
-/// are divided into segments.
-std::uint64_t sumOf(const MXFIndexTableSegment& segment) {
-    std::uint64_t sum = 0;
-    std::int64_t editUnit = segment.indexStartPosition;
-    for (const MXFIndexEntry& entry : segment.indexEntryArray) {
-        BRYXDigest digest;
-        digest.add(editUnit++);
-        MXFIndexEntry::fields(entry, [&](const char*, const auto& value) { digest.add(value); });
-        sum += digest.value();
-    }
-    return sum;
+    return {digest.value(), sum};
 }
 
 /// Finds whether sums over ranges of edit units contradict one another: the borders of ranges are joined to sets in which
@@ -190,7 +189,10 @@ bool BRYXIndexValidator::leadsOut(const MXFIndexTableSegment& segment) {
 
 void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table& table) const {
     const auto& entries = segment.indexEntryArray;
-    const std::uint64_t here = position();
+    std::int64_t leastKeyFrame = greatestPosition;
+    std::int64_t greatestKeyFrame = greatestPosition;
+    std::int64_t leastTemporal = greatestPosition;
+    std::int64_t greatestTemporal = greatestPosition;
     bool streamOrder = true;
     bool sliceOrder = true;
     bool keyFrames = true;
@@ -207,13 +209,18 @@ void BRYXIndexValidator::checkEntries(const MXFIndexTableSegment& segment, Table
                                     entries[i + 1].streamOffset - entry.streamOffset >= before);
 
         const auto editUnit = segment.indexStartPosition + static_cast<std::int64_t>(i);
-        table.leastKeyFrame.include(editUnit + entry.keyFrameOffset, here);
-        table.greatestKeyFrame.include(-entry.keyFrameOffset, here);
-        table.leastTemporal.include(editUnit + entry.temporalOffset, here);
-        table.greatestTemporal.include(-(editUnit + entry.temporalOffset), here);
+        leastKeyFrame = std::min<std::int64_t>(leastKeyFrame, editUnit + entry.keyFrameOffset);
+        greatestKeyFrame = std::min<std::int64_t>(greatestKeyFrame, -entry.keyFrameOffset);
+        leastTemporal = std::min<std::int64_t>(leastTemporal, editUnit + entry.temporalOffset);
+        greatestTemporal = std::min<std::int64_t>(greatestTemporal, -(editUnit + entry.temporalOffset));
         const auto back = static_cast<std::size_t>(-std::min<int>(entry.keyFrameOffset, 0));
         keyFrames = keyFrames && (back > i || entries[i - back].keyFrameOffset == 0);
     }
+    const std::uint64_t here = position();
+    table.leastKeyFrame.include(leastKeyFrame, here);
+    table.greatestKeyFrame.include(greatestKeyFrame, here);
+    table.leastTemporal.include(leastTemporal, here);
+    table.greatestTemporal.include(greatestTemporal, here);
     if (!streamOrder) {
         report(checks::streamOffsetOrder);
     }
@@ -235,8 +242,9 @@ void BRYXIndexValidator::add(const MXFIndexTableSegment& segment, Table& table, 
     }
     ++kept_;
     const auto& entries = segment.indexEntryArray;
-    table.segments.push_back({segment.indexStartPosition, end, endless, position(), digestOf(segment), sumOf(segment),
-                              region_, !entries.empty(), entries.empty() ? 0 : entries.front().streamOffset,
+    const Digests digests = digestsOf(segment);
+    table.segments.push_back({segment.indexStartPosition, end, endless, position(), digests.whole, digests.sum, region_,
+                              !entries.empty(), entries.empty() ? 0 : entries.front().streamOffset,
                               entries.empty() ? 0 : entries.back().streamOffset});
     if (isFirst) {
         table.editRate = segment.indexEditRate;

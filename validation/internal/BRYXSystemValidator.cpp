@@ -140,6 +140,11 @@ bool BRYXSystemValidator::follows(const Timecode& timecode, const Timecode& next
     const auto inRange = [&](const Timecode& t) {
         return calculator_->isInRange(t.hours, t.minutes, t.seconds, t.frames);
     };
+    // Mostly just the next frame of the same second, which is quick to see unless labels are dropped.
+    if (!timecode.dropFrame && next.frames == timecode.frames + 1 && next.seconds == timecode.seconds &&
+        next.minutes == timecode.minutes && next.hours == timecode.hours) {
+        return inRange(next);
+    }
     return inRange(timecode) && inRange(next) &&
            frames(next) == (std::uint64_t{frames(timecode)} + 1) % calculator_->getFramesPerDay();
 }

@@ -189,13 +189,13 @@ auto elementAt(const Member& member, std::size_t index, const char* setName, con
 #define BRYX_DETAIL_SET(Class, BaseClass, keyText, concrete)                                                           \
 public:                                                                                                                \
     using Base = BaseClass;                                                                                            \
-    static constexpr const char* className = #Class;                                                                   \
-    static constexpr KLVKey classKey = klvutil::key(keyText);                                                          \
-    static constexpr bool isConcrete = concrete;                                                                       \
+    [[maybe_unused]] static constexpr const char* className = #Class;                                                  \
+    [[maybe_unused]] static constexpr KLVKey classKey = klvutil::key(keyText);                                         \
+    [[maybe_unused]] static constexpr bool isConcrete = concrete;                                                      \
                                                                                                                        \
 private:                                                                                                               \
     using Self = Class;                                                                                                \
-    static constexpr int firstLine = __LINE__;                                                                         \
+    [[maybe_unused]] static constexpr int firstLine = __LINE__;                                                        \
     static ::mxfutil::detail::NoProperty property(...) {                                                               \
         return {};                                                                                                     \
     }                                                                                                                  \
