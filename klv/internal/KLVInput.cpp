@@ -48,6 +48,10 @@ bool KLVInput::atEnd() {
 }
 
 std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
+    if (klvutil::HeldOctets::take(buffer_, to, size)) {
+        position_ += static_cast<std::streamoff>(size);
+        return size;
+    }
     std::streamsize got = 0;
     const bool ran =
         klvutil::runs([&] { got = buffer_.sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(size)); });

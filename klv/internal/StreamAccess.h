@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
 #include <istream>
+#include <limits>
 
 #if defined(__GLIBCXX__)
 #    include <cxxabi.h>
@@ -27,6 +30,22 @@ bool runs(Operation operation) {
         return false;
     }
 }
+
+/// What a stream buffer holds ready. Only a derived class may look at that, which this is not for the buffer of another.
+class HeldOctets : public std::streambuf {
+public:
+    /// Takes @p size octets, if that many are held. Saves most of what asking the buffer for a few octets costs.
+    static bool take(std::streambuf& buffer, std::uint8_t* to, std::uint64_t size) {
+        const char* const next = (buffer.*&HeldOctets::gptr)();
+        if (size == 0 || size > std::numeric_limits<int>::max() ||
+            size > static_cast<std::uint64_t>((buffer.*&HeldOctets::egptr)() - next)) {
+            return false;
+        }
+        std::memcpy(to, next, size);
+        (buffer.*&HeldOctets::gbump)(static_cast<int>(size));
+        return true;
+    }
+};
 
 /// Takes the exception mask off a stream while it exists, so that faults show in the stream's state alone: the library
 /// has its own way of telling them. The mask is put back without acting on the state.

@@ -93,15 +93,19 @@ bool MXFGCSplitter::allowsSecondKind() const {
     return false;
 }
 
-MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) const {
-    if (!isEssenceElement(key)) {
-        return MXFGCEssenceKind::None;
+MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) {
+    // The few keys of a content package come again and again. They differ in item type and number.
+    auto& known = knownKinds_[(key[12] + std::size_t{key[15]}) % knownKinds_.size()];
+    if (!known || known->key != key) {
+        const MXFGCEssenceKind kind = !isEssenceElement(key)   ? MXFGCEssenceKind::None
+                                      : isPictureElement(key)  ? MXFGCEssenceKind::Picture
+                                      : isSoundElement(key)    ? MXFGCEssenceKind::Sound
+                                      : isDataElement(key)     ? MXFGCEssenceKind::Data
+                                      : isCompoundElement(key) ? MXFGCEssenceKind::Compound
+                                                               : MXFGCEssenceKind::None;
+        known = KnownKind{key, kind};
     }
-    return isPictureElement(key)    ? MXFGCEssenceKind::Picture
-           : isSoundElement(key)    ? MXFGCEssenceKind::Sound
-           : isDataElement(key)     ? MXFGCEssenceKind::Data
-           : isCompoundElement(key) ? MXFGCEssenceKind::Compound
-                                    : MXFGCEssenceKind::None;
+    return known->kind;
 }
 
 // ---- The stream, and what can be in it ----
@@ -113,6 +117,7 @@ void MXFGCSplitter::startStream(bool accurateLengths) {
     hasFirstKey_ = packageOpen_ = inElement_ = false;
     delivery_ = Delivery::None;
     invalidKeys_.clear();
+    knownKinds_ = {};
     state_ = State::GCStarted;
     if (structureHandler_ != nullptr) {
         structureHandler_->startStream(0);

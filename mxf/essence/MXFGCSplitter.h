@@ -1,8 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include <boost/optional.hpp>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
@@ -72,7 +75,8 @@ public:
     void value(const std::uint8_t* data, std::uint64_t size) override;
 
 protected:
-    // What keys mean: as ST 379-1 says, unless a derived class knows better.
+    // What keys mean: as ST 379-1 says, unless a derived class knows better. What is said of a key holds for the stream: it
+    // need not be asked again.
 
     virtual bool isSystemElement(const KLVKey& key) const;
     virtual bool isEssenceElement(const KLVKey& key) const;
@@ -86,11 +90,15 @@ protected:
     virtual bool allowsSecondKind() const;
 
 private:
+    struct KnownKind {
+        KLVKey key;
+        MXFGCEssenceKind kind;
+    };
     enum class State : std::uint8_t { GCBeforeStart, GCStarted, GCInSystemItem, GCEssenceOnly, GCEssenceAfterSystem };
     /// How the value of the element being read is delivered.
     enum class Delivery : std::uint8_t { None, System, Chunks, CallersBuffer, OwnBuffer };
 
-    MXFGCEssenceKind kindOf(const KLVKey& key) const;
+    MXFGCEssenceKind kindOf(const KLVKey& key);
     void startElement(const KLVKey& key);
     void passLengthForm();
     void endElement(const KLVKey& key);
@@ -123,6 +131,7 @@ private:
     KLVKey key_;
     bool inElement_ = false;
     MXFGCEssenceKind kind_ = MXFGCEssenceKind::None;
+    std::array<boost::optional<KnownKind>, 8> knownKinds_; ///< of keys that came last
     Delivery delivery_ = Delivery::None;
     std::uint8_t* callersBuffer_ = nullptr;
     std::uint64_t callersSize_ = 0;

@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+"""Counts what the library does for each element: instructions, allocations, system calls. Counts are the same each time.
+
+usage: profile.py BUILD [--elements N]
+
+BUILD is the folder of the release build. Each work is done with N elements and with twice as many; the table shows the
+difference, so that what is done once for a file does not count. There is a partition for each 250 elements. The reader has
+a buffer of its own for all of them. Fails if there are allocations for elements rather than for partitions, or if essence
+is touched by anything but the system calls: then there would be an instruction for each few octets.
+"""
+
+import argparse
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+SIZES = {"small": 64, "large": 200000}
+
+
+def output(*command):
+    return subprocess.run([str(part) for part in command], check=True, capture_output=True, text=True).stderr
+
+
+def counts(command, folder):
+    """Instructions, allocations and system calls of one run."""
+    callgrind = output("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command)
+    heap = output("valgrind", "--undef-value-errors=no", "--leak-check=no", *command)
+    trace = os.path.join(folder, "trace")
+    output("strace", "-f", "-o", trace, *command)
+    with open(trace, encoding="ascii", errors="replace") as calls:
+        return (int(re.search(r"Collected : (\d+)", callgrind)[1]),
+                int(re.search(r"total heap usage: ([\d,]+) allocs", heap)[1].replace(",", "")),
+                sum(1 for _ in calls))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build")
+    parser.add_argument("--elements", type=int, default=20000)
+    options = parser.parse_args()
+    work = os.path.join(options.build, "benchmarks", "bryx_work")
+    good = True
+    print(f"{'instructions':>26}  {'allocations':>11}  {'system calls':>22}")
+    print(f"{'each':>12}  {'/ octet':>12}  {'each':>11}  {'each':>11} {'/ MiB':>10}  work")
+    with tempfile.TemporaryDirectory() as folder:
+        for size, octets in SIZES.items():
+            numbers = [options.elements, 2 * options.elements]
+            if size == "large":
+                numbers = [number // 20 for number in numbers]
+            files = [os.path.join(folder, f"{number}.mxf") for number in numbers]
+            for number, file in zip(numbers, files):
+                output(work, f"write-{size}", file, number)
+            more = numbers[1] - numbers[0]
+            for name in (f"write-{size}", "read", "validate", "skip"):
+                first, second = (counts((work, name, file, number), folder) for number, file in zip(numbers, files))
+                instructions, allocations, calls = ((b - a) / more for a, b in zip(first, second))
+                good = good and allocations < 0.1 and (size == "small" or instructions < octets / 10)
+                print(f"{instructions:12.0f}  {instructions / octets:12.4f}  {allocations:11.4f}  "
+                      f"{calls:11.4f} {calls / octets * 2**20:10.2f}  {name}, {size} elements", flush=True)
+            for file in files:
+                os.remove(file)
+    sys.exit(0 if good else "something is done for elements that should not be")
+
+
+if __name__ == "__main__":
+    main()
