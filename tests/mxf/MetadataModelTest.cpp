@@ -9,6 +9,7 @@
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/descriptive/GenericStreamTextBasedSet.h"
 #include "mxf/metadata/descriptive/UTF8TextBasedSet.h"
+#include "mxf/metadata/descriptors/RGBAPictureDescriptor.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/metadata/parsing/MXFSetFactory.h"
 #include "mxf/structure/MXFStaticTags.h"
@@ -316,6 +317,49 @@ TEST(MetadataModel, UnresolvedReferencesAreTold) {
     EXPECT_EQ(as<TimelineTrack>(track)->getSegment(), nullptr);
     EXPECT_EQ(track->getUnresolvedReferences(labelOf(0x4803)), std::vector<MXFUID>{uid(7)});
     EXPECT_EQ(failure([&] { coded(track, factory); }), "Track.segment is present");
+}
+
+TEST(MetadataModel, TellsValuesAsText) {
+    const KLVKey label = klvutil::key("060e2b34.04010101.0d010201.01010900");
+    KLVKey uuid{uid(0x1234).octets};
+    uuid.octets[8] = 0x80;
+    const std::string uuidText = "urn:uuid:" + toString(MXFUID{uuid.octets}).substr(9);
+    const std::pair<MXFScalar, std::string> values[] = {
+        {true, "true"},
+        {std::int64_t{-5}, "-5"},
+        {~std::uint64_t{0}, "18446744073709551615"},
+        {std::string("\xC3\xA4"), "\xC3\xA4"},
+        {std::string("a\xE4"), "a\\xe4"}, // not UTF-8
+        {std::wstring(L"\u00E4"), "\xC3\xA4"},
+        {label, "urn:smpte:ul:060e2b34.04010101.0d010201.01010900"},
+        {MXFUID{label.octets}, "urn:smpte:ul:060e2b34.04010101.0d010201.01010900"}, // where an identifier is due
+        {uuid, uuidText},
+        {Rational{30000, 1001}, "30000/1001"},
+        {Octets{0, 0xAB}, "00ab"},
+        {std::shared_ptr<const MetadataRoot>(), ""},
+    };
+    for (const auto& [value, text] : values) {
+        EXPECT_EQ(mxfutil::toText(value), text);
+    }
+
+    // Records stand as texts, and come back from files as they were.
+    const auto picture = RGBAPictureDescriptor::create();
+    MXFPixelLayout layout;
+    layout.components = {{{'R', 8}, {'\x1F', 10}, {'B', 254}}};
+    picture->setPixelLayout(layout);
+    picture->setMasteringDisplayPrimaries({{1, 2}, {3, 4}, {5, 65535}});
+    MXFFormatMetadataModelFactory factory;
+    ModelReader reader(factory);
+    reader.readRegion(coded(picture, factory));
+    std::map<std::string, std::string> texts;
+    const auto read = reader.models.at(0).front();
+    for (const MXFProperty* const property : read->getDescription().properties()) {
+        const MXFPropertyValue value = property->value(*read);
+        texts[property->name()] =
+            std::holds_alternative<MXFScalar>(value) ? mxfutil::toText(std::get<MXFScalar>(value)) : "";
+    }
+    EXPECT_EQ(texts["pixelLayout"], "R8(31)10B254");
+    EXPECT_EQ(texts["masteringDisplayPrimaries"], "1,2 3,4 5,65535");
 }
 
 TEST(MetadataModel, DepthAndSizeAreLimited) {
