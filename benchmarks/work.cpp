@@ -123,7 +123,7 @@ public:
 
 private:
     bool isWanted_;
-    std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(std::size_t{4} << 20U);
+    std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(std::size_t{1} << 20U);
 };
 
 void read(const std::string& name, bool wantsEssence, BRYXValidationMode::Enum mode) {
