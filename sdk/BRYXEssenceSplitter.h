@@ -9,7 +9,7 @@ public:
     virtual ~BRYXGCEssenceKeyClassifier();
 
     /// What the element with @p key holds; None if it is no essence element. mxfutil::gcEssenceKind() says what the
-    /// standard has (ST 379-1).
+    /// standard has (ST 379-1). May be asked once for a key that comes again: what it says holds for the stream.
     virtual MXFGCEssenceKind classify(const KLVKey& key) const = 0;
 };
 

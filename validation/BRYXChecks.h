@@ -101,7 +101,7 @@ inline constexpr util::uuid base{
     ROW(duplicateTrackID, base, 13, Lenient, error, "duplicate Track.trackID", "ST 377-1, Track")                      \
     ROW(duplicateTrackNumber, base, 14, Standard, error, "duplicate Track.trackNumber in a file package",              \
         "ST 379-1; ST 377-1, Track")                                                                                   \
-    ROW(invalidEditRate, base, 15, Lenient, warning, "invalid % value", "ST 377-1, Track")                             \
+    ROW(invalidEditRate, base, 15, Lenient, error, "invalid % value", "ST 377-1, Track")                               \
     ROW(invalidOrigin, base, 16, Standard, error, "invalid TimelineTrack.origin value", "ST 377-1, Timeline Track")    \
     ROW(originBeyondDuration, base, 17, Standard, warning, "TimelineTrack.origin lies beyond the track",               \
         "ST 377-1, Timeline Track")                                                                                    \

@@ -31,7 +31,7 @@ bool runs(Operation operation) {
     }
 }
 
-/// What a stream buffer holds ready. Only a derived class may look at that, which this is not for the buffer of another.
+/// What a stream buffer holds ready. The members that tell are protected: this derives from it only to name them.
 class HeldOctets : public std::streambuf {
 public:
     /// Takes @p size octets, if that many are held. Saves most of what asking the buffer for a few octets costs.

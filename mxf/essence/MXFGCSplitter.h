@@ -131,7 +131,7 @@ private:
     KLVKey key_;
     bool inElement_ = false;
     MXFGCEssenceKind kind_ = MXFGCEssenceKind::None;
-    std::array<boost::optional<KnownKind>, 8> knownKinds_; ///< of keys that came last
+    std::array<boost::optional<KnownKind>, 32> knownKinds_; ///< of keys that came last
     Delivery delivery_ = Delivery::None;
     std::uint8_t* callersBuffer_ = nullptr;
     std::uint64_t callersSize_ = 0;

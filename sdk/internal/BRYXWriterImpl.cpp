@@ -492,8 +492,8 @@ BRYXWriterImpl::Segments BRYXWriterImpl::allSegments(Container& container) {
     ends.push_back(container.indexer.editUnits());
     std::int64_t first = 0;
     for (const std::int64_t end : ends) {
-        const Segments batch = container.indexer.segments(first, end);
-        segments.insert(segments.end(), batch.begin(), batch.end());
+        Segments batch = container.indexer.segments(first, end);
+        segments.insert(segments.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(batch.end()));
         first = end;
     }
     return complete(container, std::move(segments), 0);

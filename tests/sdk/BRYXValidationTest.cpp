@@ -368,7 +368,9 @@ TEST(BRYXValidation, FindsEachFaultWhereItIsAndNothingElse) {
         const Findings found = validate(clip.octets, fault.check.mode, fault.wanted);
         EXPECT_EQ(found.positionsOf(fault.check), std::set<std::uint64_t>(clip.altered.begin(), clip.altered.end()));
         for (const auto& finding : found.all) {
-            EXPECT_TRUE(finding.level == klvutil::FindingLevel::warning || finding.id == fault.check.finding.id)
+            const bool isPlanted = finding.id == fault.check.finding.id;
+            EXPECT_TRUE(isPlanted ? finding.level == fault.check.finding.level
+                                  : finding.level == klvutil::FindingLevel::warning)
                 << finding.message << " at " << finding.position;
         }
         const auto before = static_cast<BRYXValidationMode::Enum>(fault.check.mode - 1);

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <istream>
 #include <sstream>
 #include <streambuf>
 #include <string>
+#include <utility>
 
 /// A stream that cannot seek, as a pipe, handing out a number of octets at a time.
 class PipeStream : private std::streambuf, public std::istream {
@@ -28,6 +30,32 @@ private:
     std::string data_;
     std::size_t atATime_;
     std::size_t next_ = 0;
+};
+
+/// A stream that cannot seek, of any length: zeros between two texts.
+class LongStream : private std::streambuf, public std::istream {
+public:
+    LongStream(std::string head, std::uint64_t zeros, std::string tail)
+        : std::istream(static_cast<std::streambuf*>(this)), head_(std::move(head)), zeros_(zeros),
+          tail_(std::move(tail)), zero_(65536, '\0') {
+        setg(head_.data(), head_.data(), head_.data() + head_.size());
+    }
+
+private:
+    std::streambuf::int_type underflow() override {
+        std::string& from = zeros_ > 0 ? zero_ : tail_;
+        const std::size_t size = zeros_ > 0 ? static_cast<std::size_t>(std::min<std::uint64_t>(zeros_, zero_.size()))
+                                            : (std::exchange(atTail_, true) ? 0 : tail_.size());
+        zeros_ -= zeros_ > 0 ? size : 0;
+        setg(from.data(), from.data(), from.data() + size);
+        return size == 0 ? std::streambuf::traits_type::eof() : std::streambuf::traits_type::to_int_type(*gptr());
+    }
+
+    std::string head_;
+    std::uint64_t zeros_;
+    std::string tail_;
+    std::string zero_;
+    bool atTail_ = false;
 };
 
 /// A stream whose buffer throws something odd when it has handed out its octets, as one over a failing disk.

@@ -123,8 +123,8 @@ void BRYXCrossValidator::element(const KLVKey& key) {
     Essence& container = essence();
     const std::uint32_t number = trackNumber(key);
     // The few elements of a content package come again and again.
-    std::uint32_t& lastAlike = container.recent[(key[12] + key[15]) % container.recent.size()];
-    if (number == lastAlike) {
+    auto& lastAlike = container.recent[(key[12] + key[15]) % container.recent.size()];
+    if (lastAlike == number) {
         return;
     }
     lastAlike = number;

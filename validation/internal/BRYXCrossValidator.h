@@ -122,7 +122,7 @@ private:
     struct Essence {
         /// Track numbers, and positions where they occur first.
         std::unordered_map<std::uint32_t, std::uint64_t> elements;
-        std::array<std::uint32_t, 16> recent{}; ///< some of them; 0 is the number of none
+        std::array<boost::optional<std::uint32_t>, 32> recent; ///< some of these numbers
         std::uint64_t packages = 0;
         std::uint64_t systemPosition = 0; ///< of the first system item
         boost::optional<KLVKey> label;    ///< of that one
