@@ -176,7 +176,11 @@ inline constexpr util::uuid base{
         "AudioChannelLabelSubDescriptor.soundfieldGroup names no soundfield group", "ST 377-4")                        \
     ROW(unknownGroupOfSoundfieldGroups, base, 55, Standard, error,                                                     \
         "SoundfieldGroupLabelSubDescriptor.groupOfSoundfieldGroups names no such group", "ST 377-4")                   \
-    ROW(unlabelledChannels, base, 56, Strict, warning, "channels without AudioChannelLabelSubDescriptor", "ST 377-4")
+    ROW(unlabelledChannels, base, 56, Strict, warning, "channels without AudioChannelLabelSubDescriptor", "ST 377-4")  \
+    ROW(duplicateLinkedTrack, base, 57, Strict, warning, "duplicate FileDescriptor.linkedTrackID",                     \
+        "ST 377-1, Multiple Descriptor")                                                                               \
+    ROW(undescribedTrack, base, 58, Strict, warning,                                                                   \
+        "essence track that no descriptor of the MultipleDescriptor is for", "ST 377-1, Multiple Descriptor")
 
 BRYX_METADATA_CHECKS(BRYX_DEFINE_CHECK)
 

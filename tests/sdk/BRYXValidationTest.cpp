@@ -257,6 +257,12 @@ const Fault faults[] = {
     {M::invalidSampleRate, set<WaveAudioDescriptor>(0, "sampleRate", Rational{25, 0})},
     {M::inconsistentContainerDuration, set<WaveAudioDescriptor>(0, "containerDuration", std::int64_t{9})},
     {M::unknownLinkedTrack, set<WaveAudioDescriptor>(0, "linkedTrackID", std::uint32_t{9})},
+    {M::duplicateLinkedTrack, set<WaveAudioDescriptor>(1, "linkedTrackID", std::uint32_t{3})},
+    {M::undescribedTrack,
+     [](GoodClip& clip) {
+         clip.set<WaveAudioDescriptor>(1, "linkedTrackID", std::uint32_t{3});
+         clip.at<TimelineTrack>(7);
+     }},
     {M::missingLinkedTrack, [](GoodClip& clip) { clip.forget<WaveAudioDescriptor>(0, "linkedTrackID"); }},
     {M::invalidStoredSize, set<CDCIPictureDescriptor>(0, "storedHeight", std::uint32_t{0})},
     {M::invalidRectangle, set<CDCIPictureDescriptor>(0, "sampledYOffset", std::int32_t{17})},

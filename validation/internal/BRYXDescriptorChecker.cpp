@@ -49,11 +49,27 @@ void BRYXDescriptorChecker::check(const SourcePackage& package, bool isLinked) c
         addLabels(*multiple->getSubDescriptorAt(i), context);
     }
     checkDescriptor(context, *file);
-    for (std::size_t i = 0; multiple != nullptr && i < multiple->getSubDescriptorCount(); ++i) {
-        const auto sub = multiple->getSubDescriptorAt(i);
-        checkDescriptor(context, *sub);
+    if (multiple != nullptr) {
+        checkMultiple(context, *multiple);
+    }
+}
+
+void BRYXDescriptorChecker::checkMultiple(const Package& package, const MultipleDescriptor& multiple) const {
+    std::set<std::uint32_t> linked;
+    bool allLinked = true;
+    for (std::size_t i = 0; i < multiple.getSubDescriptorCount(); ++i) {
+        const auto sub = multiple.getSubDescriptorAt(i);
+        checkDescriptor(package, *sub);
         if (!sub->hasLinkedTrackID()) {
+            allLinked = false;
             report(*sub, checks::missingLinkedTrack);
+        } else if (!linked.insert(sub->getLinkedTrackID()).second) {
+            report(*sub, checks::duplicateLinkedTrack, std::to_string(sub->getLinkedTrackID()));
+        }
+    }
+    for (const auto& [id, track] : package.tracks) {
+        if (allLinked && isEssenceTrack(*track) && linked.count(id) == 0) {
+            report(*track, checks::undescribedTrack, std::to_string(id));
         }
     }
 }

@@ -12,6 +12,7 @@ class CDCIPictureDescriptor;
 class FileDescriptor;
 class PictureDescriptor;
 class SoundDescriptor;
+class MultipleDescriptor;
 class SourcePackage;
 class WaveAudioDescriptor;
 
@@ -34,6 +35,7 @@ private:
     };
 
     static void addLabels(const FileDescriptor& descriptor, Package& package);
+    void checkMultiple(const Package& package, const MultipleDescriptor& multiple) const;
     void checkDescriptor(const Package& package, const FileDescriptor& descriptor) const;
     void checkFile(const Package& package, const FileDescriptor& descriptor) const;
     void checkDuration(const Package& package, const FileDescriptor& descriptor) const;

@@ -49,18 +49,17 @@ bool isDescriptiveDefinition(const KLVKey& dataDefinition) {
     return isMetadataDefinition(dataDefinition) && dataDefinition[12] == 0x10;
 }
 
-/// Whether what is on @p track stands in an essence container.
-bool isEssenceTrack(const Track& track) {
-    const auto segment = track.getSegment();
-    return track.hasTrackNumber() && track.getTrackNumber() != 0 && segment != nullptr &&
-           !isMetadataDefinition(segment->getDataDefinition());
-}
-
 } // namespace
 
 bool isMetadataDefinition(const KLVKey& dataDefinition) {
     constexpr std::uint8_t metadata[] = {0x01, 0x03, 0x02, 0x01};
     return std::equal(std::begin(metadata), std::end(metadata), dataDefinition.octets.begin() + 8);
+}
+
+bool isEssenceTrack(const Track& track) {
+    const auto segment = track.getSegment();
+    return track.hasTrackNumber() && track.getTrackNumber() != 0 && segment != nullptr &&
+           !isMetadataDefinition(segment->getDataDefinition());
 }
 
 std::int64_t durationOf(const Component& component) {

@@ -21,6 +21,9 @@ class TimelineTrack;
 /// Whether a data definition is that of timecode or descriptive metadata, and not of essence (ST 377-1).
 bool isMetadataDefinition(const KLVKey& dataDefinition);
 
+/// Whether what is on @p track stands in an essence container.
+bool isEssenceTrack(const Track& track);
+
 /// Of what is on a track, in edit units of that; negative if it is not known.
 std::int64_t durationOf(const Component& component);
 
