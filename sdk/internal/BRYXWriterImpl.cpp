@@ -594,8 +594,9 @@ void VerifyingBRYXWriterImpl::setConfiguration(const BRYXWriterConfiguration& co
     writer_.setConfiguration(configuration);
 }
 void VerifyingBRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
-    start_ = stream_->tellp();
-    writer_.start(metadata);
+    const std::streampos start = stream_->tellp();
+    writer_.start(metadata); // it is no start where this fails
+    start_ = start;
 }
 void VerifyingBRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
     writer_.startEssence(container);

@@ -226,7 +226,7 @@ TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
 
 TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     const auto file = std::make_shared<std::stringstream>();
-    const auto writer = createBRYXWriter(file);
+    const auto writer = createVerifyingBRYXWriter(file); // also what fails must leave its notion of the file alone
     const auto failed = [](const auto& call) { return failure(call); };
     BRYXWriterConfiguration configuration;
     configuration.metadataLengthForm = 2;
