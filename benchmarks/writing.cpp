@@ -19,8 +19,8 @@
 #include "Benchmarks.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCStructureHandler.h"
-#include "mxf/metadata/structural/Preface.h"
 #include "sdk/BRYXWriter.h"
+#include "support/LeastMetadata.h"
 
 namespace {
 
@@ -48,18 +48,6 @@ std::uint64_t plainWrite() {
     return std::filesystem::file_size(target());
 }
 
-const BRYXHeaderMetadata& metadata() {
-    static const BRYXHeaderMetadata metadata = [] {
-        const auto preface = Preface::create();
-        preface->setOperationalPattern({});
-        preface->setEssenceContainers({});
-        preface->setDMSchemes({});
-        preface->setContentStorage(ContentStorage::create());
-        return toBRYXHeaderMetadata(preface);
-    }();
-    return metadata;
-}
-
 void writePackages(BRYXWriter& writer, int count, std::size_t size) {
     MXFGCStructureHandler& structure = writer.structureReceiver();
     MXFGCEssenceHandler& essence = writer.essenceReceiver();
@@ -74,13 +62,13 @@ void writePackages(BRYXWriter& writer, int count, std::size_t size) {
 
 std::uint64_t writer(bool isIndexed) {
     const auto writer = createBRYXWriter(std::make_shared<std::ofstream>(target(), std::ios::binary));
-    writer->start(metadata());
+    writer->start(leastMetadata());
     BRYXEssenceContainer container;
     container.indexSID = isIndexed ? 2 : 0;
     writer->startEssence(container);
     writePackages(*writer, elements, elementSize);
     writer->endEssence();
-    writer->finish(metadata());
+    writer->finish(leastMetadata());
     return std::filesystem::file_size(target());
 }
 
@@ -94,7 +82,7 @@ double memoryPerPackage(bool isIndexed) {
     configuration.indexPlacement = BRYXWriterConfiguration::IndexPlacement::Footer;
     configuration.partitionDuration = 1000;
     writer->setConfiguration(configuration);
-    writer->start(metadata());
+    writer->start(leastMetadata());
     BRYXEssenceContainer container;
     container.indexSID = isIndexed ? 2 : 0;
     writer->startEssence(container);

@@ -10,9 +10,9 @@
 
 class CDCIPictureDescriptor;
 class FileDescriptor;
+class MultipleDescriptor;
 class PictureDescriptor;
 class SoundDescriptor;
-class MultipleDescriptor;
 class SourcePackage;
 class WaveAudioDescriptor;
 
