@@ -2,14 +2,17 @@
 /// do without. Prints what it has seen, so that contenders can be shown to do the same.
 ///
 ///     bryx_work WORK FILE [ELEMENTS]
+///     bryx_work copy|copy-checked FILE KEY >ESSENCE
 ///
 /// plain             reads all octets with read(2)
 /// read, validate    the public reader, with all essence into a buffer of its own; without and with the strictest checks
 /// skip              the same without the essence
+/// copy, copy-checked          read and validate; what they deliver with a key, "urn:smpte:ul:...", goes to standard output
 /// plain-scan, scan  the partition packs that the random index leads to
 /// metadata          the model of the header metadata of the last partition that has any
 /// index             all index table segments, and where each edit unit is
-/// write-large, write-small          writes FILE: sound in elements of 200,000 or 64 octets, a partition for each 250
+/// write-large, -small, -uneven      writes FILE: sound in elements of 200,000, 64, or 48 to 79 octets, a partition for
+///                   each 250
 /// plain-write-large, -small         the same octets of essence by write(2), 200,000 at a time
 
 #include <algorithm>
@@ -97,7 +100,7 @@ void plain(const std::string& name) {
 }
 
 /// Takes every element whole, or in chunks if it is longer than the buffer; or none.
-class Essence final : public MXFGCChunkedEssenceHandler, public DullMXFGCEssenceHandler {
+class Essence : public MXFGCChunkedEssenceHandler, public DullMXFGCEssenceHandler {
 public:
     explicit Essence(bool isWanted) : isWanted_(isWanted) {}
 
@@ -126,8 +129,26 @@ private:
     std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(std::size_t{1} << 20U);
 };
 
-void read(const std::string& name, bool wantsEssence, BRYXValidationMode::Enum mode) {
-    const auto essence = std::make_shared<Essence>(wantsEssence);
+/// Writes what it takes of one key to standard output.
+class CopiedEssence final : public Essence {
+public:
+    explicit CopiedEssence(std::string key) : Essence(true), key_(std::move(key)) {}
+
+    void pictureElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size,
+                        std::uint64_t /*offset*/) override {
+        if (toString(key) == key_) {
+            require(std::fwrite(data, 1, size, stdout) == size, "nothing is written");
+        }
+    }
+    void soundElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) override {
+        pictureElement(key, data, size, offset);
+    }
+
+private:
+    std::string key_;
+};
+
+void readFor(const std::shared_ptr<Essence>& essence, const std::string& name, BRYXValidationMode::Enum mode) {
     const auto reader = createBRYXReader(std::make_shared<std::ifstream>(name, std::ios::binary), mode);
     reader->setStructureHandler(std::make_shared<DullMXFStructureHandler>());
     reader->setMetadataHandler(std::make_shared<DullMXFMetadataModelHandler>());
@@ -136,6 +157,11 @@ void read(const std::string& name, bool wantsEssence, BRYXValidationMode::Enum m
     reader->setEssenceHandler(essence);
     reader->setErrorHandler(std::make_shared<DullErrorHandler>());
     reader->read();
+}
+
+void read(const std::string& name, bool wantsEssence, BRYXValidationMode::Enum mode) {
+    const auto essence = std::make_shared<Essence>(wantsEssence);
+    readFor(essence, name, mode);
     saw("essence", essence->octets);
     saw("elements", essence->elements);
 }
@@ -237,8 +263,10 @@ void index(const std::string& name) {
     saw("edit units behind the first", found);
 }
 
-/// Writes a file with @p elements elements of sound.
+/// Writes a file with @p elements elements of sound; of several sizes if that is 0.
 void write(const std::string& name, std::int64_t elements, std::size_t size) {
+    constexpr std::size_t leastSize = 48;
+    constexpr std::size_t sizes = 32;
     constexpr KLVKey element = klvutil::key("060e2b34.01020101.0d010301.16010101");
     constexpr KLVKey waves = klvutil::key("060e2b34.04010101.0d010301.02060100");
     constexpr KLVKey op1a = klvutil::key("060e2b34.04010101.0d010201.01010900");
@@ -301,12 +329,13 @@ void write(const std::string& name, std::int64_t elements, std::size_t size) {
     configuration.partitionDuration = partitionDuration;
     writer->setConfiguration(configuration);
     writer->start(toBRYXHeaderMetadata(preface));
-    writer->startEssence({1, 2, editRate, true, {}, {}});
-    const std::vector<std::uint8_t> samples(size, 1);
+    writer->startEssence({1, 2, editRate, size != 0, {}, {}});
+    const std::vector<std::uint8_t> samples(std::max(size, leastSize + sizes), 1);
     for (std::int64_t i = 0; i < elements; ++i) {
         writer->structureReceiver().startContentPackage();
         writer->structureReceiver().startElement(element);
-        writer->essenceReceiver().soundElement(element, samples.data(), samples.size(), 0);
+        writer->essenceReceiver().soundElement(
+            element, samples.data(), size != 0 ? size : leastSize + static_cast<std::size_t>(i) * 7 % sizes, 0);
         writer->structureReceiver().endElement(element);
         writer->structureReceiver().endContentPackage();
     }
@@ -323,15 +352,21 @@ void plainWrite(const std::string& name, std::int64_t elements, std::size_t size
     }
 }
 
-using Work = std::function<void(const std::string& name, std::int64_t elements)>;
+using Work = std::function<void(const std::string& name, const std::string& argument)>;
 
 template <class Reading>
 Work reading(Reading work) {
-    return [work](const std::string& name, std::int64_t /*elements*/) { work(name); };
+    return [work](const std::string& name, const std::string& /*argument*/) { work(name); };
+}
+Work copying(BRYXValidationMode::Enum mode) {
+    return [mode](const std::string& name, const std::string& key) {
+        readFor(std::make_shared<CopiedEssence>(key), name, mode);
+    };
 }
 template <class Writing>
 Work writing(Writing work, std::size_t size) {
-    return [work, size](const std::string& name, std::int64_t elements) { work(name, elements, size); };
+    return
+        [work, size](const std::string& name, const std::string& elements) { work(name, std::stoll(elements), size); };
 }
 
 const std::map<std::string, Work> works{
@@ -339,12 +374,15 @@ const std::map<std::string, Work> works{
     {"read", reading([](const std::string& name) { read(name, true, BRYXValidationMode::None); })},
     {"validate", reading([](const std::string& name) { read(name, true, BRYXValidationMode::Strict); })},
     {"skip", reading([](const std::string& name) { read(name, false, BRYXValidationMode::None); })},
+    {"copy", copying(BRYXValidationMode::None)},
+    {"copy-checked", copying(BRYXValidationMode::Strict)},
     {"plain-scan", reading(plainScan)},
     {"scan", reading(scan)},
     {"metadata", reading(metadata)},
     {"index", reading(index)},
     {"write-large", writing(write, largeElement)},
     {"write-small", writing(write, smallElement)},
+    {"write-uneven", writing(write, 0)},
     {"plain-write-large", writing(plainWrite, largeElement)},
     {"plain-write-small", writing(plainWrite, smallElement)},
 };
@@ -353,12 +391,15 @@ const std::map<std::string, Work> works{
 
 int main(int argc, char** argv) {
     if (argc < 3 || argc > 4 || works.count(argv[1]) == 0) {
-        std::fputs("usage: bryx_work WORK FILE [ELEMENTS]\n", stderr);
+        std::fputs("usage: bryx_work WORK FILE [ELEMENTS|KEY]\n", stderr);
         return 2;
     }
     try {
-        works.at(argv[1])(argv[2], argc < 4 ? 1000 : std::stoll(argv[3]));
-        sawMemory();
+        const std::string work = argv[1];
+        works.at(work)(argv[2], argc < 4 ? "1000" : argv[3]);
+        if (work.rfind("copy", 0) != 0) {
+            sawMemory();
+        }
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bryx_work: %s\n", error.what());

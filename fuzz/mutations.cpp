@@ -337,6 +337,13 @@ ClipOptions constantClip() {
     return options;
 }
 
+ClipOptions wrappedAsClip() {
+    ClipOptions options = constantClip();
+    options.isClip = true;
+    options.placement = BRYXWriterConfiguration::IndexPlacement::BeforeEssence;
+    return options;
+}
+
 /// Without header metadata, but with system items and index entries of every kind.
 std::string builtFile() {
     FileBuilder builder;
@@ -349,7 +356,8 @@ std::string builtFile() {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::string files[] = {GoodClip(smallClip()).octets, GoodClip(constantClip()).octets, builtFile()};
+    const std::string files[] = {GoodClip(smallClip()).octets, GoodClip(constantClip()).octets,
+                                 GoodClip(wrappedAsClip()).octets, builtFile()};
     const std::size_t number = argc == 2 ? std::strtoul(argv[1], nullptr, 10) : std::size(files);
     if (number >= std::size(files)) {
         return 2;

@@ -90,7 +90,8 @@ struct BRYXEssenceContainer {
     bool isConstant = false;
 
     /// Sets flags, temporal and key frame offset of the index entry of an edit unit; if it is empty, those of pictures that
-    /// are coded on their own. Called when segments are written, and again when they are repeated.
+    /// are coded on their own. Called for each edit unit several times, when segments are measured, written and repeated,
+    /// and must say the same each time.
     std::function<void(std::int64_t editUnit, MXFIndexEntry& entry)> describe;
 
     /// If not empty, the index table as it is to be: for essence wrapped as a clip, whose edit units the writer does not

@@ -5,6 +5,7 @@
 
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/structure/MXFIndexCoder.h"
+#include "util/assertion_failure.h"
 
 namespace {
 
@@ -107,19 +108,23 @@ std::vector<std::size_t> MXFGCIntraIndexer::slices(std::size_t first, std::size_
     return starts;
 }
 
-MXFIndexTableSegment MXFGCIntraIndexer::segment(std::size_t first, std::size_t count) const {
+MXFIndexTableSegment MXFGCIntraIndexer::segment(std::int64_t first, std::int64_t end) const {
+    util::require(0 <= first && first < end && end <= editUnits(), "valid edit units");
+    const auto begin = static_cast<std::size_t>(first);
+    std::size_t count = std::min(static_cast<std::size_t>(end - first), mxfutil::maxIndexEntries(0, 0));
     MXFIndexTableSegment result;
-    std::vector<std::size_t> starts = slices(first, count, result.deltaEntryArray);
+    std::vector<std::size_t> starts = slices(begin, count, result.deltaEntryArray);
     const std::size_t most = mxfutil::maxIndexEntries(static_cast<std::uint8_t>(starts.size()), 0);
     if (count > most) {
         count = most;
-        starts = slices(first, count, result.deltaEntryArray);
+        starts = slices(begin, count, result.deltaEntryArray);
     }
     result.sliceCount = static_cast<std::uint8_t>(starts.size());
-    result.indexStartPosition = static_cast<std::int64_t>(first);
+    result.indexStartPosition = first;
     result.indexDuration = static_cast<std::int64_t>(count);
+    result.indexEntryArray.reserve(count);
     bool isReordered = false;
-    for (std::size_t i = first; i < first + count; ++i) {
+    for (std::size_t i = begin; i < begin + count; ++i) {
         MXFIndexEntry entry;
         describe(static_cast<std::int64_t>(i), entry);
         entry.streamOffset = packageAt(i).streamOffset;
@@ -136,17 +141,6 @@ MXFIndexTableSegment MXFGCIntraIndexer::segment(std::size_t first, std::size_t c
     }
     if (result.deltaEntryArray.size() == 1 && !isReordered) {
         result.deltaEntryArray.clear(); // a single element needs none
-    }
-    return result;
-}
-
-std::vector<MXFIndexTableSegment> MXFGCIntraIndexer::segments(std::int64_t first, std::int64_t end) const {
-    std::vector<MXFIndexTableSegment> result;
-    auto next = static_cast<std::size_t>(first);
-    while (next < static_cast<std::size_t>(end)) {
-        const std::size_t left = static_cast<std::size_t>(end) - next;
-        result.push_back(segment(next, std::min(left, mxfutil::maxIndexEntries(0, 0))));
-        next += result.back().indexEntryArray.size();
     }
     return result;
 }

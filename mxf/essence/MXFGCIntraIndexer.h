@@ -33,8 +33,9 @@ public:
     /// @param octets of the essence container, fill behind the last element included
     MXFIndexTableSegment constantSegment(std::uint64_t octets) const;
 
-    /// Segments for the edit units from @p first up to but without @p end: each with as many entries as its array can hold.
-    std::vector<MXFIndexTableSegment> segments(std::int64_t first, std::int64_t end) const;
+    /// The segment that begins with edit unit @p first: up to @p end but without it, or as many edit units as its array of
+    /// entries can hold. Requires "valid edit units": 0 <= first < end <= editUnits().
+    MXFIndexTableSegment segment(std::int64_t first, std::int64_t end) const;
 
     void startContentPackage() override;
     void startElement(const KLVKey& key) override;
@@ -58,7 +59,6 @@ private:
     std::size_t elementCount(std::size_t package) const;
     std::uint32_t offsetAt(std::size_t package, std::size_t element) const;
     std::vector<std::size_t> slices(std::size_t first, std::size_t count, std::vector<MXFDeltaEntry>& deltas) const;
-    MXFIndexTableSegment segment(std::size_t first, std::size_t count) const;
 
     std::uint64_t bodyStart_ = 0;
     std::uint64_t bodyOffset_ = 0;

@@ -49,16 +49,6 @@ void sendMetadata(KLVHandler& handler, const BRYXHeaderMetadata& metadata, std::
     metadata.send(coder);
 }
 
-void sendIndex(KLVHandler& handler, const std::vector<MXFIndexTableSegment>& segments, std::uint8_t form) {
-    MXFIndexCoder coder(handler);
-    coder.setBERLengthForm(form);
-    coder.startIndex();
-    for (const MXFIndexTableSegment& segment : segments) {
-        coder.indexTableSegment(segment);
-    }
-    coder.endIndex();
-}
-
 /// Makes @p padder ready for a region that @p send sends; for none if @p size is 0.
 void preparePadder(KLVStreamPadder& padder, std::uint64_t size, std::uint64_t least, std::uint64_t kagSize) {
     if (size == 0) {
@@ -137,7 +127,20 @@ struct BRYXWriterImpl::Container {
     std::uint64_t bodyStart = 0;         ///< position of the body that is written
     std::uint64_t packagesBefore = 0;    ///< content packages before that body
     std::vector<std::int64_t> indexedTo; ///< where the batches of segments end that stand in partitions
-    std::vector<MXFUID> segmentUIDs;     ///< of the segments that were written
+    std::size_t indexed = 0;             ///< the segments in these batches
+    std::vector<MXFUID> segmentUIDs;     ///< of the segments of the table, as far as they have been made
+    Segments constant;                   ///< the whole table, if it needs no entries
+};
+
+/// Index table segments for one partition. They take far more memory than what they are made of, so each is made when it is
+/// sent, and anew when it is sent again.
+struct BRYXWriterImpl::Index {
+    Container* container = nullptr;  ///< null if there are no segments
+    const Segments* given = nullptr; ///< the segments; null if the indexer makes them
+    std::int64_t first = 0;          ///< edit unit
+    std::vector<std::int64_t> ends;  ///< of the batches, each of as few segments as can be
+    std::size_t number = 0;          ///< of the first segment in the table
+    std::uint64_t octets = 0;
 };
 
 /// The structure receiver: ends a partition where a content package starts, if it has enough.
@@ -249,14 +252,13 @@ void BRYXWriterImpl::requireUnique(std::set<std::uint32_t>& known, std::uint32_t
 }
 
 void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus status,
-                                    const BRYXHeaderMetadata* metadata, const Segments& segments,
-                                    std::uint32_t bodySID) {
+                                    const BRYXHeaderMetadata* metadata, const Index& index, std::uint32_t bodySID) {
     MXFPartitionPack pack = headerPack_;
     pack.headerByteCount = 0;
     pack.bodySID = bodySID;
     const auto container = containers_.find(bodySID);
     pack.bodyOffset = container == containers_.end() ? 0 : container->second->octets;
-    pack.indexSID = segments.empty() ? 0 : segments.front().indexSID;
+    pack.indexSID = index.container == nullptr ? 0 : index.container->container.indexSID;
     if (metadata != nullptr) {
         pack.operationalPattern = metadata->operationalPattern;
         pack.essenceContainers = metadata->essenceContainers;
@@ -264,18 +266,17 @@ void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus st
     MXFWriter& writer = chain_->writer;
     const std::uint8_t form = configuration_.metadataLengthForm;
     const auto sendSets = [&](KLVHandler& handler) { sendMetadata(handler, *metadata, form); };
-    const auto sendSegments = [&](KLVHandler& handler) { sendIndex(handler, segments, form); };
     preparePadder(writer.headerMetadataReceiver(), metadata == nullptr ? 0 : sizeOf(sendSets),
                   kind == MXFPartitionKind::Header ? configuration_.headerSpace : 0, pack.kagSize);
-    preparePadder(writer.indexReceiver(), segments.empty() ? 0 : sizeOf(sendSegments), 0, pack.kagSize);
+    preparePadder(writer.indexReceiver(), index.octets, 0, pack.kagSize);
     partitionKey_ = mxfutil::partitionPackKey(kind, status);
     writer.structureReceiver().startPartition(partitionKey_, pack, 0);
     randomIndex_.push_back({bodySID, writer.structureReceiver().lastPack().thisPartition});
     if (metadata != nullptr) {
         sendRegion(writer.headerMetadataReceiver(), sendSets);
     }
-    if (!segments.empty()) {
-        sendRegion(writer.indexReceiver(), sendSegments);
+    if (index.container != nullptr) {
+        sendRegion(writer.indexReceiver(), [&](KLVHandler& handler) { sendIndex(handler, index); });
     }
 }
 
@@ -327,7 +328,7 @@ void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
     }
     if (current_ != nullptr && (known == containers_.end() || known->second.get() != current_)) {
         // The next partition is another container's.
-        writeIndexPartition(newSegments(*current_));
+        writeIndexPartition(newIndex(*current_));
     }
     if (known != containers_.end()) {
         current_ = known->second.get();
@@ -339,17 +340,16 @@ void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
     muxer_->setIndexer(current_->indexer);
     // A table that comes before its essence comes once.
     const bool isFirst = known == containers_.end() && configuration_.indexPlacement == Placement::BeforeEssence;
-    openBody(isFirst && isIndexed(*current_) ? complete(*current_, current_->container.segments, 0)
-                                             : newSegments(*current_));
+    openBody(isFirst ? wholeIndex(*current_) : newIndex(*current_));
     state_ = State::InEssence;
     gate_.open();
     gate_.repeatLengthForm();
     muxer_->padder().startStream(configuration_.kagSize);
 }
 
-void BRYXWriterImpl::openBody(const Segments& segments) {
+void BRYXWriterImpl::openBody(const Index& index) {
     Container& now = *current_;
-    startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, segments, now.container.bodySID);
+    startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, index, now.container.bodySID);
     now.bodyStart = position();
     now.packagesBefore = now.indexer.contentPackages();
     now.indexer.startBody(now.bodyStart, now.octets);
@@ -363,9 +363,9 @@ void BRYXWriterImpl::closeBody() {
 /// Ends a partition, and begins the next one of the same container.
 void BRYXWriterImpl::nextBody() {
     gate_.requireComplete();
-    const Segments segments = newSegments(*current_); // which the caller has a part in, and may throw
+    const Index index = newIndex(*current_); // which the caller has a part in, and may throw
     closeBody();
-    openBody(segments);
+    openBody(index);
     gate_.repeatLengthForm();
 }
 
@@ -442,66 +442,81 @@ std::set<std::uint32_t> BRYXWriterImpl::indexedContainers() const {
     return result;
 }
 
-/// Fills in what @p segments do not say. @p first is the number of the first one in the table: one that was written before
-/// has the instance UID that it had.
-BRYXWriterImpl::Segments BRYXWriterImpl::complete(Container& container, Segments segments, std::size_t first) {
-    for (MXFIndexTableSegment& segment : segments) {
+/// Sends the segments, with what they do not say filled in, and returns their number. One that was sent before has the
+/// instance UID that it had.
+std::size_t BRYXWriterImpl::sendIndex(KLVHandler& handler, const Index& index) {
+    Container& container = *index.container;
+    std::size_t number = index.number;
+    MXFIndexCoder coder(handler);
+    coder.setBERLengthForm(configuration_.metadataLengthForm);
+    const auto send = [&](MXFIndexTableSegment segment) {
         segment.indexEditRate = container.container.editRate;
         segment.indexSID = container.container.indexSID;
         segment.bodySID = container.container.bodySID;
-        if (first == container.segmentUIDs.size()) {
+        if (number == container.segmentUIDs.size()) {
             container.segmentUIDs.push_back(configuration_.uidGenerator->generateUID());
         }
-        segment.instanceUID = container.segmentUIDs[first++];
+        segment.instanceUID = container.segmentUIDs[number++];
+        coder.indexTableSegment(segment);
+    };
+    coder.startIndex();
+    if (index.given != nullptr) {
+        std::for_each(index.given->begin(), index.given->end(), send);
     }
-    return segments;
+    std::int64_t first = index.first;
+    for (const std::int64_t end : index.ends) {
+        while (first < end) {
+            MXFIndexTableSegment segment = container.indexer.segment(first, end);
+            first += segment.indexDuration;
+            send(std::move(segment));
+        }
+    }
+    coder.endIndex();
+    return number - index.number;
 }
 
 /// The segments for what has been written since the last ones, if they stand behind their essence.
-BRYXWriterImpl::Segments BRYXWriterImpl::newSegments(Container& container) {
-    if (!isIndexed(container) || configuration_.indexPlacement != Placement::AfterEssence ||
-        container.container.isConstant || !container.container.segments.empty()) {
-        return {};
-    }
+BRYXWriterImpl::Index BRYXWriterImpl::newIndex(Container& container) {
     const std::int64_t end = container.indexer.editUnits();
     const std::int64_t first = container.indexedTo.empty() ? 0 : container.indexedTo.back();
-    if (end == first) {
+    if (!isIndexed(container) || configuration_.indexPlacement != Placement::AfterEssence ||
+        container.container.isConstant || !container.container.segments.empty() || end == first) {
         return {};
     }
-    Segments segments = complete(container, container.indexer.segments(first, end), container.segmentUIDs.size());
+    Index index{&container, nullptr, first, {end}, container.indexed, 0};
+    std::size_t count = 0;
+    index.octets = sizeOf([&](KLVHandler& handler) { count = sendIndex(handler, index); });
     container.indexedTo.push_back(end);
-    return segments;
+    container.indexed += count;
+    return index;
 }
 
 /// The whole table. What stands in partitions already is repeated as it is.
-BRYXWriterImpl::Segments BRYXWriterImpl::allSegments(Container& container) {
+BRYXWriterImpl::Index BRYXWriterImpl::wholeIndex(Container& container) {
     if (!isIndexed(container)) {
         return {};
     }
+    Index index{&container, nullptr, 0, {}, 0, 0};
     if (!container.container.segments.empty()) {
-        return complete(container, container.container.segments, 0);
-    }
-    if (container.container.isConstant) {
-        const MXFIndexTableSegment constant = container.indexer.constantSegment(container.octets);
-        if (constant.editUnitByteCount != 0) {
-            return complete(container, {constant}, 0);
+        index.given = &container.container.segments;
+    } else if (container.container.isConstant) {
+        container.constant = {container.indexer.constantSegment(container.octets)};
+        if (container.constant.front().editUnitByteCount != 0) {
+            index.given = &container.constant;
         }
     }
-    Segments segments;
-    std::vector<std::int64_t> ends = container.indexedTo;
-    ends.push_back(container.indexer.editUnits());
-    std::int64_t first = 0;
-    for (const std::int64_t end : ends) {
-        Segments batch = container.indexer.segments(first, end);
-        segments.insert(segments.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(batch.end()));
-        first = end;
+    if (index.given == nullptr) {
+        index.ends = container.indexedTo;
+        index.ends.push_back(container.indexer.editUnits());
     }
-    return complete(container, std::move(segments), 0);
+    std::size_t count = 0;
+    index.octets = sizeOf([&](KLVHandler& handler) { count = sendIndex(handler, index); });
+    return count == 0 ? Index() : index;
 }
 
-void BRYXWriterImpl::writeIndexPartition(const Segments& segments) {
-    if (!segments.empty()) {
-        startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, segments, 0);
+void BRYXWriterImpl::writeIndexPartition(const Index& index) {
+    if (index.container != nullptr) {
+        startPartition(MXFPartitionKind::Body, configuration_.bodyStatus, nullptr, index, 0);
         endPartition();
     }
 }
@@ -512,11 +527,11 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     requireBetween();
     for (const auto& [bodySID, container] : containers_) {
         if (container.get() != current_) {
-            writeIndexPartition(allSegments(*container));
+            writeIndexPartition(wholeIndex(*container));
         }
     }
     startPartition(MXFPartitionKind::Footer, configuration_.footerStatus, &metadata,
-                   current_ == nullptr ? Segments() : allSegments(*current_), 0);
+                   current_ == nullptr ? Index() : wholeIndex(*current_), 0);
     endPartition();
     MXFStructureCoder& structure = chain_->writer.structureReceiver();
     const std::uint64_t footer = structure.lastPack().thisPartition;

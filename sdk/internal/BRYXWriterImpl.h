@@ -94,23 +94,24 @@ private:
     enum class State : std::uint8_t { BeforeStart, Between, InEssence, InGenericStream, Finished };
     using Segments = std::vector<MXFIndexTableSegment>;
     struct Container;
+    struct Index;
     class PartitionCutter;
 
     void requireBetween() const;
     MXFGCMuxer& muxer() const;
     void requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition);
     void startPartition(MXFPartitionKind kind, MXFPartitionStatus status, const BRYXHeaderMetadata* metadata,
-                        const Segments& segments, std::uint32_t bodySID);
+                        const Index& index, std::uint32_t bodySID);
     void endPartition();
-    void writeIndexPartition(const Segments& segments);
-    void openBody(const Segments& segments);
+    void writeIndexPartition(const Index& index);
+    void openBody(const Index& index);
     void closeBody();
     void nextBody();
     void cutBody();
     bool isIndexed(const Container& container) const;
-    Segments newSegments(Container& container);
-    Segments allSegments(Container& container);
-    Segments complete(Container& container, Segments segments, std::size_t first);
+    Index newIndex(Container& container);
+    Index wholeIndex(Container& container);
+    std::size_t sendIndex(KLVHandler& handler, const Index& index);
     bool closeHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer);
     void tellFooter(std::uint64_t footer);
 

@@ -403,11 +403,9 @@ def compare_ffprobe(check, inspect, path, report, reading, is_sample):
         if not is_sample:
             check.problems.append(f"ffprobe: {result.stderr.strip()}")
         return
-    # A property that is required and not there does not keep ffprobe from reading, nor does a track that it makes no use
-    # of, as that with a rate of 0 in timed-text-1.mxf.
+    # A property that is required and not there does not keep ffprobe from reading.
     check.same("ffprobe", "no errors", [finding["message"] for finding in grave(report)
-                                        if not finding["message"].startswith("missing ")
-                                        and finding["message"] != "invalid TimelineTrack.editRate value - 0/1"], [])
+                                        if not finding["message"].startswith("missing ")], [])
 
     probed = json.loads(result.stdout)
     check.same("ffprobe", "fileSize", report["fileSize"], int(probed["format"]["size"]))

@@ -207,15 +207,14 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
         }
         structure.endStream();
         EXPECT_EQ(engine.position() % std::max(kagSize, 1U), 0U);
-        const auto segments = indexer.segments(0, 7);
-        ASSERT_EQ(segments.size(), 1U);
-        EXPECT_EQ(segments[0].indexDuration, 7);
-        EXPECT_EQ(segments[0].sliceCount, 1);
-        ASSERT_EQ(segments[0].deltaEntryArray.size(), 3U);
-        EXPECT_EQ(segments[0].deltaEntryArray[2].slice, 1);
-        EXPECT_EQ(segments[0].deltaEntryArray[2].elementDelta, kagSize == 512 ? 512U : 120U);
+        const MXFIndexTableSegment segment = indexer.segment(0, 7);
+        EXPECT_EQ(segment.indexDuration, 7);
+        EXPECT_EQ(segment.sliceCount, 1);
+        ASSERT_EQ(segment.deltaEntryArray.size(), 3U);
+        EXPECT_EQ(segment.deltaEntryArray[2].slice, 1);
+        EXPECT_EQ(segment.deltaEntryArray[2].elementDelta, kagSize == 512 ? 512U : 120U);
         for (std::size_t i = 0; i < sizes.size(); ++i) {
-            const MXFIndexEntry& entry = segments[0].indexEntryArray.at(i);
+            const MXFIndexEntry& entry = segment.indexEntryArray.at(i);
             EXPECT_EQ(entry.streamOffset, offsets[i]);
             const std::uint32_t sound = kagSize == 512 ? (sizes[i] + 20 <= 492    ? 512
                                                           : sizes[i] + 20 <= 1004 ? 1024
@@ -224,7 +223,7 @@ TEST(GCWriting, KeepsToTheGridAndIndexes) {
             EXPECT_EQ(entry.sliceOffsets, std::vector<std::uint32_t>{sound}) << kagSize;
             EXPECT_EQ(entry.flags, MXFIndexEntryFlags::randomAccess);
         }
-        const MXFIndexTableSegment alike = indexer.segments(1, 3).at(0);
+        const MXFIndexTableSegment alike = indexer.segment(1, 3);
         EXPECT_EQ(alike.indexStartPosition, 1);
         EXPECT_EQ(alike.sliceCount, 0);
         EXPECT_EQ(alike.indexEntryArray.at(1).streamOffset, offsets[2]);
@@ -261,12 +260,13 @@ TEST(GCWriting, IndexesAtMostWhatAnArrayHolds) {
         structure.endElement(keys::picture);
         structure.endContentPackage();
     }
-    const auto segments = indexer.segments(0, 7000);
-    ASSERT_EQ(segments.size(), 2U);
-    EXPECT_EQ(segments[0].indexDuration, 5957);
-    EXPECT_EQ(segments[1].indexStartPosition, 5957);
-    EXPECT_EQ(segments[1].indexEntryArray.back().streamOffset, 6999U * 25);
-    EXPECT_TRUE(segments[0].deltaEntryArray.empty());
+    const MXFIndexTableSegment first = indexer.segment(0, 7000);
+    const MXFIndexTableSegment second = indexer.segment(5957, 7000);
+    EXPECT_EQ(first.indexDuration, 5957);
+    EXPECT_EQ(second.indexDuration, 1043);
+    EXPECT_EQ(second.indexEntryArray.back().streamOffset, 6999U * 25);
+    EXPECT_TRUE(first.deltaEntryArray.empty());
+    EXPECT_EQ(failure([&] { indexer.segment(5957, 7001); }), "valid edit units");
     const MXFIndexTableSegment constant = indexer.constantSegment(7000U * 25);
     EXPECT_EQ(constant.editUnitByteCount, 25U);
     EXPECT_EQ(constant.indexDuration, 7000);

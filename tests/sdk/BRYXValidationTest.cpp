@@ -110,6 +110,18 @@ const ClipOptions external = with([](ClipOptions& o) {
     o.hasEssence = false;
     o.change = [](Preface& p) { p.getContentStorage()->removeEssenceContainerDataAt(0); };
 });
+const ClipOptions listedData = with([](ClipOptions& o) {
+    o.change = [](Preface& p) {
+        const auto clip = SourceClip::create();
+        clip->setDataDefinition(GoodClip::dataData);
+        clip->setDuration(10);
+        const auto track = TimelineTrack::create();
+        track->setTrackID(9);
+        track->setEditRate({25, 1});
+        track->setSegment(clip);
+        p.getContentStorage()->getPackageAt(0)->addTrack(track);
+    };
+});
 const ClipOptions oneLine = with([](ClipOptions& o) {
     o.change = [](Preface& p) {
         const auto package = std::dynamic_pointer_cast<SourcePackage>(p.getContentStorage()->getPackageAt(1));
@@ -224,6 +236,7 @@ const Fault faults[] = {
     {M::duplicateTrackID, set<TimelineTrack>(1, "trackID", std::uint32_t{1})},
     {M::duplicateTrackNumber, set<TimelineTrack>(7, "trackNumber", std::uint32_t{0x16020101}), {}, Wanted::Metadata},
     {M::invalidEditRate, set<TimelineTrack>(0, "editRate", Rational{0, 1})},
+    {M::untimedData, set<TimelineTrack>(4, "editRate", Rational{0, 1}), listedData},
     {M::invalidOrigin, set<TimelineTrack>(0, "origin", std::int64_t{-1})},
     {M::originBeyondDuration, set<TimelineTrack>(0, "origin", std::int64_t{11})},
     {M::invalidDuration, set<Sequence>(0, "duration", std::int64_t{-2})},

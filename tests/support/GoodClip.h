@@ -25,6 +25,7 @@ struct ClipOptions {
     std::uint64_t partitionDuration = 5;
     Placement placement = Placement::AfterEssence;
     bool isConstant = false; ///< all edit units have one size
+    bool isClip = false;     ///< all edit units, of one size, are in one element
     bool hasSystemItems = true;
     bool hasSound = true;
     bool hasSequences = true; ///< or else a component alone on each track
@@ -58,6 +59,7 @@ public:
     static constexpr KLVKey timecodeData = klvutil::key("060e2b34.04010101.01030201.01000000");
     static constexpr KLVKey pictureData = klvutil::key("060e2b34.04010101.01030202.01000000");
     static constexpr KLVKey soundData = klvutil::key("060e2b34.04010101.01030202.02000000");
+    static constexpr KLVKey dataData = klvutil::key("060e2b34.04010101.01030202.03000000");
 
     struct Triplet {
         std::uint64_t position;
@@ -173,8 +175,13 @@ public:
             entry.keyFrameOffset = static_cast<std::int8_t>(-(editUnit % 5));
         };
         if (options_.hasEssence) {
-            writer.startEssence({1, 2, {25, 1}, options_.isConstant, describe, {}});
-            for (int frame = 0; frame < options_.frames; ++frame) {
+            std::vector<MXFIndexTableSegment> segments(options_.isClip ? 1 : 0);
+            for (MXFIndexTableSegment& segment : segments) {
+                segment.indexDuration = options_.frames;
+                segment.editUnitByteCount = static_cast<std::uint32_t>(options_.pictureSize);
+            }
+            writer.startEssence({1, 2, {25, 1}, options_.isConstant, describe, segments});
+            for (int frame = 0; frame < (options_.isClip ? 1 : options_.frames); ++frame) {
                 writePackage(writer, frame);
             }
             writer.endEssence();
@@ -446,7 +453,8 @@ private:
         MXFGCStructureHandler& structure = writer.structureReceiver();
         MXFGCEssenceHandler& essence = writer.essenceReceiver();
         const std::size_t more = options_.isConstant ? 0 : static_cast<std::size_t>(frame) * 37 % 100;
-        const std::size_t size = options_.pictureSize + more;
+        const std::size_t units = options_.isClip ? static_cast<std::size_t>(options_.frames) : 1;
+        const std::size_t size = options_.pictureSize * units + more;
         constexpr std::size_t soundSize = 192;
         const std::vector<std::uint8_t> content(std::max(size, soundSize), 7);
         structure.startContentPackage();

@@ -49,6 +49,14 @@ bool isDescriptiveDefinition(const KLVKey& dataDefinition) {
     return isMetadataDefinition(dataDefinition) && dataDefinition[12] == 0x10;
 }
 
+/// Whether @p track is one of data essence: timed text, ancillary data and the like.
+bool isDataTrack(const Track& track) {
+    constexpr std::uint8_t data[] = {0x01, 0x03, 0x02, 0x02, 0x03};
+    const auto segment = track.getSegment();
+    return segment != nullptr &&
+           std::equal(std::begin(data), std::end(data), segment->getDataDefinition().octets.begin() + 8);
+}
+
 } // namespace
 
 bool isMetadataDefinition(const KLVKey& dataDefinition) {
@@ -181,7 +189,11 @@ void BRYXPackageChecker::checkTrack(const Track& track) const {
 }
 
 void BRYXPackageChecker::checkTimelineTrack(const TimelineTrack& track) const {
-    if (!isRate(track.getEditRate())) {
+    // Data is timed by the track of the file package. What a material package says of it is often left empty, and pictures
+    // and sound are decoded all the same.
+    if (!isRate(track.getEditRate()) && isDataTrack(track) && !isEssenceTrack(track)) {
+        report(track, checks::untimedData, toString(track.getEditRate()));
+    } else if (!isRate(track.getEditRate())) {
         report(track, checks::invalidEditRate, "TimelineTrack.editRate", toString(track.getEditRate()));
     }
     const std::int64_t duration = durationOf(track);
