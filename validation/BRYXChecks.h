@@ -181,7 +181,7 @@ inline constexpr util::uuid base{
         "ST 377-1, Multiple Descriptor")                                                                               \
     ROW(undescribedTrack, base, 58, Strict, warning,                                                                   \
         "essence track that no descriptor of the MultipleDescriptor is for", "ST 377-1, Multiple Descriptor")          \
-    ROW(untimedData, base, 59, Standard, warning, "invalid TimelineTrack.editRate value of a data track",              \
+    ROW(untimedData, base, 59, Standard, warning, "invalid TimelineTrack.editRate value of data in a MaterialPackage", \
         "ST 377-1, Track")
 
 BRYX_METADATA_CHECKS(BRYX_DEFINE_CHECK)

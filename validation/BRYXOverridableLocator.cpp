@@ -33,7 +33,12 @@ void BRYXOverridableLocator::restoreLocator() {
 }
 
 void BRYXOverridableLocator::startStream() {
-    streams_.push_back(current_);
+    try {
+        streams_.push_back(current_);
+    } catch (...) {
+        leaveStream();
+        throw;
+    }
 }
 
 void BRYXOverridableLocator::endStream() {
@@ -43,6 +48,10 @@ void BRYXOverridableLocator::endStream() {
         hasLast_ = true;
     }
     streams_.pop_back();
+    leaveStream();
+}
+
+void BRYXOverridableLocator::leaveStream() {
     current_ = streams_.empty() ? nullptr : streams_.back();
 }
 
@@ -55,21 +64,31 @@ BRYXOverridableLocator::ErrorHandler::ErrorHandler(std::shared_ptr<::ErrorHandle
 
 BRYXOverridableLocator::ErrorHandler::~ErrorHandler() = default;
 
-void BRYXOverridableLocator::ErrorHandler::setLocator(const Locator& locator) {
-    locator_->setLocator(locator);
-    handler_->setLocator(*locator_);
-}
-
-void BRYXOverridableLocator::ErrorHandler::startStream() {
+template <class Call>
+void BRYXOverridableLocator::ErrorHandler::beforeStream(Call call) {
     try {
-        handler_->startStream();
+        call();
     } catch (...) {
-        // The stream's locator must not be asked any more.
+        // The stream does not start: its locator must not be asked any more.
         locator_->startStream();
         locator_->endStream();
         throw;
     }
-    locator_->startStream();
+}
+
+void BRYXOverridableLocator::ErrorHandler::setLocator(const Locator& locator) {
+    locator_->setLocator(locator);
+    beforeStream([&] { handler_->setLocator(*locator_); });
+}
+
+void BRYXOverridableLocator::ErrorHandler::startStream() {
+    beforeStream([&] { handler_->startStream(); });
+    try {
+        locator_->startStream();
+    } catch (...) {
+        handler_->endStream();
+        throw;
+    }
 }
 
 void BRYXOverridableLocator::ErrorHandler::endStream() {

@@ -31,6 +31,9 @@ public:
         void fatalError(const util::uuid& id, const std::string& message) override;
 
     private:
+        template <class Call>
+        void beforeStream(Call call);
+
         std::shared_ptr<::ErrorHandler> handler_;
         std::shared_ptr<BRYXOverridableLocator> locator_;
     };
@@ -52,6 +55,8 @@ public:
     virtual void endStream();
 
 private:
+    void leaveStream();
+
     const Locator* current_ = nullptr;
     std::vector<const Locator*> streams_;
     std::streampos override_ = 0;

@@ -45,6 +45,42 @@ TEST(BRYXOverridableLocator, TellsPositionsDuringAndAfterReading) {
     EXPECT_EQ(failure([&] { BRYXOverridableLocator::ErrorHandler(nullptr, locator); }), "error handler is present");
 }
 
+TEST(BRYXOverridableLocator, ForgetsAStreamThatCannotStart) {
+    struct Full : BRYXOverridableLocator {
+        bool isFull = true;
+        void startStream() override {
+            if (isFull) {
+                throw std::bad_alloc();
+            }
+            BRYXOverridableLocator::startStream();
+        }
+    };
+    struct Counter : DullErrorHandler {
+        int open = 0;
+        bool refuses = false;
+        void setLocator(const Locator&) override {
+            if (refuses) {
+                throw std::runtime_error("no");
+            }
+        }
+        void startStream() override { ++open; }
+        void endStream() override { --open; }
+    };
+    const auto locator = std::make_shared<Full>();
+    const auto counter = std::make_shared<Counter>();
+    BRYXOverridableLocator::ErrorHandler handler(counter, locator);
+    std::streampos position = 10;
+    const InputLocator inner(position);
+    handler.setLocator(inner);
+    EXPECT_THROW(handler.startStream(), std::bad_alloc);
+    EXPECT_EQ(counter->open, 0);
+    locator->isFull = false;
+    counter->refuses = true;
+    EXPECT_THROW(handler.setLocator(inner), std::runtime_error);
+    position = 20; // which nobody asks for any more
+    EXPECT_EQ(std::streamoff{locator->streampos()}, 10);
+}
+
 TEST(BRYXSystemParser, TellsTheSchemesApart) {
     struct Receiver : MXFPDProxySystemHandler {
         int proxies = 0;

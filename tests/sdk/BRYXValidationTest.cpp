@@ -110,16 +110,19 @@ const ClipOptions external = with([](ClipOptions& o) {
     o.hasEssence = false;
     o.change = [](Preface& p) { p.getContentStorage()->removeEssenceContainerDataAt(0); };
 });
+/// With a track of data, which is nowhere, in both packages.
 const ClipOptions listedData = with([](ClipOptions& o) {
     o.change = [](Preface& p) {
-        const auto clip = SourceClip::create();
-        clip->setDataDefinition(GoodClip::dataData);
-        clip->setDuration(10);
-        const auto track = TimelineTrack::create();
-        track->setTrackID(9);
-        track->setEditRate({25, 1});
-        track->setSegment(clip);
-        p.getContentStorage()->getPackageAt(0)->addTrack(track);
+        for (std::size_t i = 0; i < 2; ++i) {
+            const auto clip = SourceClip::create();
+            clip->setDataDefinition(GoodClip::dataData);
+            clip->setDuration(10);
+            const auto track = TimelineTrack::create();
+            track->setTrackID(9);
+            track->setEditRate({25, 1});
+            track->setSegment(clip);
+            p.getContentStorage()->getPackageAt(i)->addTrack(track);
+        }
     };
 });
 const ClipOptions oneLine = with([](ClipOptions& o) {
@@ -236,6 +239,7 @@ const Fault faults[] = {
     {M::duplicateTrackID, set<TimelineTrack>(1, "trackID", std::uint32_t{1})},
     {M::duplicateTrackNumber, set<TimelineTrack>(7, "trackNumber", std::uint32_t{0x16020101}), {}, Wanted::Metadata},
     {M::invalidEditRate, set<TimelineTrack>(0, "editRate", Rational{0, 1})},
+    {M::invalidEditRate, set<TimelineTrack>(9, "editRate", Rational{0, 1}), listedData},
     {M::untimedData, set<TimelineTrack>(4, "editRate", Rational{0, 1}), listedData},
     {M::invalidOrigin, set<TimelineTrack>(0, "origin", std::int64_t{-1})},
     {M::originBeyondDuration, set<TimelineTrack>(0, "origin", std::int64_t{11})},

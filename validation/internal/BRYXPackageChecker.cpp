@@ -165,7 +165,7 @@ void BRYXPackageChecker::checkPackage(const GenericPackage& package) const {
         if (isLinked(package) && isEssenceTrack(*track) && !numbers.insert(track->getTrackNumber()).second) {
             report(*track, checks::duplicateTrackNumber, std::to_string(track->getTrackNumber()));
         }
-        checkTrack(*track);
+        checkTrack(package, *track);
         forEachComponent(*track, [&](const Component& component) { checkComponent(package, *track, component); });
     }
     // Tracks of packages whose essence is elsewhere may be as they like.
@@ -174,11 +174,11 @@ void BRYXPackageChecker::checkPackage(const GenericPackage& package) const {
     }
 }
 
-void BRYXPackageChecker::checkTrack(const Track& track) const {
+void BRYXPackageChecker::checkTrack(const GenericPackage& package, const Track& track) const {
     const auto* const timeline = as<TimelineTrack>(&track);
     const auto* const event = as<EventTrack>(&track);
     if (timeline != nullptr) {
-        checkTimelineTrack(*timeline);
+        checkTimelineTrack(package, *timeline);
     } else if (event != nullptr && !isRate(event->getEditRate())) {
         report(track, checks::invalidEditRate, "EventTrack.editRate", toString(event->getEditRate()));
     }
@@ -188,13 +188,15 @@ void BRYXPackageChecker::checkTrack(const Track& track) const {
     }
 }
 
-void BRYXPackageChecker::checkTimelineTrack(const TimelineTrack& track) const {
-    // Data is timed by the track of the file package. What a material package says of it is often left empty, and pictures
-    // and sound are decoded all the same.
-    if (!isRate(track.getEditRate()) && isDataTrack(track) && !isEssenceTrack(track)) {
-        report(track, checks::untimedData, toString(track.getEditRate()));
-    } else if (!isRate(track.getEditRate())) {
-        report(track, checks::invalidEditRate, "TimelineTrack.editRate", toString(track.getEditRate()));
+void BRYXPackageChecker::checkTimelineTrack(const GenericPackage& package, const TimelineTrack& track) const {
+    if (!isRate(track.getEditRate())) {
+        // Data is timed by the track of its file package. What a material package says of it is often left empty, and
+        // pictures and sound are decoded all the same.
+        if (as<MaterialPackage>(&package) != nullptr && isDataTrack(track)) {
+            report(track, checks::untimedData, toString(track.getEditRate()));
+        } else {
+            report(track, checks::invalidEditRate, "TimelineTrack.editRate", toString(track.getEditRate()));
+        }
     }
     const std::int64_t duration = durationOf(track);
     if (track.getOrigin() < 0) {

@@ -48,8 +48,8 @@ private:
     using Package = std::shared_ptr<const GenericPackage>;
 
     void checkPackage(const GenericPackage& package) const;
-    void checkTrack(const Track& track) const;
-    void checkTimelineTrack(const TimelineTrack& track) const;
+    void checkTrack(const GenericPackage& package, const Track& track) const;
+    void checkTimelineTrack(const GenericPackage& package, const TimelineTrack& track) const;
     void checkDurations(const GenericPackage& package) const;
     void checkSequence(const Sequence& sequence, bool isTimeline) const;
     void checkComponent(const GenericPackage& package, const Track& track, const Component& component) const;
