@@ -112,10 +112,11 @@ struct BRYXEssenceContainer {
 /// @endcode
 ///
 /// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "in content package", "not
-/// in content package", "in generic stream", "not finished"; and so does a partition that would end within an element,
-/// "complete element". What was written is a readable file whenever a partition ends. A write that fails throws
+/// in content package", "content package has elements", "in generic stream", "not finished"; and so does a partition that
+/// would end within an element, "complete element". What was written is a readable file whenever a partition ends. A write that fails throws
 /// util::assertion_failure "successful write()"; nothing is written after it. A writer that has thrown anything but a call
-/// out of order is done for. It is used by one thread at a time.
+/// out of order is done for; after a failure within a partition's pack, metadata or index table, further calls fail "no
+/// failure before". It is used by one thread at a time.
 class BRYX_API BRYXWriter {
 public:
     virtual ~BRYXWriter();
@@ -159,7 +160,8 @@ public:
     virtual KLVHandler& startGenericStream(std::uint32_t bodySID) = 0;
     virtual void endGenericStream() = 0;
 
-    /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition.
+    /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition. Metadata that
+    /// cannot be coded fails before anything is written.
     ///
     /// Requires of a stream that can seek "stream writes where it stands", which one opened for appending does not.
     ///

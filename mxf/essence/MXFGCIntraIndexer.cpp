@@ -125,9 +125,9 @@ MXFIndexTableSegment MXFGCIntraIndexer::segment(std::int64_t first, std::int64_t
     result.indexEntryArray.reserve(count);
     bool isReordered = false;
     for (std::size_t i = begin; i < begin + count; ++i) {
-        MXFIndexEntry entry;
-        describe(static_cast<std::int64_t>(i), entry);
-        entry.streamOffset = packageAt(i).streamOffset;
+        MXFIndexEntry told;
+        describe(static_cast<std::int64_t>(i), told);
+        MXFIndexEntry entry{told.temporalOffset, told.keyFrameOffset, told.flags, packageAt(i).streamOffset, {}, {}};
         for (const std::size_t element : starts) {
             entry.sliceOffsets.push_back(offsetAt(i, element));
         }

@@ -158,16 +158,19 @@ public:
         require(!isInPackage_, "not in content package");
         writer_.cutBody();
         isInPackage_ = true;
+        hasElements_ = false;
         next().startContentPackage();
     }
     void endContentPackage() override {
         require(isInPackage_, "in content package");
+        require(hasElements_, "content package has elements"); // else its index entry would lead to what comes next
         writer_.gate_.requireComplete();
         isInPackage_ = false;
         next().endContentPackage();
     }
     void startElement(const KLVKey& key) override {
         require(isInPackage_, "in content package");
+        hasElements_ = true;
         next().startElement(key);
     }
     void endElement(const KLVKey& key) override {
@@ -185,6 +188,7 @@ private:
 
     BRYXWriterImpl& writer_;
     bool isInPackage_ = false;
+    bool hasElements_ = false;
 };
 
 // ---- The writer ----
@@ -244,7 +248,12 @@ KLVHandler& BRYXWriterImpl::bodyReceiver() {
 void BRYXWriterImpl::requireBetween() const {
     require(state_ != State::BeforeStart, "after start");
     require(state_ != State::Finished, "not finished");
+    require(state_ != State::Failed, "no failure before");
     require(state_ == State::Between, "not in essence");
+}
+
+void BRYXWriterImpl::requireCodable(const BRYXHeaderMetadata& metadata) const {
+    sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
 }
 
 void BRYXWriterImpl::requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition) {
@@ -270,6 +279,7 @@ void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus st
                   kind == MXFPartitionKind::Header ? configuration_.headerSpace : 0, pack.kagSize);
     preparePadder(writer.indexReceiver(), index.octets, 0, pack.kagSize);
     partitionKey_ = mxfutil::partitionPackKey(kind, status);
+    const State before = std::exchange(state_, State::Failed); // if something fails from here on
     writer.structureReceiver().startPartition(partitionKey_, pack, 0);
     randomIndex_.push_back({bodySID, writer.structureReceiver().lastPack().thisPartition});
     if (metadata != nullptr) {
@@ -278,6 +288,7 @@ void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus st
     if (index.container != nullptr) {
         sendRegion(writer.indexReceiver(), [&](KLVHandler& handler) { sendIndex(handler, index); });
     }
+    state_ = before;
 }
 
 void BRYXWriterImpl::endPartition() {
@@ -287,8 +298,7 @@ void BRYXWriterImpl::endPartition() {
 
 void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     require(state_ == State::BeforeStart, "before start");
-    // What cannot be coded fails here.
-    sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
+    requireCodable(metadata);
     if (*stream_) {
         base_ = stream_->tellp();
         stream_->clear(stream_->rdstate() & ~std::ios::failbit); // which one that cannot tell its position may set
@@ -363,7 +373,7 @@ void BRYXWriterImpl::closeBody() {
 /// Ends a partition, and begins the next one of the same container.
 void BRYXWriterImpl::nextBody() {
     gate_.requireComplete();
-    const Index index = newIndex(*current_); // which the caller has a part in, and may throw
+    const Index index = newIndex(*current_); // asks the caller, who may throw: before anything is written
     closeBody();
     openBody(index);
     gate_.repeatLengthForm();
@@ -525,13 +535,20 @@ void BRYXWriterImpl::writeIndexPartition(const Index& index) {
 
 bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     requireBetween();
+    // What cannot be coded or described fails before anything is written.
+    requireCodable(metadata);
+    std::vector<Index> indexes;
     for (const auto& [bodySID, container] : containers_) {
         if (container.get() != current_) {
-            writeIndexPartition(wholeIndex(*container));
+            indexes.push_back(wholeIndex(*container));
         }
     }
-    startPartition(MXFPartitionKind::Footer, configuration_.footerStatus, &metadata,
-                   current_ == nullptr ? Index() : wholeIndex(*current_), 0);
+    const Index last = current_ == nullptr ? Index() : wholeIndex(*current_);
+    state_ = State::Failed; // unless all is written
+    for (const Index& index : indexes) {
+        writeIndexPartition(index);
+    }
+    startPartition(MXFPartitionKind::Footer, configuration_.footerStatus, &metadata, last, 0);
     endPartition();
     MXFStructureCoder& structure = chain_->writer.structureReceiver();
     const std::uint64_t footer = structure.lastPack().thisPartition;

@@ -91,13 +91,14 @@ public:
     std::set<std::uint32_t> indexedContainers() const;
 
 private:
-    enum class State : std::uint8_t { BeforeStart, Between, InEssence, InGenericStream, Finished };
+    enum class State : std::uint8_t { BeforeStart, Between, InEssence, InGenericStream, Finished, Failed };
     using Segments = std::vector<MXFIndexTableSegment>;
     struct Container;
     struct Index;
     class PartitionCutter;
 
     void requireBetween() const;
+    void requireCodable(const BRYXHeaderMetadata& metadata) const;
     MXFGCMuxer& muxer() const;
     void requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition);
     void startPartition(MXFPartitionKind kind, MXFPartitionStatus status, const BRYXHeaderMetadata* metadata,

@@ -257,6 +257,7 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { structure.startElement(keys::picture); }), "in content package");
     EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "in content package");
     structure.startContentPackage();
+    EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "content package has elements");
     structure.startElement(keys::picture);
     std::uint64_t size = 0;
     std::uint8_t* buffer = nullptr;
@@ -333,27 +334,6 @@ TEST(BRYXWriter, HidesNoFailureOfTheStream) {
     }
     EXPECT_GT(failures, 200U);
 
-    // What fails while a partition is changed has changed nothing.
-    const auto file = std::make_shared<std::stringstream>();
-    const auto careful = createVerifyingBRYXWriter(file);
-    BRYXWriterConfiguration configuration;
-    configuration.partitionDuration = 2;
-    careful->setConfiguration(configuration);
-    careful->start(metadata());
-    bool throws = true;
-    const auto describe = [&](std::int64_t /*editUnit*/, MXFIndexEntry& entry) {
-        entry.flags = MXFIndexEntryFlags::randomAccess;
-        if (throws) {
-            throw std::runtime_error("no description");
-        }
-    };
-    careful->startEssence({1, 2, {25, 1}, false, describe, {}});
-    EXPECT_THROW(writePackages(*careful, 3), std::runtime_error);
-    throws = false;
-    writePackages(*careful, 3);
-    careful->endEssence();
-    EXPECT_TRUE(careful->finish(metadata()));
-
     // A device that changes what it is given is found out, when that is written or at the end.
     const auto lying = std::make_shared<std::stringstream>();
     const auto writer = createVerifyingBRYXWriter(lying);
@@ -366,6 +346,59 @@ TEST(BRYXWriter, HidesNoFailureOfTheStream) {
     lying->str(octets);
     lying->seekp(0, std::ios::end);
     EXPECT_THROW(writer->finish(metadata()), VerifyingKLVHandler::exception);
+}
+
+/// Index entries are described when segments are measured, and again when they are written.
+TEST(BRYXWriter, BearsADescriptionThatFails) {
+    const auto write = [](BRYXWriter& writer, int failing) {
+        BRYXWriterConfiguration configuration;
+        configuration.partitionDuration = 2;
+        writer.setConfiguration(configuration);
+        writer.start(metadata());
+        int calls = 0;
+        const auto describe = [&](std::int64_t /*editUnit*/, MXFIndexEntry& entry) {
+            entry.flags = MXFIndexEntryFlags::randomAccess;
+            if (calls++ == failing) {
+                throw std::runtime_error("no description");
+            }
+        };
+        writer.startEssence({1, 2, {25, 1}, false, describe, {}});
+        int failures = 0;
+        const auto insist = [&](auto call) {
+            try {
+                call();
+            } catch (const std::runtime_error&) {
+                ++failures;
+                call();
+            }
+        };
+        for (int i = 0; i < 5; ++i) {
+            insist([&] { writePackages(writer, 1); });
+        }
+        writer.endEssence();
+        insist([&] { writer.finish(metadata()); });
+        return failures;
+    };
+    int survived = 0;
+    for (int failing = 0;; ++failing) {
+        const auto file = std::make_shared<std::stringstream>();
+        const auto writer = createVerifyingBRYXWriter(file);
+        int failures = 0;
+        const std::string failed = failure([&] { failures = write(*writer, failing); });
+        if (failed == "none" && failures == 0) {
+            EXPECT_EQ(failing, 2 * 2 + 2 * 2 + 2 * 5);
+            break; // it was not called so often
+        }
+        if (failed == "none") {
+            ++survived; // nothing had been written yet
+            continue;
+        }
+        const std::size_t size = file->str().size();
+        EXPECT_NE(failure([&] { writer->endEssence(); }), "none");
+        EXPECT_EQ(failure([&] { writer->finish(metadata()); }), "no failure before");
+        EXPECT_EQ(file->str().size(), size);
+    }
+    EXPECT_EQ(survived, 2 + 2 + 5);
 }
 
 TEST(BRYXWriter, WritesFilesBeyond4GiB) {
