@@ -2,10 +2,11 @@
 /// half of what they should or lie about the end, and allocations fail; at one place after the other. Each time an
 /// exception tells so, nothing leaks, and what promises to be usable afterwards is.
 ///
-/// usage: faults [all]     all: each place where something can fail; else, where they are many, every so many
+/// usage: faults [some]     each place where something can fail; some: every so many, where they are many
 
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <sstream>
 #include <string_view>
 
@@ -23,7 +24,7 @@ namespace {
 std::string name;
 
 /// Whether each place is tried.
-bool triesAll = false;
+bool triesAll = true;
 
 void expect(bool condition, const char* what) {
     if (!condition) {
@@ -40,6 +41,10 @@ enum class Fault : std::uint8_t {
     EndsEarly ///< tells an end that is not one
 };
 constexpr const char* faultNames[] = {"fails", "throws", "breaks", "ends late", "ends early"};
+
+/// Those of streams whose end nobody asks for.
+const std::vector<Fault> failures{Fault::Fails, Fault::Throws, Fault::Breaks};
+const std::vector<Fault> allFaults{Fault::Fails, Fault::Throws, Fault::Breaks, Fault::EndsLate, Fault::EndsEarly};
 
 /// A stream over octets in memory whose operations go wrong from some point on, or at that point alone.
 class FaultyStream : private std::streambuf, public std::iostream {
@@ -186,12 +191,55 @@ struct Reading {
     std::shared_ptr<MXFMetadataFactory> factory; ///< none for one of the reader's own
 };
 
+/// A partial reader that reads all of the partitions of a file, and those who listen to it.
+class PartialReading {
+public:
+    explicit PartialReading(const GoodClip& clip)
+        : stream(std::make_shared<FaultyStream>(clip.octets)), clip_(clip), reader_(createBRYXPartialReader(stream)) {
+        listen();
+    }
+
+    const std::shared_ptr<FaultyStream> stream;
+
+    void read() {
+        reader_->skipRunIn();
+        reader_->readRandomIndexPack();
+        for (const GoodClip::Triplet& pack : clip_.packs()) {
+            reader_->readPartition(pack.position);
+        }
+    }
+
+    /// Reads again from a stream that works, and expects what a new reader gets.
+    void again(const PartialReading& fresh) {
+        expect(listener_->findings.open == 0, "the stream of findings does not end");
+        stream->repair();
+        listen();
+        read();
+        expect(gotTheSameAs(fresh), "the partial reader does not read as a new one does");
+    }
+
+    bool gotTheSameAs(const PartialReading& other) const { return listener_->sum == other.listener_->sum; }
+
+private:
+    void listen() {
+        listener_ = std::make_shared<Listener>();
+        reader_->setStructureHandler(listener_);
+        reader_->setMetadataHandler(listener_);
+        reader_->setIndexHandler(listener_);
+        reader_->setErrorHandler({listener_, &listener_->findings});
+    }
+
+    const GoodClip& clip_;
+    std::shared_ptr<BRYXPartialReader> reader_;
+    std::shared_ptr<Listener> listener_;
+};
+
 /// Calls @p attempt with something that spoils a stream: with a fault at the first operation, and @p step operations
 /// later each time, until it returns false: there was no such operation.
 template <class Attempt>
-void failOperations(const std::string& what, std::size_t step, Attempt attempt) {
+void failOperations(const std::string& what, const std::vector<Fault>& faults, std::size_t step, Attempt attempt) {
     std::size_t attempts = 0;
-    for (const Fault fault : {Fault::Fails, Fault::Throws, Fault::Breaks, Fault::EndsLate, Fault::EndsEarly}) {
+    for (const Fault fault : faults) {
         for (const bool lasts : {false, true}) {
             std::size_t operation = 0;
             do {
@@ -205,66 +253,6 @@ void failOperations(const std::string& what, std::size_t step, Attempt attempt) 
         }
     }
     std::printf("%s: %zu faults of streams\n", what.c_str(), attempts);
-}
-
-void failWhileReading(const std::string& file) {
-    Reading fresh(file);
-    expect(readsToEnd(*fresh.reader) && fresh.listener->findings.reports.empty(), "the file is good");
-    const auto factory = std::make_shared<BRYXMetadataFactory>();
-    failOperations("reading", 1, [&](auto prepare) {
-        Reading reading(file, factory);
-        prepare(*reading.stream);
-        bool isWhole = false;
-        try {
-            isWhole = readsToEnd(*reading.reader);
-        } catch (const util::assertion_failure&) {
-            // The buffer set the state of the stream, and gave the octets nevertheless: a fault of the program.
-            expect(reading.stream->bad(), "no fault of the stream fails an assertion");
-        }
-        // A stream that ends where it begins is no file.
-        const bool isMissed = reading.listener->findings.reports.empty() && reading.listener->sum != 0;
-        expect(!isWhole || reading.gotTheSameAs(fresh) || !isMissed, "octets are missing, and nobody says so");
-        const bool hasFailed = reading.stream->hasFailed();
-        reading.again(fresh);
-        return hasFailed;
-    });
-}
-
-/// Whether the clip could be written.
-bool writes(const GoodClip& clip, BRYXWriter& writer) {
-    try {
-        clip.write(writer);
-        return true;
-    } catch (const util::assertion_failure&) {
-        return false;
-    } catch (const VerifyingKLVHandler::exception&) {
-        return false;
-    } catch (Fault) {
-        return false; // from where the stream stands: only what is written or read is guarded
-    }
-}
-
-void failWhileWriting(const GoodClip& clip) {
-    const auto factory = std::make_shared<BRYXMetadataFactory>();
-    for (const bool verifies : {false, true}) {
-        failOperations(verifies ? "writing and verifying" : "writing",
-                       triesAll   ? 1
-                       : verifies ? 31
-                                  : 7,
-                       [&](auto prepare) {
-                           const auto stream = std::make_shared<FaultyStream>("");
-                           prepare(*stream);
-                           const bool isWritten =
-                               writes(clip, verifies ? *createVerifyingBRYXWriter(stream) : *createBRYXWriter(stream));
-                           expect(isWritten || verifies || stream->writesAfterFailure() == 0,
-                                  "something is written after a failure");
-                           if (isWritten) {
-                               expect(readsToEnd(*Reading(stream->octets(), factory).reader),
-                                      "what was written cannot be read");
-                           }
-                           return stream->hasFailed();
-                       });
-    }
 }
 
 /// Has allocations fail while @p run works on what @p make returns, until none is left that could fail. Then @p check
@@ -301,6 +289,112 @@ void failAllocations(const char* what, Make make, Run run, Check check) {
         }
     }
     std::printf("%s: %zu of %zu allocations, each once and for ever\n", what, attempts / 2, count);
+}
+
+void failWhileReading(const std::string& file) {
+    Reading fresh(file);
+    expect(readsToEnd(*fresh.reader) && fresh.listener->findings.reports.empty(), "the file is good");
+    const auto factory = std::make_shared<BRYXMetadataFactory>();
+    failOperations("reading", allFaults, 1, [&](auto prepare) {
+        Reading reading(file, factory);
+        prepare(*reading.stream);
+        bool isWhole = false;
+        try {
+            isWhole = readsToEnd(*reading.reader);
+        } catch (const util::assertion_failure&) {
+            // The buffer set the state of the stream, and gave the octets nevertheless: a fault of the program.
+            expect(reading.stream->bad(), "no fault of the stream fails an assertion");
+        }
+        // A stream that ends where it begins is no file.
+        const bool isMissed = reading.listener->findings.reports.empty() && reading.listener->sum != 0;
+        expect(!isWhole || reading.gotTheSameAs(fresh) || !isMissed, "octets are missing, and nobody says so");
+        const bool hasFailed = reading.stream->hasFailed();
+        reading.again(fresh);
+        return hasFailed;
+    });
+}
+
+void failWhileReadingParts(const GoodClip& clip) {
+    PartialReading fresh(clip);
+    fresh.read();
+    failOperations("reading parts", allFaults, 1, [&](auto prepare) {
+        PartialReading reading(clip);
+        prepare(*reading.stream);
+        try {
+            reading.read();
+        } catch (const klvutil::parse_error&) {
+        } catch (const util::assertion_failure& failure) {
+            // A stream that cannot seek, or a buffer that set the state of its stream and gave the octets nevertheless.
+            const std::string_view what = failure.what();
+            expect(what.find("successful seekg()") != what.npos || what.find("input stream is good") != what.npos,
+                   failure.what());
+        }
+        const bool hasFailed = reading.stream->hasFailed();
+        reading.again(fresh);
+        return hasFailed;
+    });
+    failAllocations(
+        "reading parts", [&] { return std::make_unique<PartialReading>(clip); },
+        [](PartialReading& reading) { reading.read(); },
+        [&](PartialReading& reading, bool isDone) {
+            expect(!isDone || reading.gotTheSameAs(fresh), "something is lost");
+            reading.again(fresh);
+        });
+}
+
+/// Whether the clip could be written.
+bool writes(const GoodClip& clip, BRYXWriter& writer) {
+    try {
+        clip.write(writer);
+        return true;
+    } catch (const util::assertion_failure&) {
+        return false;
+    } catch (const VerifyingKLVHandler::exception&) {
+        return false;
+    } catch (Fault) {
+        return false; // from where the stream stands: only what is written or read is guarded
+    }
+}
+
+/// Knows what comes of a file that was written whole: as into a stream that seeks, or as into a pipe, where the writer
+/// takes the stream for one since it does not tell its position.
+class Written {
+public:
+    explicit Written(const GoodClip& clip) {
+        const auto file = std::make_shared<FaultyStream>("");
+        clip.write(*createBRYXWriter(file));
+        const auto pipe = std::make_shared<OutputPipe>();
+        clip.write(*createBRYXWriter(pipe));
+        sums_ = {sumOf(file->octets()), sumOf(pipe->octets())};
+    }
+
+    bool isWhole(const std::string& octets) const { return sums_.count(sumOf(octets)) != 0; }
+
+private:
+    std::uint64_t sumOf(const std::string& octets) const {
+        const Reading reading(octets, factory_);
+        expect(readsToEnd(*reading.reader), "what was written cannot be read");
+        return reading.listener->sum;
+    }
+
+    std::shared_ptr<BRYXMetadataFactory> factory_ = std::make_shared<BRYXMetadataFactory>();
+    std::set<std::uint64_t> sums_;
+};
+
+void failWhileWriting(const GoodClip& clip) {
+    const Written written(clip);
+    for (const bool verifies : {false, true}) {
+        const std::size_t step = triesAll ? 1 : verifies ? 31 : 7;
+        failOperations(verifies ? "writing and verifying" : "writing", failures, step, [&](auto prepare) {
+            const auto stream = std::make_shared<FaultyStream>("");
+            prepare(*stream);
+            const bool isWritten =
+                writes(clip, verifies ? *createVerifyingBRYXWriter(stream) : *createBRYXWriter(stream));
+            expect(stream->writesAfterFailure() == 0, "something is written after a failure");
+            expect(!isWritten || written.isWhole(stream->octets()), "something is lost");
+            return stream->hasFailed();
+        });
+    }
 }
 
 void failToAllocate(const GoodClip& clip) {
@@ -342,19 +436,24 @@ void failToAllocate(const GoodClip& clip) {
             expect(coded(model, factory) == region, "the model is not what it was");
         });
 
+    const Written written(clip);
     using Stream = std::shared_ptr<FaultyStream>;
+    const auto makeStream = [] { return std::make_unique<Stream>(std::make_shared<FaultyStream>("")); };
+    const auto checkStream = [&](const Stream& stream, bool isDone) {
+        expect(!isDone || written.isWhole(stream->octets()), "something is lost");
+    };
     failAllocations(
-        "writing", [] { return std::make_unique<Stream>(std::make_shared<FaultyStream>("")); },
-        [&](const Stream& stream) { clip.write(*createBRYXWriter(stream)); },
-        [](const Stream& stream, bool isDone) {
-            expect(!isDone || readsToEnd(*Reading(stream->octets()).reader), "what was written cannot be read");
-        });
+        "writing", makeStream, [&](const Stream& stream) { clip.write(*createBRYXWriter(stream)); }, checkStream);
+    failAllocations(
+        "writing and verifying", makeStream,
+        [&](const Stream& stream) { clip.write(*createVerifyingBRYXWriter(stream)); }, checkStream);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    triesAll = argc == 2 && std::string_view(argv[1]) == "all";
+    triesAll = argc != 2 || std::string_view(argv[1]) != "some";
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // what was tried is of interest above all if the next thing fails
     std::set_terminate([] {
         try {
             throw;
@@ -366,6 +465,7 @@ int main(int argc, char** argv) {
     });
     const GoodClip clip(smallClip());
     failWhileReading(clip.octets);
+    failWhileReadingParts(clip);
     failWhileWriting(clip);
     failToAllocate(clip);
     return 0;
