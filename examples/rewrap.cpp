@@ -234,10 +234,19 @@ private:
     bool hasFound_ = false;
 };
 
+/// What must be known of an index table to make it anew, beside the places of edit units; or to copy it.
+struct IndexTable {
+    std::uint32_t indexSID;
+    Rational editRate;
+    bool isConstant; ///< all edit units have one size
+    /// By the edit unit that they begin at. Empty unless they are copied: that of a clip, or all to keep the layout.
+    std::map<std::int64_t, MXFIndexTableSegment> segments;
+};
+
 /// What must be known of a file before it is written again.
 class Survey final : public DullMXFStructureHandler, private DullMXFGCStructureHandler, private MXFIndexHandler {
 public:
-    explicit Survey(ErrorPrinter& errors) : metadata(errors), errors_(errors) {
+    Survey(ErrorPrinter& errors, bool keepsLayout) : metadata(errors), errors_(errors), keepsLayout_(keepsLayout) {
         indexParser_.setErrorHandler(&errors);
         splitter_.setErrorHandler(&errors);
     }
@@ -246,9 +255,9 @@ public:
     MXFPartitionPack pack; ///< of the partition with the latest labels
     MetadataCollector metadata;
     MXFIndexCalculator::Collector index;
-    std::map<std::uint32_t, std::vector<MXFIndexTableSegment>> segments; ///< by body SID, without those repeated
-    std::map<std::uint32_t, std::int64_t> contentPackages;               ///< by body SID; those that are whole
-    bool isBroken = false;                                               ///< the file breaks off
+    std::map<std::uint32_t, IndexTable> tables;            ///< by body SID
+    std::map<std::uint32_t, std::int64_t> contentPackages; ///< by body SID; those that are whole
+    bool isBroken = false;                                 ///< the file breaks off
 
     void read(std::istream& file) {
         MXFReader reader;
@@ -271,29 +280,39 @@ private:
         pack = started;
         metadata.partition(mxfutil::partitionStatus(key));
     }
-    void endContentPackage() override { ++contentPackages[pack.bodySID]; }
+    void endContentPackage() override {
+        ++contentPackages[pack.bodySID];
+        const auto table = tables.find(pack.bodySID);
+        if (table != tables.end() && !isCopied(pack.bodySID)) {
+            table->second.segments.clear();
+        }
+    }
 
     void startIndex() override {}
     void endIndex() override {}
     void indexTableSegment(const MXFIndexTableSegment& segment) override {
-        auto& known = segments[segment.bodySID];
-        if (!known.empty() && known.front().indexSID != segment.indexSID) {
+        const IndexTable begun{segment.indexSID, segment.indexEditRate, true, {}};
+        IndexTable& table = tables.try_emplace(segment.bodySID, begun).first->second;
+        if (table.indexSID != segment.indexSID) {
             errors_.lost("a segment of a second index table of essence container " + std::to_string(segment.bodySID));
             return;
         }
         index.indexTableSegment(segment);
-        // A later one that begins at the same edit unit may have learnt how many there are.
-        const auto same = std::find_if(known.begin(), known.end(), [&](const MXFIndexTableSegment& other) {
-            return other.indexStartPosition == segment.indexStartPosition;
-        });
-        if (same == known.end()) {
-            known.push_back(segment);
-        } else if (segment.indexDuration >= same->indexDuration) {
-            *same = segment;
+        table.isConstant = table.isConstant && segment.editUnitByteCount != 0;
+        if (isCopied(segment.bodySID)) {
+            // A later one that begins at the same edit unit may have learnt how many there are.
+            const auto kept = table.segments.try_emplace(segment.indexStartPosition, segment).first;
+            if (segment.indexDuration >= kept->second.indexDuration) {
+                kept->second = segment;
+            }
         }
     }
 
+    /// Whether the index table of an essence container may have to be copied, by what is known so far.
+    bool isCopied(std::uint32_t bodySID) { return keepsLayout_ || contentPackages[bodySID] < 2; }
+
     ErrorPrinter& errors_;
+    bool keepsLayout_;
     MXFIndexParser indexParser_{*this};
     AnySplitter splitter_{this, nullptr, nullptr};
 };
@@ -419,13 +438,13 @@ private:
         BRYXEssenceContainer container;
         container.bodySID = bodySID;
         container.indexSID = 0;
-        const auto found = survey_.segments.find(bodySID);
-        if (found == survey_.segments.end()) {
+        const auto found = survey_.tables.find(bodySID);
+        if (found == survey_.tables.end()) {
             return container;
         }
-        const std::vector<MXFIndexTableSegment>& segments = found->second;
-        container.indexSID = segments.front().indexSID;
-        container.editRate = segments.front().indexEditRate;
+        const IndexTable& table = found->second;
+        container.indexSID = table.indexSID;
+        container.editRate = table.editRate;
         const auto index = std::make_shared<MXFIndexCalculator>();
         index->setSegments(survey_.index, {container.indexSID, bodySID});
         const auto ranges = index->ranges();
@@ -440,12 +459,12 @@ private:
                       << "; for those behind it nothing is known but their places\n";
         }
         if (isClip || options_.keepsLayout) {
-            container.segments = segments;
+            for (const auto& segment : table.segments) {
+                container.segments.push_back(segment.second);
+            }
             return container;
         }
-        container.isConstant = std::all_of(segments.begin(), segments.end(), [](const MXFIndexTableSegment& segment) {
-            return segment.editUnitByteCount != 0;
-        });
+        container.isConstant = table.isConstant;
         container.describe = [index](std::int64_t editUnit, MXFIndexEntry& entry) {
             if (index->contains(editUnit)) {
                 index->describe(editUnit, entry);
@@ -526,7 +545,7 @@ BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
 }
 
 void rewrap(std::istream& in, const std::string& out, Options options, ErrorPrinter& errors, ProgressBar& progress) {
-    Survey survey(errors);
+    Survey survey(errors, options.keepsLayout);
     survey.read(in);
     if (survey.isBroken && options.keepsLayout) {
         throw std::runtime_error("what breaks off cannot keep its layout");
