@@ -10,10 +10,11 @@
 /// copy, copy-checked          read and validate; what they deliver with a key, "urn:smpte:ul:...", goes to standard output
 /// plain-scan, scan  the partition packs that the random index leads to
 /// metadata          the model of the header metadata of the last partition that has any
-/// index             all index table segments, and where each edit unit is
+/// index             all index table segments, and where each edit unit is; the first one alone where the table does not tell
+///                   how many there are
 /// write-large, -small, -uneven      writes FILE: sound in elements of 200,000, 64, or 48 to 79 octets, a partition for
 ///                   each 250
-/// plain-write-large, -small         the same octets of essence by write(2), 200,000 at a time
+/// plain-write-large, -small, -uneven           the same octets of essence by write(2), 200,000 at a time
 
 #include <algorithm>
 #include <cstdio>
@@ -24,6 +25,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
@@ -49,19 +51,6 @@ void require(bool condition, const char* what) {
     }
 }
 
-/// Prints the most memory that this program has had, in KiB.
-void sawMemory() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    std::uint64_t most = 0;
-    while (status >> word) {
-        if (word == "VmHWM:") {
-            status >> most;
-        }
-    }
-    saw("memory", most);
-}
-
 class Descriptor {
 public:
     explicit Descriptor(const std::string& name, int mode = O_RDONLY)
@@ -79,10 +68,8 @@ public:
     void readAt(std::uint64_t offset, std::vector<std::uint8_t>& buffer) const {
         require(::pread(number_, buffer.data(), buffer.size(), static_cast<off_t>(offset)) > 0, "nothing is read");
     }
-    std::uint64_t write(const std::uint8_t* data, std::size_t size) const {
-        const ssize_t count = ::write(number_, data, size);
-        require(count > 0, "nothing is written");
-        return static_cast<std::uint64_t>(count);
+    void write(const std::uint8_t* data, std::size_t size) const {
+        require(::write(number_, data, size) == static_cast<ssize_t>(size), "not all is written");
     }
 
 private:
@@ -253,20 +240,52 @@ void index(const std::string& name) {
     for (const MXFIndexCalculator::Table table : collector->tables()) {
         MXFIndexCalculator calculator;
         calculator.setSegments(*collector, table);
+        std::uint64_t end = 0; // of the first octet of the edit unit before
         for (const MXFIndexCalculator::Range& range : calculator.ranges()) {
-            for (std::int64_t unit = range.first; range.end != MXFIndexCalculator::endless && unit < range.end;
-                 ++unit) {
-                found += calculator.streamOffset(unit) != 0 ? 1U : 0U;
+            const std::int64_t last = range.end == MXFIndexCalculator::endless ? range.first : range.end - 1;
+            for (std::int64_t unit = range.first; unit <= last; ++unit) {
+                const std::uint64_t offset = calculator.streamOffset(unit);
+                found += offset >= end ? 1U : 0U;
+                end = offset + 1;
             }
         }
     }
-    saw("edit units behind the first", found);
+    saw("edit units", found);
 }
 
-/// Writes a file with @p elements elements of sound; of several sizes if that is 0.
+/// Samples that are unlike those around them, with no work for it: pieces of a buffer, each from where the one before ends.
+class Samples {
+public:
+    const std::uint8_t* next(std::size_t size) {
+        const std::uint8_t* const piece = &octets_[start_];
+        start_ = (start_ + size) % period;
+        return piece;
+    }
+
+private:
+    static constexpr std::size_t period = 65537; // a prime, so that elements of one size differ
+
+    static std::vector<std::uint8_t> make() {
+        std::vector<std::uint8_t> octets(period + largeElement);
+        std::minstd_rand random;
+        std::generate_n(octets.begin(), period, [&] { return static_cast<std::uint8_t>(random() >> 8U); });
+        for (std::size_t i = period; i < octets.size(); ++i) {
+            octets[i] = octets[i - period];
+        }
+        return octets;
+    }
+
+    std::size_t start_ = 0;
+    std::vector<std::uint8_t> octets_ = make();
+};
+
+/// The octets of an element where there are several sizes, if @p size is 0.
+std::size_t sizeOf(std::int64_t element, std::size_t size) {
+    return size != 0 ? size : 48 + static_cast<std::size_t>(element) * 7 % 32;
+}
+
+/// Writes a file with @p elements elements of sound, of @p size octets, or of several sizes if that is 0.
 void write(const std::string& name, std::int64_t elements, std::size_t size) {
-    constexpr std::size_t leastSize = 48;
-    constexpr std::size_t sizes = 32;
     constexpr KLVKey element = klvutil::key("060e2b34.01020101.0d010301.16010101");
     constexpr KLVKey waves = klvutil::key("060e2b34.04010101.0d010301.02060100");
     constexpr KLVKey op1a = klvutil::key("060e2b34.04010101.0d010201.01010900");
@@ -330,12 +349,12 @@ void write(const std::string& name, std::int64_t elements, std::size_t size) {
     writer->setConfiguration(configuration);
     writer->start(toBRYXHeaderMetadata(preface));
     writer->startEssence({1, 2, editRate, size != 0, {}, {}});
-    const std::vector<std::uint8_t> samples(std::max(size, leastSize + sizes), 1);
+    Samples samples;
     for (std::int64_t i = 0; i < elements; ++i) {
         writer->structureReceiver().startContentPackage();
         writer->structureReceiver().startElement(element);
-        writer->essenceReceiver().soundElement(
-            element, samples.data(), size != 0 ? size : leastSize + static_cast<std::size_t>(i) * 7 % sizes, 0);
+        const std::size_t octets = sizeOf(i, size);
+        writer->essenceReceiver().soundElement(element, samples.next(octets), octets, 0);
         writer->structureReceiver().endElement(element);
         writer->structureReceiver().endContentPackage();
     }
@@ -346,9 +365,15 @@ void write(const std::string& name, std::int64_t elements, std::size_t size) {
 
 void plainWrite(const std::string& name, std::int64_t elements, std::size_t size) {
     const Descriptor file(name, O_WRONLY | O_CREAT | O_TRUNC);
-    const std::vector<std::uint8_t> piece(largeElement, 1);
-    for (std::uint64_t left = static_cast<std::uint64_t>(elements) * size; left > 0;) {
-        left -= file.write(piece.data(), std::min<std::uint64_t>(left, piece.size()));
+    std::uint64_t left = 0;
+    for (std::int64_t i = 0; i < elements; ++i) {
+        left += sizeOf(i, size);
+    }
+    saw("essence", left);
+    for (Samples samples; left > 0;) {
+        const std::size_t octets = std::min<std::uint64_t>(left, largeElement);
+        file.write(samples.next(octets), octets);
+        left -= octets;
     }
 }
 
@@ -385,6 +410,7 @@ const std::map<std::string, Work> works{
     {"write-uneven", writing(write, 0)},
     {"plain-write-large", writing(plainWrite, largeElement)},
     {"plain-write-small", writing(plainWrite, smallElement)},
+    {"plain-write-uneven", writing(plainWrite, 0)},
 };
 
 } // namespace
@@ -395,11 +421,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const std::string work = argv[1];
-        works.at(work)(argv[2], argc < 4 ? "1000" : argv[3]);
-        if (work.rfind("copy", 0) != 0) {
-            sawMemory();
-        }
+        works.at(argv[1])(argv[2], argc < 4 ? "1000" : argv[3]);
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bryx_work: %s\n", error.what());
