@@ -75,7 +75,7 @@ def make_files(folder, work, scale):
                  "-non_linear_quant", "1", "-qmin", "1", "-qmax", "3", "-ps", "1", "-flags", "+ildct+low_delay", "-dc", "10",
                  "-c:a", "pcm_s16le"),
         "clip-wrapped": ("mxf_opatom", "-f", "lavfi", "-i",
-                         f"sine=frequency=440:sample_rate=48000:duration={1000 * scale}", "-c:a", "pcm_s16le"),
+                         f"sine=frequency=440:sample_rate=48000:duration={2000 * scale}", "-c:a", "pcm_s16le"),
     }
     files = []
     for name, (form, *arguments) in recipes.items() if HAS_FFMPEG else ():
