@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "Expect.h"
 #include "klv/GenericKLVReader.h"
 #include "klv/parse_error.h"
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
@@ -25,13 +26,6 @@
 #include "util/assertion_failure.h"
 
 namespace {
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 /// Whether @p octets could be read to the end.
 bool parse(const std::string& octets, KLVHandler& handler) {

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "Allocations.h"
+#include "Expect.h"
 #include "Listener.h"
 #include "klv/VerifyingKLVHandler.h"
 #include "support/BuiltModel.h"
@@ -25,13 +26,6 @@ std::string name;
 
 /// Whether each place is tried.
 bool triesAll = true;
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s: %s\n", name.c_str(), what);
-        std::abort();
-    }
-}
 
 enum class Fault : std::uint8_t {
     Fails,    ///< does nothing, or half of what it should
@@ -454,15 +448,8 @@ void failToAllocate(const GoodClip& clip) {
 int main(int argc, char** argv) {
     triesAll = argc != 2 || std::string_view(argv[1]) != "some";
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // what was tried is of interest above all if the next thing fails
-    std::set_terminate([] {
-        try {
-            throw;
-        } catch (const std::exception& exception) {
-            expect(false, exception.what());
-        } catch (...) {
-            expect(false, "an exception of an unknown kind");
-        }
-    });
+    beforeFailure = [] { std::fprintf(stderr, "while %s\n", name.c_str()); };
+    std::set_terminate(failUncaught);
     const GoodClip clip(smallClip());
     failWhileReading(clip.octets);
     failWhileReadingParts(clip);

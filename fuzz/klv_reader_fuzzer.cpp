@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "Expect.h"
 #include "Taker.h"
 #include "klv/GenericKLVReader.h"
 #include "klv/GenericKLVWriter.h"
@@ -13,13 +14,6 @@
 #include "support/Streams.h"
 
 namespace {
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 /// Whether @p stream could be read up to @p end.
 bool parse(std::istream& stream, std::streamoff start, std::streamoff end, KLVHandler& handler, Log* log = nullptr) {

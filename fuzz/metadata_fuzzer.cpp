@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Expect.h"
 #include "klv/parse_error.h"
 #include "support/Models.h"
 #include "util/assertion_failure.h"
@@ -39,13 +40,6 @@ private:
         }
     }
 };
-
-void expect(bool condition, const std::string& what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what.c_str());
-        std::abort();
-    }
-}
 
 } // namespace
 

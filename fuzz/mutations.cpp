@@ -17,6 +17,7 @@
 
 #include "Allocations.h"
 #include "BuiltRegions.h"
+#include "Expect.h"
 #include "Listener.h"
 #include "mxf/structure/MXFPrimer.h"
 #include "support/GoodClip.h"
@@ -241,14 +242,6 @@ void save() {
     std::ofstream("mutant.mxf", std::ios::binary) << mutant;
 }
 
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        save();
-        std::abort();
-    }
-}
-
 struct Outcome {
     std::shared_ptr<Listener> listener;
     bool isWhole;
@@ -361,15 +354,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     __sanitizer_set_death_callback(save);
-    std::set_terminate([] { // which no sanitizer sees
-        try {
-            throw;
-        } catch (const std::exception& exception) {
-            expect(false, exception.what());
-        } catch (...) {
-            expect(false, "an exception of an unknown kind");
-        }
-    });
+    beforeFailure = save;
+    std::set_terminate(failUncaught); // which no sanitizer sees
     const std::string& file = files[number];
     const Anatomy anatomy(file);
     std::printf("%zu octets with %zu fields\n", file.size(), anatomy.fields.size());

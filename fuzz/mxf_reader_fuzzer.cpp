@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "Expect.h"
 #include "Listener.h"
 #include "Taker.h"
 #include "klv/parse_error.h"
@@ -17,13 +18,6 @@
 #include "support/Streams.h"
 
 namespace {
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 constexpr std::streamoff none = -1;
 

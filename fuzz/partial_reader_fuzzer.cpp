@@ -8,6 +8,7 @@
 #include <limits>
 #include <sstream>
 
+#include "Expect.h"
 #include "Listener.h"
 #include "klv/DullErrorHandler.h"
 #include "mxf/engines/MXFEngineFindings.h"
@@ -16,13 +17,6 @@
 #include "support/Recorders.h"
 
 namespace {
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 /// A partition that was met.
 struct Part {

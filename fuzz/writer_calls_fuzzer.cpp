@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "Expect.h"
 #include "Listener.h"
 #include "Writing.h"
 #include "support/Octets.h"
@@ -13,13 +14,6 @@
 #include "util/assertion_failure.h"
 
 namespace {
-
-void expect(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 /// The octets of the input, one after the other; 0 behind the last one.
 class Choices {
