@@ -22,6 +22,14 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     endif()
 endif()
 
+# The library's functions may call each other directly, and be put in place of calls, though other programs can see them:
+# a tenth fewer instructions for each element of essence. Nobody is meant to replace one of them by another of its name.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fno-semantic-interposition BRYX_HAS_NO_SEMANTIC_INTERPOSITION)
+if(BRYX_HAS_NO_SEMANTIC_INTERPOSITION)
+    add_compile_options(-fno-semantic-interposition)
+endif()
+
 if(BRYX_SANITIZE)
     add_compile_options(-fsanitize=${BRYX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${BRYX_SANITIZE})

@@ -10,6 +10,7 @@
 #include "klv/GenericKLVReader.h"
 #include "klv/KLVCoding.h"
 #include "klv/ValueCoding.h"
+#include "util/internal/octets.h"
 #include "util/utf8.h"
 
 namespace {
@@ -32,7 +33,7 @@ public:
         return true;
     }
     void value(const std::uint8_t* data, std::uint64_t size) override {
-        octets_.insert(octets_.end(), data, data + size);
+        util::append(octets_, data, size);
     }
 
 private:

@@ -7,7 +7,7 @@ assertion_failure::assertion_failure(const std::string& condition)
 
 assertion_failure::~assertion_failure() = default;
 
-void failAssertion(const std::string& condition) {
+void failAssertion(const char* condition) {
     throw assertion_failure(condition);
 }
 

@@ -20,7 +20,7 @@ public:
 };
 
 /// Throws assertion_failure with the given condition text.
-[[noreturn]] BRYX_API void failAssertion(const std::string& condition);
+[[noreturn]] BRYX_API void failAssertion(const char* condition);
 
 /// Throws assertion_failure with the text of @p condition unless @p holds.
 inline void require(bool holds, const char* condition) {

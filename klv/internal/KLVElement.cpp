@@ -8,8 +8,7 @@ void KLVWalk::walkTriplet() {
     requireLeft(klvutil::keySize);
     const std::streamoff outer = input.triplet();
     input.beginTriplet(input.position());
-    KLVKey key;
-    input.read(key.octets.data(), key.octets.size());
+    const KLVKey key = input.readKey();
     switch (klvutil::classify(key)) {
     case KLVCoding::IndividualItem:
         KLVIndividualItem(*this, key).parse();
@@ -41,7 +40,7 @@ void KLVWalk::walkTriplet() {
 
 std::uint64_t KLVWalk::readBERLength() {
     requireLeft(1);
-    std::uint8_t form = input.readOctet();
+    auto form = static_cast<std::uint8_t>(input.readNumber(1));
     std::uint64_t length = form;
     if (form < 0x80) {
         form = 1;
@@ -51,10 +50,7 @@ std::uint64_t KLVWalk::readBERLength() {
         }
         const unsigned octets = form & 0x7FU;
         requireLeft(octets);
-        length = 0;
-        for (unsigned i = 0; i < octets; ++i) {
-            length = (length << 8U) | input.readOctet();
-        }
+        length = input.readNumber(octets);
     }
     // In a container, an item that does not fit is still told of, but not one of the length that stands for "unknown".
     if (length > left() && (depth_ == 0 || length == klvutil::unknownLength)) {
@@ -73,11 +69,7 @@ std::uint64_t KLVWalk::readField(KLVFieldForm form) {
     }
     const unsigned octets = klvutil::fieldSize(form);
     requireLeft(octets);
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < octets; ++i) {
-        value = (value << 8U) | input.readOctet();
-    }
-    return value;
+    return input.readNumber(octets);
 }
 
 template <class Item>

@@ -1,8 +1,10 @@
 #include "klv/internal/KLVInput.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "klv/KLVFindings.h"
+#include "klv/parse_error.h"
 
 namespace findings = klvutil::findings;
 
@@ -34,6 +36,10 @@ KLVInput::KLVInput(std::istream& stream, std::streamoff start)
     }
 }
 
+void KLVInput::fail(const klvutil::Finding& finding) const {
+    throw klvutil::parse_error(finding, triplet_);
+}
+
 bool KLVInput::atEnd() {
     Traits::int_type octet = 0;
     if (!klvutil::runs([&] { octet = buffer_.sgetc(); })) {
@@ -47,9 +53,17 @@ bool KLVInput::atEnd() {
     return end;
 }
 
-std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
-    if (klvutil::HeldOctets::take(buffer_, to, size)) {
+const std::uint8_t* KLVInput::take(std::uint64_t size) {
+    const std::uint8_t* const held = klvutil::HeldOctets::take(buffer_, size);
+    if (held != nullptr) {
         position_ += static_cast<std::streamoff>(size);
+    }
+    return held;
+}
+
+std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
+    if (const std::uint8_t* const held = take(size)) {
+        std::memcpy(to, held, size);
         return size;
     }
     std::streamsize got = 0;
@@ -68,15 +82,28 @@ void KLVInput::read(std::uint8_t* to, std::uint64_t size) {
     }
 }
 
-std::uint8_t KLVInput::readOctet() {
-    Traits::int_type octet = Traits::eof();
-    const bool ran = klvutil::runs([&] { octet = buffer_.sbumpc(); });
-    if (Traits::eq_int_type(octet, Traits::eof())) {
-        stream_.setstate(ran ? std::ios::eofbit | std::ios::failbit : std::ios::badbit);
-        fail(findings::unsuccessfulRead);
+KLVKey KLVInput::readKey() {
+    KLVKey key;
+    if (const std::uint8_t* const held = take(key.octets.size())) {
+        std::memcpy(key.octets.data(), held, key.octets.size());
+    } else {
+        read(key.octets.data(), key.octets.size());
     }
-    ++position_;
-    return static_cast<std::uint8_t>(octet);
+    return key;
+}
+
+std::uint64_t KLVInput::readNumber(unsigned octets) {
+    std::uint8_t copy[8];
+    const std::uint8_t* from = take(octets);
+    if (from == nullptr) {
+        read(copy, octets);
+        from = copy;
+    }
+    std::uint64_t number = 0;
+    for (unsigned i = 0; i < octets; ++i) {
+        number = (number << 8U) | from[i];
+    }
+    return number;
 }
 
 std::uint8_t* KLVInput::piece() {

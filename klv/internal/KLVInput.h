@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "klv/Finding.h"
+#include "klv/KLVKey.h"
 #include "klv/internal/StreamAccess.h"
-#include "klv/parse_error.h"
 
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
 /// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask.
@@ -44,7 +44,9 @@ public:
 
     bool good() const { return stream_.good(); }
 
-    std::uint8_t readOctet();
+    KLVKey readKey();
+    /// Reads a big-endian number of at most 8 octets.
+    std::uint64_t readNumber(unsigned octets);
     void read(std::uint8_t* to, std::uint64_t size);
 
     /// Reads at most pieceSize octets into the input's own buffer and returns it.
@@ -53,11 +55,10 @@ public:
     /// Passes over @p size octets: small numbers are read through, large ones sought.
     void skip(std::uint64_t size);
 
-    [[noreturn]] void fail(const klvutil::Finding& finding, const std::string& detail = {}) const {
-        throw klvutil::parse_error(finding, triplet_, detail);
-    }
+    [[noreturn]] void fail(const klvutil::Finding& finding) const;
 
 private:
+    const std::uint8_t* take(std::uint64_t size);
     std::uint64_t readSome(std::uint8_t* to, std::uint64_t size);
     std::uint8_t* piece();
 

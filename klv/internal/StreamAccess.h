@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <istream>
 #include <limits>
 
@@ -34,16 +33,16 @@ bool runs(Operation operation) {
 /// What a stream buffer holds ready. The members that tell are protected: this derives from it only to name them.
 class HeldOctets : public std::streambuf {
 public:
-    /// Takes @p size octets, if that many are held. Saves most of what asking the buffer for a few octets costs.
-    static bool take(std::streambuf& buffer, std::uint8_t* to, std::uint64_t size) {
+    /// Passes over @p size octets, if that many are held, and returns where they are: else null. Saves most of what
+    /// asking the buffer for a few octets costs.
+    static const std::uint8_t* take(std::streambuf& buffer, std::uint64_t size) {
         const char* const next = (buffer.*&HeldOctets::gptr)();
         if (size == 0 || size > std::numeric_limits<int>::max() ||
             size > static_cast<std::uint64_t>((buffer.*&HeldOctets::egptr)() - next)) {
-            return false;
+            return nullptr;
         }
-        std::memcpy(to, next, size);
         (buffer.*&HeldOctets::gbump)(static_cast<int>(size));
-        return true;
+        return reinterpret_cast<const std::uint8_t*>(next);
     }
 };
 

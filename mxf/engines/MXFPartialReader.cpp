@@ -21,6 +21,7 @@
 #include "mxf/structure/MXFTripletPosition.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
+#include "util/internal/octets.h"
 
 namespace {
 
@@ -88,7 +89,7 @@ public:
     bool startWrapper(const KLVKey&, std::uint64_t, KLVWrapperKind) override { return stop(); }
     bool getValueBuffer(std::uint64_t, std::uint64_t&, std::uint64_t&, std::uint8_t*&) override { return true; }
     void value(const std::uint8_t* data, std::uint64_t size) override {
-        octets_.insert(octets_.end(), data, data + size);
+        util::append(octets_, data, size);
     }
 
 private:

@@ -85,7 +85,7 @@ void MXFSplitter::startStream(bool accurateLengths) {
     depth_ = 0;
     delegateStarted_ = false;
     previousWasFill_ = false;
-    state_ = State::InStream;
+    enter(State::InStream);
     tracker_->structureHandler().startStructure();
 }
 
@@ -112,7 +112,7 @@ void MXFSplitter::endStream(bool stopped) {
         }
         tracker_->structureHandler().endStructure();
     }
-    state_ = State::BeforeStart;
+    enter(State::BeforeStart);
     runIn_ = 0;
     baseGiven_ = false;
     tracker_->locator().unfollow();
@@ -126,47 +126,55 @@ void MXFSplitter::endStream(bool stopped) {
 void MXFSplitter::berLengthForm(std::uint8_t form) {
     form_ = form;
     if (delegateStarted_) {
-        delegate().berLengthForm(form);
+        delegate_->berLengthForm(form);
     }
 }
 
-bool MXFSplitter::isDelegating() const {
-    return state_ == State::InHeaderMetadata || state_ == State::InIndex || state_ == State::InBody;
-}
-
-KLVHandler& MXFSplitter::delegate() {
-    switch (state_) {
+void MXFSplitter::enter(State state) {
+    state_ = state;
+    switch (state) {
     case State::InHeaderMetadata:
-        return *headerMetadataHandler_;
+        delegate_ = headerMetadataHandler_;
+        break;
     case State::InIndex:
-        return *indexHandler_;
+        delegate_ = indexHandler_;
+        break;
     case State::InBody:
-        if (!genericStream_) {
-            return *bodyHandler_;
-        }
-        return genericStreamHandler_ != nullptr ? *genericStreamHandler_ : skippedBody_;
+        delegate_ = !genericStream_                    ? bodyHandler_
+                    : genericStreamHandler_ != nullptr ? genericStreamHandler_
+                                                       : &skippedBody_;
+        break;
     default:
-        util::failAssertion("is delegating state");
+        delegate_ = nullptr;
     }
+}
+
+KLVHandler& MXFSplitter::delegate(const char* expected) const {
+    util::require(delegate_ != nullptr, expected);
+    return *delegate_;
 }
 
 KLVHandler& MXFSplitter::startedDelegate() {
-    KLVHandler& handler = delegate();
+    KLVHandler& handler = delegate("is delegating state");
     if (!delegateStarted_) {
-        handler.setLocator(tracker_->locator());
-        handler.startStream(true);
-        delegateStarted_ = true;
-        if (form_ != klvutil::automaticBERLengthForm) {
-            handler.berLengthForm(form_);
-        }
+        startDelegate();
     }
     return handler;
+}
+
+void MXFSplitter::startDelegate() {
+    delegate_->setLocator(tracker_->locator());
+    delegate_->startStream(true);
+    delegateStarted_ = true;
+    if (form_ != klvutil::automaticBERLengthForm) {
+        delegate_->berLengthForm(form_);
+    }
 }
 
 void MXFSplitter::endDelegate(bool stopped) {
     if (delegateStarted_) {
         delegateStarted_ = false;
-        delegate().endStream(stopped);
+        delegate_->endStream(stopped);
     }
 }
 
@@ -175,7 +183,7 @@ void MXFSplitter::enterRegion(const KLVKey& key, const klvutil::Finding& unexpec
     if (state_ == State::AfterPartitionPack) {
         openPartition();
     }
-    if (!isDelegating()) {
+    if (delegate_ == nullptr) {
         fail(unexpected, &key);
     }
 }
@@ -192,8 +200,7 @@ bool MXFSplitter::startElement(const KLVKey& key, std::uint64_t length, const kl
 
 template <class End>
 void MXFSplitter::endElement(const KLVKey& key, const char* expected, End forward) {
-    util::require(isDelegating(), expected);
-    forward(delegate());
+    forward(delegate(expected));
     if (--depth_ == 0) {
         checkRegion(triplet_.end, &key);
     }
@@ -206,19 +213,19 @@ void MXFSplitter::checkRegion(std::uint64_t end, const KLVKey* key) {
             fail(findings::incorrectHeaderByteCount, key);
         }
         endDelegate(false);
-        state_ = State::InIndex;
+        enter(State::InIndex);
     }
     if (state_ == State::InIndex && end >= indexEnd_) {
         if (end > indexEnd_) {
             fail(findings::incorrectIndexByteCount, key);
         }
         endDelegate(false);
-        state_ = State::InBody;
+        enter(State::InBody);
     }
 }
 
 void MXFSplitter::openPartition() {
-    state_ = State::InHeaderMetadata;
+    enter(State::InHeaderMetadata);
     genericStream_ = mxfutil::partitionStatus(tracker_->key()) == MXFPartitionStatus::GenericStream;
     headerEnd_ = saturatingSum(tracker_->headerStart(), tracker_->pack().headerByteCount);
     indexEnd_ = saturatingSum(headerEnd_, tracker_->pack().indexByteCount);
@@ -244,7 +251,7 @@ bool MXFSplitter::startPack(const KLVKey& key, std::uint64_t length) {
     if (state_ == State::AfterPartitionPack) {
         openPartition();
     }
-    if (state_ != State::InStream && !isDelegating()) {
+    if (state_ != State::InStream && delegate_ == nullptr) {
         fail(findings::unexpectedFixedLengthPack, &key);
     }
     if (state_ == State::InHeaderMetadata) {
@@ -256,7 +263,7 @@ bool MXFSplitter::startPack(const KLVKey& key, std::uint64_t length) {
     ++depth_;
     triplet_ = MXFTripletPosition::of(locator(), form_, length);
     const Pack pack = MXFPartitionTracker::packOf(key);
-    state_ = pack == Pack::Partition ? State::InPartitionPack : State::InRandomIndexPack;
+    enter(pack == Pack::Partition ? State::InPartitionPack : State::InRandomIndexPack);
     const bool wanted = tracker_->startPack(pack, length, triplet_);
     if (pack == Pack::Partition && !wanted) {
         fail(findings::invalidPartitionPack, &key);
@@ -273,7 +280,7 @@ void MXFSplitter::endFixedLengthPack(const KLVKey& key) {
     const bool partition = state_ == State::InPartitionPack;
     util::require(partition || key == mxfutil::randomIndexPackKey, "expected fixed length pack");
     --depth_;
-    state_ = partition ? State::AfterPartitionPack : State::AfterRandomIndexPack;
+    enter(partition ? State::AfterPartitionPack : State::AfterRandomIndexPack);
     if (!tracker_->endPack(key, form_)) {
         fail(findings::invalidPartitionPack, &key);
     }
@@ -333,13 +340,11 @@ void MXFSplitter::endLocalSet(const KLVKey& key) {
 }
 
 bool MXFSplitter::startLocalItem(std::uint32_t tag, std::uint64_t length) {
-    util::require(isDelegating(), "expected local item");
-    return delegate().startLocalItem(tag, length);
+    return delegate("expected local item").startLocalItem(tag, length);
 }
 
 void MXFSplitter::endLocalItem(std::uint32_t tag) {
-    util::require(isDelegating(), "expected local item");
-    delegate().endLocalItem(tag);
+    delegate("expected local item").endLocalItem(tag);
 }
 
 bool MXFSplitter::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) {
@@ -352,13 +357,11 @@ void MXFSplitter::endVariableLengthPack(const KLVKey& key) {
 }
 
 bool MXFSplitter::startVariableLengthPackItem(std::uint64_t length) {
-    util::require(isDelegating(), "expected variable length item");
-    return delegate().startVariableLengthPackItem(length);
+    return delegate("expected variable length item").startVariableLengthPackItem(length);
 }
 
 void MXFSplitter::endVariableLengthPackItem() {
-    util::require(isDelegating(), "expected variable length item");
-    delegate().endVariableLengthPackItem();
+    delegate("expected variable length item").endVariableLengthPackItem();
 }
 
 bool MXFSplitter::startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) {
@@ -375,16 +378,14 @@ bool MXFSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, st
     if (tracker_->collecting()) {
         return true;
     }
-    util::require(isDelegating(), "expected value");
-    return delegate().getValueBuffer(length, offset, size, buffer);
+    return delegate("expected value").getValueBuffer(length, offset, size, buffer);
 }
 
 void MXFSplitter::value(const std::uint8_t* data, std::uint64_t size) {
     if (tracker_->collecting()) {
         return tracker_->value(data, size);
     }
-    util::require(isDelegating(), "expected value");
-    delegate().value(data, size);
+    delegate("expected value").value(data, size);
 }
 
 void MXFSplitter::fail(const klvutil::Finding& finding, const KLVKey* key) const {

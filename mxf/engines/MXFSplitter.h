@@ -98,9 +98,10 @@ private:
     };
 
     const Locator& locator() const;
-    bool isDelegating() const;
-    KLVHandler& delegate();
+    void enter(State state);
+    KLVHandler& delegate(const char* expected) const;
     KLVHandler& startedDelegate();
+    void startDelegate();
     void endDelegate(bool stopped);
 
     template <class Start>
@@ -127,6 +128,7 @@ private:
     const Locator* locator_ = nullptr;
 
     State state_ = State::BeforeStart;
+    KLVHandler* delegate_ = nullptr; ///< the handler of the region that the state is of; null where there is none
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
     unsigned depth_ = 0; ///< triplets that are open
     bool delegateStarted_ = false;

@@ -12,6 +12,7 @@
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 #include "util/hex.h"
+#include "util/internal/octets.h"
 
 namespace findings = mxfutil::findings;
 using util::require;
@@ -394,7 +395,7 @@ bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, 
 void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
     switch (delivery_) {
     case Delivery::System:
-        own_.insert(own_.end(), data, data + size);
+        util::append(own_, data, size);
         break;
     case Delivery::Chunks:
         deliver(data, size, filled_);

@@ -10,6 +10,7 @@
 #include "mxf/metadata/parsing/MXFMetadataHandler.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
+#include "util/internal/octets.h"
 
 namespace findings = mxfutil::findings;
 
@@ -76,7 +77,7 @@ bool MXFHeaderMetadataParser::getValueBuffer(std::uint64_t length, std::uint64_t
 
 void MXFHeaderMetadataParser::value(const std::uint8_t* data, std::uint64_t size) {
     if (inPrimerPack_) {
-        octets_.insert(octets_.end(), data, data + size);
+        util::append(octets_, data, size);
     } else {
         MXFPrimedSetParser::value(data, size);
     }

@@ -283,7 +283,7 @@ public:
 private:
     static void requireClass(const MetadataRoot* object) {
         if (dynamic_cast<const Set*>(object) == nullptr) {
-            util::failAssertion(std::string("object is a ") + Set::className);
+            util::failAssertion((std::string("object is a ") + Set::className).c_str());
         }
     }
 };

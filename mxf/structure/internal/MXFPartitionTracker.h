@@ -6,6 +6,7 @@
 #include "mxf/structure/MXFStructureHandler.h"
 #include "mxf/structure/MXFTripletPosition.h"
 #include "mxf/structure/internal/HeldLocator.h"
+#include "util/internal/octets.h"
 
 class ErrorHandler;
 
@@ -37,7 +38,7 @@ public:
     ///     random index pack
     bool startPack(Pack pack, std::uint64_t length, const MXFTripletPosition& position);
     bool collecting() const { return collecting_ != Pack::None; }
-    void value(const std::uint8_t* data, std::uint64_t size) { octets_.insert(octets_.end(), data, data + size); }
+    void value(const std::uint8_t* data, std::uint64_t size) { util::append(octets_, data, size); }
     const std::vector<std::uint8_t>& octets() const { return octets_; }
 
     /// The pack ends. A random index is told of now, a partition when it is opened.

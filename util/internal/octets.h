@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace util {
+
+/// Adds @p size octets to the end of @p octets. Out of line, since the growth of a vector is much code, which would slow
+/// down what stands around the call.
+void append(std::vector<std::uint8_t>& octets, const std::uint8_t* data, std::size_t size);
+
+} // namespace util
