@@ -17,6 +17,7 @@ void walkStream(KLVInput& input, KLVHandler& chain, std::streamoff end, const bo
         walk.walkTriplet();
         util::require(input.good(), "successful parse() implies input stream is good");
     }
+    input.settle();
     chain.endStream(stop);
 }
 

@@ -52,11 +52,6 @@ KLVFieldForm itemTagForm(const KLVKey& key) noexcept {
     return forms[(key[5] >> 3U) & 0x03U];
 }
 
-std::uint8_t berLengthFieldSize(std::uint8_t form) {
-    util::require(isValidBERLengthForm(form), "valid BER length form");
-    return form == 1 ? std::uint8_t{1} : static_cast<std::uint8_t>((form & 0x7FU) + 1);
-}
-
 std::uint8_t storeBERLength(std::uint8_t* field, std::uint8_t form, std::uint64_t length) {
     const std::uint8_t size = berLengthFieldSize(form);
     if (form == 1) {

@@ -5,6 +5,7 @@
 
 #include "klv/KLVKey.h"
 #include "util/Api.h"
+#include "util/assertion_failure.h"
 
 /// @file
 /// What ST 336 says of the form of a triplet: how its key tells the coding of its value, and how lengths are written.
@@ -62,7 +63,10 @@ constexpr bool isValidBERLengthForm(std::uint8_t form) noexcept {
 }
 
 /// The octets of a BER length field in @p form: 1, or 2 to 9. Requires "valid BER length form".
-BRYX_API std::uint8_t berLengthFieldSize(std::uint8_t form);
+inline std::uint8_t berLengthFieldSize(std::uint8_t form) {
+    util::require(isValidBERLengthForm(form), "valid BER length form");
+    return form == 1 ? std::uint8_t{1} : static_cast<std::uint8_t>((form & 0x7FU) + 1);
+}
 
 /// The BER length form for @p length: @p form if it can hold that, else 0x87. The automatic form is 0x83 if that can.
 constexpr std::uint8_t fittingBERLengthForm(std::uint8_t form, std::uint64_t length) noexcept {

@@ -10,10 +10,16 @@ namespace findings = klvutil::findings;
 
 namespace {
 
-using Traits = std::streambuf::traits_type;
-
 /// Up to here reading through costs less than a seek and the refill of the stream's buffer that follows it.
 constexpr std::uint64_t smallSkip = 8192;
+
+std::uint64_t number(const std::uint8_t* from, unsigned octets) {
+    std::uint64_t result = 0;
+    for (unsigned i = 0; i < octets; ++i) {
+        result = (result << 8U) | from[i];
+    }
+    return result;
+}
 
 std::istream& checkGood(std::istream& stream, std::streamoff start) {
     if (!stream.good() || stream.rdbuf() == nullptr) {
@@ -25,28 +31,23 @@ std::istream& checkGood(std::istream& stream, std::streamoff start) {
 } // namespace
 
 KLVInput::KLVInput(std::istream& stream, std::streamoff start)
-    : stream_(checkGood(stream, start)), exceptionsOff_(stream), buffer_(*stream.rdbuf()), position_(start),
-      triplet_(start), located_(start) {
-    const klvutil::StreamExtent extent = klvutil::extentOf(stream);
-    if (extent.canSeek()) {
-        position_ = extent.position;
-        end_ = extent.end;
-        triplet_ = position_;
-        located_ = position_;
-    }
-}
+    : KLVInput(checkGood(stream, start), start, klvutil::extentOf(stream)) {}
+
+KLVInput::KLVInput(std::istream& stream, std::streamoff start, const klvutil::StreamExtent& extent)
+    : stream_(stream), exceptionsOff_(stream), ahead_(*stream.rdbuf(), extent.canSeek() ? extent.position : -1),
+      position_(extent.canSeek() ? extent.position : start), end_(extent.end), triplet_(position_),
+      located_(position_) {}
 
 void KLVInput::fail(const klvutil::Finding& finding) const {
     throw klvutil::parse_error(finding, triplet_);
 }
 
 bool KLVInput::atEnd() {
-    Traits::int_type octet = 0;
-    if (!klvutil::runs([&] { octet = buffer_.sgetc(); })) {
+    bool end = false;
+    if (!klvutil::runs([&] { end = ahead_.atEnd(); })) {
         stream_.setstate(std::ios::badbit);
         fail(findings::unsuccessfulRead);
     }
-    const bool end = Traits::eq_int_type(octet, Traits::eof());
     if (end) {
         stream_.setstate(std::ios::eofbit);
     }
@@ -54,7 +55,7 @@ bool KLVInput::atEnd() {
 }
 
 const std::uint8_t* KLVInput::take(std::uint64_t size) {
-    const std::uint8_t* const held = klvutil::HeldOctets::take(buffer_, size);
+    const std::uint8_t* const held = ahead_.take(size);
     if (held != nullptr) {
         position_ += static_cast<std::streamoff>(size);
     }
@@ -66,14 +67,13 @@ std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
         std::memcpy(to, held, size);
         return size;
     }
-    std::streamsize got = 0;
-    const bool ran =
-        klvutil::runs([&] { got = buffer_.sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(size)); });
-    position_ += got;
-    if (static_cast<std::uint64_t>(got) != size) {
+    std::uint64_t got = 0;
+    const bool ran = klvutil::runs([&] { got = ahead_.read(to, size); });
+    position_ += static_cast<std::streamoff>(got);
+    if (got != size) {
         stream_.setstate(ran ? std::ios::eofbit | std::ios::failbit : std::ios::badbit);
     }
-    return static_cast<std::uint64_t>(got);
+    return got;
 }
 
 void KLVInput::read(std::uint8_t* to, std::uint64_t size) {
@@ -93,17 +93,12 @@ KLVKey KLVInput::readKey() {
 }
 
 std::uint64_t KLVInput::readNumber(unsigned octets) {
+    if (const std::uint8_t* const held = take(octets)) {
+        return number(held, octets);
+    }
     std::uint8_t copy[8];
-    const std::uint8_t* from = take(octets);
-    if (from == nullptr) {
-        read(copy, octets);
-        from = copy;
-    }
-    std::uint64_t number = 0;
-    for (unsigned i = 0; i < octets; ++i) {
-        number = (number << 8U) | from[i];
-    }
-    return number;
+    read(copy, octets);
+    return number(copy, octets);
 }
 
 std::uint8_t* KLVInput::piece() {
@@ -114,11 +109,18 @@ std::uint8_t* KLVInput::piece() {
 }
 
 const std::uint8_t* KLVInput::readPiece(std::uint64_t size) {
+    const std::uint8_t* const held = take(size);
+    if (held != nullptr) {
+        return held;
+    }
     read(piece(), size);
     return piece();
 }
 
 void KLVInput::skip(std::uint64_t size) {
+    if (take(size) != nullptr) {
+        return;
+    }
     if (!seekable() || size <= smallSkip) {
         while (size > 0) {
             const std::uint64_t part = std::min<std::uint64_t>(size, pieceSize);
@@ -133,17 +135,26 @@ void KLVInput::skip(std::uint64_t size) {
     // complaining, since a file may be growing while it is read.
     const auto fits = [&] { return size <= static_cast<std::uint64_t>(std::max<std::streamoff>(end_ - position_, 0)); };
     const std::streamoff to = position_ + static_cast<std::streamoff>(size);
-    std::streamoff reached = -1;
+    bool isReached = false;
     if (!fits()) {
         end_ = std::max(end_, klvutil::extentOf(stream_).end);
     }
     if (fits()) {
-        klvutil::runs(
-            [&] { reached = buffer_.pubseekoff(static_cast<std::streamoff>(size), std::ios::cur, std::ios::in); });
+        klvutil::runs([&] { isReached = ahead_.seek(to); });
     }
-    if (reached != to) {
+    requireReached(isReached);
+    position_ = to;
+}
+
+void KLVInput::settle() {
+    bool isReached = false;
+    klvutil::runs([&] { isReached = ahead_.settle(); });
+    requireReached(isReached);
+}
+
+void KLVInput::requireReached(bool isReached) {
+    if (!isReached) {
         stream_.setstate(std::ios::failbit);
         fail(findings::unsuccessfulSeek);
     }
-    position_ = to;
 }

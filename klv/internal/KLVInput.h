@@ -7,6 +7,7 @@
 
 #include "klv/Finding.h"
 #include "klv/KLVKey.h"
+#include "klv/internal/ReadAhead.h"
 #include "klv/internal/StreamAccess.h"
 
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
@@ -49,22 +50,27 @@ public:
     std::uint64_t readNumber(unsigned octets);
     void read(std::uint8_t* to, std::uint64_t size);
 
-    /// Reads at most pieceSize octets into the input's own buffer and returns it.
+    /// Reads at most pieceSize octets and returns where they are until the next call.
     const std::uint8_t* readPiece(std::uint64_t size);
 
     /// Passes over @p size octets: small numbers are read through, large ones sought.
     void skip(std::uint64_t size);
 
+    /// Ends reading: a stream that can seek then stands at position(). It is read ahead until then.
+    void settle();
+
     [[noreturn]] void fail(const klvutil::Finding& finding) const;
 
 private:
+    KLVInput(std::istream& stream, std::streamoff start, const klvutil::StreamExtent& extent);
     const std::uint8_t* take(std::uint64_t size);
     std::uint64_t readSome(std::uint8_t* to, std::uint64_t size);
     std::uint8_t* piece();
+    void requireReached(bool isReached);
 
     std::istream& stream_;
     klvutil::StreamExceptionsOff exceptionsOff_;
-    std::streambuf& buffer_;
+    ReadAhead ahead_;
     std::streamoff position_;
     std::streamoff end_ = -1; ///< the end of a stream that can seek, when last asked; -1 when it cannot
     std::streamoff triplet_;

@@ -1,9 +1,13 @@
 #include "klv/GenericKLVReader.h"
 
+#include <algorithm>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "klv/DullKLVHandler.h"
 #include "klv/KLVFindings.h"
 #include "klv/parse_error.h"
 #include "support/Octets.h"
@@ -228,6 +232,17 @@ TEST(GenericKLVReader, StopsAtElementBoundaries) {
     reader.parse(stream, 30020, 30022, stop);
     EXPECT_EQ(log.back(), "endStream 0 @30041");
     EXPECT_EQ(stream.tellg(), 30041);
+
+    // Also when a handler has ended the parse.
+    recorder.onEvent = [](const std::string& text) {
+        if (text == "item 00000001 1 @30041") {
+            throw 42;
+        }
+    };
+    EXPECT_THROW(reader.parse(stream, 30041), int);
+    EXPECT_EQ(stream.tellg(), 30061);
+    stream.seekg(30041);
+    recorder.onEvent = nullptr;
     reader.parse(stream, 30041);
     EXPECT_TRUE(stream.eof());
     EXPECT_THROW(reader.parse(stream, 30062), klvutil::parse_error);
@@ -271,6 +286,72 @@ TEST(GenericKLVReader, FailingStreams) {
         EXPECT_EQ(e.id(), findings::streamNotGood.id);
     }
     EXPECT_TRUE(log.empty());
+}
+
+TEST(GenericKLVReader, LosesNothingBeforeABadSector) {
+    std::string data;
+    for (int i = 0; i < 3000; ++i) {
+        data += klv(keys::item, std::string(80, 'x'));
+    }
+    for (const std::streamoff whole : {0, 1, 1999}) {
+        BadSectorStream stream(data, whole * 100 + 50);
+        const Log log = read(stream);
+        EXPECT_EQ(std::count_if(log.begin(), log.end(), [](const auto& text) { return text.rfind("/item", 0) == 0; }),
+                  whole);
+        EXPECT_EQ(log.back(), "parse_error unsuccessful read() @" + std::to_string(whole * 100));
+    }
+}
+
+TEST(GenericKLVReader, DeliversTheSameHoweverItReadsAhead) {
+    constexpr std::size_t sizes[] = {1,     100,   8155,  8171,   8172,   8192,   3,      16384, 20000, 32747,
+                                     32748, 32768, 65536, 131051, 131072, 131073, 200000, 5,     60000, 9};
+    std::string data;
+    std::string values;
+    for (int round = 0; round < 3; ++round) {
+        for (const std::size_t size : sizes) {
+            std::string value(size, '\0');
+            for (char& octet : value) {
+                octet =
+                    static_cast<char>((values.size() * 7 + static_cast<std::size_t>(&octet - value.data()) * 13) >> 3U);
+            }
+            data += klv(keys::item, value);
+            values += value;
+        }
+    }
+    // Every so many values are taken into a buffer, and as many skipped: the others come in pieces.
+    struct Taker : DullKLVHandler {
+        std::size_t every = 1;
+        std::size_t count = 0;
+        std::string taken;
+        std::string expected;
+        const std::string* all = nullptr;
+        std::size_t passed = 0;
+        std::vector<std::uint8_t> own = std::vector<std::uint8_t>(200000);
+
+        bool startIndividualItem(const KLVKey& /*key*/, std::uint64_t length) override {
+            const bool wanted = ++count % every != 1;
+            expected += wanted ? all->substr(passed, length) : "";
+            passed += length;
+            return wanted;
+        }
+        bool getValueBuffer(std::uint64_t /*length*/, std::uint64_t& /*offset*/, std::uint64_t& /*size*/,
+                            std::uint8_t*& buffer) override {
+            buffer = count % every == 0 ? own.data() : nullptr;
+            return true;
+        }
+        void value(const std::uint8_t* octets, std::uint64_t size) override { taken.append(octets, octets + size); }
+    };
+    for (std::size_t every = 1; every < 7; ++every) {
+        Taker taker;
+        taker.every = every;
+        taker.all = &values;
+        std::istringstream stream(data);
+        GenericKLVReader reader;
+        reader.setHandler(&taker);
+        reader.parse(stream, 0);
+        EXPECT_EQ(taker.passed, values.size());
+        EXPECT_TRUE(taker.taken == taker.expected) << every;
+    }
 }
 
 TEST(GenericKLVReader, GrowingFiles) {

@@ -72,6 +72,22 @@ private:
     std::string data_;
 };
 
+/// A stream in memory that can seek, and throws when octets from some place on are asked for, as a disk with a bad sector.
+class BadSectorStream : private std::stringbuf, public std::istream {
+public:
+    BadSectorStream(const std::string& data, std::streamoff bad)
+        : std::stringbuf(data), std::istream(static_cast<std::stringbuf*>(this)), bad_(bad) {}
+
+private:
+    std::streamsize xsgetn(char* to, std::streamsize size) override {
+        const std::streamoff from = std::stringbuf::seekoff(0, std::ios::cur, std::ios::in);
+        const std::streamsize got = std::stringbuf::xsgetn(to, size);
+        return from + got <= bad_ ? got : throw std::ios_base::failure("bad sector");
+    }
+
+    std::streamoff bad_;
+};
+
 /// An output stream that takes a number of octets and no more, as a full disk.
 class FullStream : private std::stringbuf, public std::ostream {
 public:

@@ -4,11 +4,9 @@
 
 /// Shows the position of the locator it follows, or one that it holds: that of a pack which is dealt with after it has
 /// been passed. When it follows none any more, the last position stays.
-class HeldLocator : public Locator {
+class HeldLocator final : public Locator {
 public:
-    const std::streampos& streampos() const override {
-        return held_ || locator_ == nullptr ? position_ : locator_->streampos();
-    }
+    const std::streampos& streampos() const override;
 
     void follow(const Locator& locator) {
         locator_ = &locator;

@@ -1,0 +1,109 @@
+#include "klv/internal/ReadAhead.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ios>
+
+#include "klv/internal/StreamAccess.h"
+
+namespace {
+
+/// More than the buffer of a file stream has, so that octets do not go through both.
+constexpr std::size_t firstPiece = 8192;
+constexpr std::size_t largestPiece = 131072;
+/// From here on a system call costs less than copying twice.
+constexpr std::uint64_t longValue = 32768;
+
+} // namespace
+
+ReadAhead::ReadAhead(std::streambuf& source, std::streamoff position)
+    : source_(source), canSeek_(position >= 0), position_(position),
+      octets_(canSeek_ ? new std::uint8_t[largestPiece] : nullptr), // not filled with zeros
+      ahead_(firstPiece) {}
+
+ReadAhead::~ReadAhead() {
+    klvutil::runs([&] { settle(); });
+}
+
+bool ReadAhead::settle() {
+    return held() == 0 || seek(position_ - static_cast<std::streamoff>(held()));
+}
+
+/// Takes octets that a source which cannot seek has ready.
+const std::uint8_t* ReadAhead::takeFromSource(std::uint64_t size) {
+    return canSeek_ ? nullptr : klvutil::HeldOctets::take(source_, size);
+}
+
+/// Forgets what is held. What comes next may be one of a few octets here and there, so little is read ahead.
+void ReadAhead::drop() {
+    next_ = end_ = nullptr;
+    ahead_ = firstPiece;
+}
+
+/// Puts the source at a position, and tells whether it is there.
+bool ReadAhead::isSource(std::streamoff position) {
+    return std::streamoff{source_.pubseekoff(position, std::ios::beg, std::ios::in)} == position;
+}
+
+/// Reads from the source.
+std::size_t ReadAhead::fetch(std::uint8_t* to, std::uint64_t size) {
+    const std::streamsize got = source_.sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(size));
+    position_ += got;
+    return static_cast<std::size_t>(got);
+}
+
+/// Reads @p needed octets, less than a long value, and ahead of them, when nothing is held. Where that fails, no more is
+/// read from now on than is needed, so that what stands before the fault is not lost.
+bool ReadAhead::refill(std::size_t needed) {
+    next_ = end_ = octets_.get();
+    std::size_t got = 0;
+    if (!isCareful_ && !klvutil::runs([&] { got = fetch(octets_.get(), std::max(ahead_, needed)); })) {
+        isCareful_ = true;
+        if (!isSource(position_)) {
+            throw std::ios_base::failure("the position is lost");
+        }
+    }
+    if (isCareful_) {
+        got = fetch(octets_.get(), needed);
+    }
+    ahead_ = std::min(2 * ahead_, largestPiece);
+    end_ += got;
+    return got > 0;
+}
+
+std::uint64_t ReadAhead::read(std::uint8_t* to, std::uint64_t size) {
+    if (!canSeek_) {
+        return fetch(to, size);
+    }
+    std::uint64_t done = 0;
+    while (done < size) {
+        if (held() == 0) {
+            const std::uint64_t needed = size - done;
+            if (needed >= longValue) {
+                drop();
+                return done + fetch(to + done, needed);
+            }
+            if (!refill(needed)) {
+                break;
+            }
+        }
+        const std::size_t part = std::min<std::uint64_t>(held(), size - done);
+        std::memcpy(to + done, next_, part);
+        next_ += part;
+        done += part;
+    }
+    return done;
+}
+
+bool ReadAhead::atEnd() {
+    if (!canSeek_) {
+        return std::streambuf::traits_type::eq_int_type(source_.sgetc(), std::streambuf::traits_type::eof());
+    }
+    return held() == 0 && !refill(1);
+}
+
+bool ReadAhead::seek(std::streamoff position) {
+    drop();
+    position_ = position;
+    return isSource(position);
+}

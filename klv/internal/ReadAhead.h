@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <streambuf>
+
+/// The octets of a stream buffer, taken in larger pieces than they are asked for, since a few at a time are most of what
+/// is asked for between values: what it holds is taken without a call. Long values go past it, straight to where they
+/// are wanted.
+///
+/// A stream that can seek is read ahead, in pieces that grow while it is read on and on, and is put back in the end. Of
+/// any other no more is read than is asked for, but for what its buffer reads of its own accord: a pipe may have nothing
+/// more to give for a while, or belong to somebody else afterwards.
+///
+/// What the stream buffer throws passes through. It takes no octets with it that stand before the fault.
+class ReadAhead {
+public:
+    /// @param position of the stream if it can seek, else -1
+    ReadAhead(std::streambuf& source, std::streamoff position);
+    ~ReadAhead();
+    ReadAhead(const ReadAhead&) = delete;
+    ReadAhead& operator=(const ReadAhead&) = delete;
+
+    /// Passes over @p size octets, if that many are held, and returns where they are until the next call: else null.
+    const std::uint8_t* take(std::uint64_t size) {
+        if (size == 0 || size > held()) {
+            return takeFromSource(size);
+        }
+        const std::uint8_t* const taken = next_;
+        next_ += size;
+        return taken;
+    }
+
+    /// Reads @p size octets, or as many as there are, and returns how many.
+    std::uint64_t read(std::uint8_t* to, std::uint64_t size);
+
+    /// Whether there is nothing more to read.
+    bool atEnd();
+
+    /// Goes on at another position of a stream that can seek. @return whether it can be reached
+    bool seek(std::streamoff position);
+
+    /// Puts a stream that can seek where the octets taken end. @return whether that can be reached
+    bool settle();
+
+private:
+    std::size_t held() const { return static_cast<std::size_t>(end_ - next_); }
+    const std::uint8_t* takeFromSource(std::uint64_t size);
+    void drop();
+    bool isSource(std::streamoff position);
+    std::size_t fetch(std::uint8_t* to, std::uint64_t size);
+    bool refill(std::size_t needed);
+
+    std::streambuf& source_;
+    bool canSeek_;
+    bool isCareful_ = false;  ///< reading ahead has failed
+    std::streamoff position_; ///< where the source stands: after what is held
+    std::unique_ptr<std::uint8_t[]> octets_;
+    std::size_t ahead_; ///< how many octets are read ahead the next time
+    const std::uint8_t* next_ = nullptr;
+    const std::uint8_t* end_ = nullptr;
+};
