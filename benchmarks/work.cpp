@@ -5,7 +5,7 @@
 ///     bryx_work copy|copy-checked FILE KEY >ESSENCE
 ///
 /// plain             reads all octets with read(2)
-/// read, validate    the public reader, with all essence into a buffer of its own; without and with the strictest checks
+/// read, validate    the public reader, with all essence; without and with the strictest checks
 /// skip              the same without the essence
 /// copy, copy-checked          read and validate; what they deliver with a key, "urn:smpte:ul:...", goes to standard output
 /// plain-scan, scan  the partition packs that the random index leads to
@@ -86,7 +86,8 @@ void plain(const std::string& name) {
     saw("octets", octets);
 }
 
-/// Takes every element whole, or in chunks if it is longer than the buffer; or none.
+/// Takes every element whole, or in chunks if it is longer than the buffer; or none. Elements of less than 32 KiB are taken
+/// where the reader has them.
 class Essence : public MXFGCChunkedEssenceHandler, public DullMXFGCEssenceHandler {
 public:
     explicit Essence(bool isWanted) : isWanted_(isWanted) {}
@@ -98,20 +99,25 @@ public:
                       std::uint64_t& size) override {
         ++elements;
         octets += length;
-        if (length <= buffer_.size()) {
+        if (length >= leastBuffered && length <= buffer_.size()) {
             buffer = buffer_.data();
             size = buffer_.size();
         }
         return isWanted_;
     }
-    bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t /*length*/, std::uint64_t /*offset*/,
-                             std::uint64_t& size, std::uint8_t*& buffer) override {
+    bool startChunkedElement(const KLVKey& /*key*/, std::uint64_t length, std::uint64_t /*offset*/, std::uint64_t& size,
+                             std::uint8_t*& buffer) override {
+        if (length < leastBuffered) {
+            return false;
+        }
         buffer = buffer_.data();
         size = buffer_.size();
         return true;
     }
 
 private:
+    static constexpr std::uint64_t leastBuffered = 32768;
+
     bool isWanted_;
     std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(std::size_t{1} << 20U);
 };

@@ -33,7 +33,8 @@ public:
     ///
     /// @param end where reading ends; -1 for the end of the stream
     /// @param[in,out] stop looked at before each triplet. Reading ends with the triplet during which it is set; a
-    ///     stream that can seek then stands at the first octet after that triplet.
+    ///     stream that can seek then stands at the first octet after that triplet. Until then it may stand further
+    ///     ahead.
     virtual void parse(std::istream& stream, std::streampos start, std::streampos end, bool& stop);
 
     /// Reads to the end of the stream, or until a handler has set @p stop.

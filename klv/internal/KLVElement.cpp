@@ -40,7 +40,7 @@ void KLVWalk::walkTriplet() {
 
 std::uint64_t KLVWalk::readBERLength() {
     requireLeft(1);
-    auto form = static_cast<std::uint8_t>(input.readNumber(1));
+    std::uint8_t form = input.readOctet();
     std::uint64_t length = form;
     if (form < 0x80) {
         form = 1;

@@ -101,6 +101,11 @@ std::uint64_t KLVInput::readNumber(unsigned octets) {
     return number(copy, octets);
 }
 
+std::uint8_t KLVInput::readOctet() {
+    const std::uint8_t* const held = take(1);
+    return held != nullptr ? *held : static_cast<std::uint8_t>(readNumber(1));
+}
+
 std::uint8_t* KLVInput::piece() {
     if (!piece_) {
         piece_ = std::make_unique<std::uint8_t[]>(pieceSize);

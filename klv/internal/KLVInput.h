@@ -48,6 +48,7 @@ public:
     KLVKey readKey();
     /// Reads a big-endian number of at most 8 octets.
     std::uint64_t readNumber(unsigned octets);
+    std::uint8_t readOctet();
     void read(std::uint8_t* to, std::uint64_t size);
 
     /// Reads at most pieceSize octets and returns where they are until the next call.

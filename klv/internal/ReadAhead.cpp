@@ -95,11 +95,9 @@ std::uint64_t ReadAhead::read(std::uint8_t* to, std::uint64_t size) {
     return done;
 }
 
-bool ReadAhead::atEnd() {
-    if (!canSeek_) {
-        return std::streambuf::traits_type::eq_int_type(source_.sgetc(), std::streambuf::traits_type::eof());
-    }
-    return held() == 0 && !refill(1);
+bool ReadAhead::isSourceAtEnd() {
+    using Traits = std::streambuf::traits_type;
+    return canSeek_ ? !refill(1) : Traits::eq_int_type(source_.sgetc(), Traits::eof());
 }
 
 bool ReadAhead::seek(std::streamoff position) {

@@ -36,7 +36,7 @@ public:
     std::uint64_t read(std::uint8_t* to, std::uint64_t size);
 
     /// Whether there is nothing more to read.
-    bool atEnd();
+    bool atEnd() { return held() == 0 && isSourceAtEnd(); }
 
     /// Goes on at another position of a stream that can seek. @return whether it can be reached
     bool seek(std::streamoff position);
@@ -48,6 +48,7 @@ private:
     std::size_t held() const { return static_cast<std::size_t>(end_ - next_); }
     const std::uint8_t* takeFromSource(std::uint64_t size);
     void drop();
+    bool isSourceAtEnd();
     bool isSource(std::streamoff position);
     std::size_t fetch(std::uint8_t* to, std::uint64_t size);
     bool refill(std::size_t needed);

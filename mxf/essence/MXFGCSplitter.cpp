@@ -21,6 +21,9 @@ namespace {
 
 /// The longest element that is held in memory.
 constexpr std::uint64_t longestHeld = 0xFFFFFF;
+/// The longest element that is delivered where the reader has it, if it comes in one piece: what a reader passes in pieces
+/// at most of this size.
+constexpr std::uint64_t longestInPlace = 65536;
 /// The octets for which there is memory before the first of them has come.
 constexpr std::uint64_t firstHeld = std::uint64_t{1} << 20U;
 
@@ -288,12 +291,12 @@ bool MXFGCSplitter::startVariableLengthPackItem(std::uint64_t /*length*/) {
 // ---- Essence elements ----
 
 void MXFGCSplitter::enterEssence(const KLVKey& key) {
-    if (state_ == State::GCStarted || state_ == State::GCInSystemItem) {
-        std::fill(std::begin(kindsSeen_), std::end(kindsSeen_), false);
-        state_ = state_ == State::GCStarted ? State::GCEssenceOnly : State::GCEssenceAfterSystem;
-    }
-    kindsSeen_[static_cast<std::size_t>(kind_)] = true;
-    if (state_ == State::GCEssenceOnly && std::count(std::begin(kindsSeen_), std::end(kindsSeen_), true) == 2) {
+    if (state_ == State::GCStarted) {
+        state_ = State::GCEssenceOnly;
+        onlyKind_ = kind_;
+    } else if (state_ == State::GCInSystemItem) {
+        state_ = State::GCEssenceAfterSystem;
+    } else if (state_ == State::GCEssenceOnly && kind_ != onlyKind_) {
         state_ = State::GCEssenceAfterSystem;
         if (!allowsSecondKind()) {
             klvutil::report(errorHandler_, findings::unexpectedGCEssenceElement, toString(key));
@@ -322,10 +325,16 @@ bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length)
     if (!essenceHandler_->startElement(key, length, callersBuffer_, callersSize_)) {
         return false;
     }
+    length_ = length;
     delivery_ = callersBuffer_ != nullptr                   ? Delivery::CallersBuffer
                 : chunkedHandler_ != nullptr && length != 0 ? Delivery::Chunks
-                                                            : Delivery::OwnBuffer;
+                                                            : wholeDelivery();
     return true;
+}
+
+/// How an element is delivered at once that no buffer is given for.
+MXFGCSplitter::Delivery MXFGCSplitter::wholeDelivery() const {
+    return length_ <= longestInPlace ? Delivery::InPlace : Delivery::OwnBuffer;
 }
 
 void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) {
@@ -365,10 +374,13 @@ bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, 
         if (startChunk(length, offset, size, buffer)) {
             return true;
         }
-        delivery_ = offset == 0 ? Delivery::OwnBuffer : Delivery::None;
+        delivery_ = offset == 0 ? wholeDelivery() : Delivery::None;
         buffer = nullptr;
     }
     switch (delivery_) {
+    case Delivery::InPlace:
+        require(offset == filled_, "valid chunk offset");
+        return true;
     case Delivery::CallersBuffer:
         require(offset == 0, "valid chunk offset");
         require(callersSize_ >= length, "valid length");
@@ -400,6 +412,17 @@ void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
     case Delivery::Chunks:
         deliver(data, size, filled_);
         break;
+    case Delivery::InPlace:
+        if (size == length_) {
+            deliver(data, size, 0);
+            delivery_ = Delivery::None;
+            break;
+        }
+        if (filled_ == 0) {
+            own_.clear();
+        }
+        util::append(own_, data, size);
+        break;
     case Delivery::CallersBuffer:
     case Delivery::OwnBuffer: {
         // Read in place as a rule; a sender may have the octets elsewhere.
@@ -422,8 +445,8 @@ void MXFGCSplitter::endIndividualItem(const KLVKey& key) {
         return;
     }
     require(key == key_, "correct essence key");
-    if (delivery_ == Delivery::CallersBuffer || delivery_ == Delivery::OwnBuffer) {
-        const std::uint8_t* const octets = delivery_ == Delivery::OwnBuffer ? own_.data() : callersBuffer_;
+    if (delivery_ == Delivery::CallersBuffer || delivery_ == Delivery::OwnBuffer || delivery_ == Delivery::InPlace) {
+        const std::uint8_t* const octets = delivery_ == Delivery::CallersBuffer ? callersBuffer_ : own_.data();
         deliver(filled_ == 0 ? nullptr : octets, filled_, 0);
     }
     endElement(key);

@@ -27,9 +27,9 @@ class MXFGCStructureHandler;
 ///
 /// After an exception has ended a reading, a splitter is done for.
 ///
-/// Essence goes straight into the buffers of the essence handler, if it gives any. An element without one is held whole
-/// in memory of the splitter, up to 16,777,215 octets; a longer one is reported as "unsupported GC essence element
-/// length" and skipped, unless the handler takes chunks.
+/// Essence goes straight into the buffers of the essence handler, if it gives any. An element without one is delivered
+/// where the reader has it, if that has it whole; else it is held in memory of the splitter, up to 16,777,215 octets. A
+/// longer one is reported as "unsupported GC essence element length" and skipped, unless the handler takes chunks.
 class BRYX_API MXFGCSplitter : public DullKLVHandler {
 public:
     MXFGCSplitter();
@@ -96,7 +96,7 @@ private:
     };
     enum class State : std::uint8_t { GCBeforeStart, GCStarted, GCInSystemItem, GCEssenceOnly, GCEssenceAfterSystem };
     /// How the value of the element being read is delivered.
-    enum class Delivery : std::uint8_t { None, System, Chunks, CallersBuffer, OwnBuffer };
+    enum class Delivery : std::uint8_t { None, System, Chunks, CallersBuffer, OwnBuffer, InPlace };
 
     MXFGCEssenceKind kindOf(const KLVKey& key);
     void startElement(const KLVKey& key);
@@ -109,6 +109,7 @@ private:
     const MXFGCItems& items();
     void enterEssence(const KLVKey& key);
     void deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset);
+    Delivery wholeDelivery() const;
     bool startChunk(std::uint64_t length, std::uint64_t offset, std::uint64_t& size, std::uint8_t*& buffer);
     bool isRunning() const noexcept { return state_ != State::GCBeforeStart; }
 
@@ -122,7 +123,7 @@ private:
     KLVKey firstKey_;
     bool hasFirstKey_ = false;
     bool packageOpen_ = false;
-    bool kindsSeen_[5] = {};
+    MXFGCEssenceKind onlyKind_ = MXFGCEssenceKind::None; ///< of the elements so far, where there is no system item
     std::uint8_t form_;
     std::uint8_t passedForm_;
     MXFKeyReporter invalidKeys_;
@@ -135,6 +136,7 @@ private:
     Delivery delivery_ = Delivery::None;
     std::uint8_t* callersBuffer_ = nullptr;
     std::uint64_t callersSize_ = 0;
+    std::uint64_t length_ = 0;
     std::uint64_t filled_ = 0;      ///< octets of the value that have come
     std::vector<std::uint8_t> own_; ///< the value, where nobody else holds it; kept for its memory
     struct ItemPlace {

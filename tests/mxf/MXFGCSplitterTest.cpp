@@ -206,6 +206,25 @@ TEST(GCSplitter, DeliversElements) {
     EXPECT_EQ(buffered.octets, "ABCD");
     EXPECT_EQ(std::string(own.begin(), own.end()), "ABCD");
     EXPECT_EQ(failure([&] { read(octets::klv(element(0x15), "ABCDE"), buffered); }), "valid length");
+
+    // A sender may pass a short element in pieces; it is delivered as one.
+    Receiver pieces;
+    MXFGCSplitter splitter(nullptr, nullptr, &pieces);
+    splitter.startStream(true);
+    for (const std::string text : {"abcde", "fgh"}) {
+        EXPECT_TRUE(splitter.startIndividualItem(element(0x15), text.size()));
+        std::uint64_t offset = 0;
+        std::uint64_t size = text.size();
+        std::uint8_t* buffer = nullptr;
+        EXPECT_TRUE(splitter.getValueBuffer(text.size(), offset, size, buffer));
+        EXPECT_EQ(buffer, nullptr);
+        const auto* const octets = reinterpret_cast<const std::uint8_t*>(text.data());
+        splitter.value(octets, 2);
+        splitter.value(octets + 2, text.size() - 2);
+        splitter.endIndividualItem(element(0x15));
+    }
+    EXPECT_EQ(joined(pieces.log), "wants 15010501 5; picture 5 0; wants 15010501 3; picture 3 0");
+    EXPECT_EQ(pieces.octets, "abcdefgh");
 }
 
 TEST(GCSplitter, DeliversTheSameByEveryRoad) {
