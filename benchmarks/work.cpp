@@ -12,9 +12,9 @@
 /// metadata          the model of the header metadata of the last partition that has any
 /// index             all index table segments, and where each edit unit is; the first one alone where the table does not tell
 ///                   how many there are
-/// write-large, -small, -uneven      writes FILE: sound in elements of 200,000, 64, or 48 to 79 octets, a partition for
-///                   each 250
-/// plain-write-large, -small, -uneven           the same octets of essence by write(2), 200,000 at a time
+/// write-large, -mono, -small, -uneven      writes FILE: sound in elements of 200,000, 5,760, 64, or 48 to 79 octets, a
+///                   partition for each 250
+/// plain-write-large, -mono, -small, -uneven    the same octets of essence by write(2), 200,000 at a time
 
 #include <algorithm>
 #include <cstdio>
@@ -38,6 +38,7 @@
 namespace {
 
 constexpr std::size_t largeElement = 200000;
+constexpr std::size_t monoElement = 5760; // 24 bits at 48 kHz, in frames of 1/25 s
 constexpr std::size_t smallElement = 64;
 
 /// Prints what has been seen.
@@ -86,7 +87,7 @@ void plain(const std::string& name) {
     saw("octets", octets);
 }
 
-/// Takes every element whole, or in chunks if it is longer than the buffer; or none. Elements of less than 32 KiB are taken
+/// Takes every element whole, or in chunks if it is longer than the buffer; or none. Elements of up to 64 KiB are taken
 /// where the reader has them.
 class Essence : public MXFGCChunkedEssenceHandler, public DullMXFGCEssenceHandler {
 public:
@@ -116,7 +117,7 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t leastBuffered = 32768;
+    static constexpr std::uint64_t leastBuffered = 65537;
 
     bool isWanted_;
     std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(std::size_t{1} << 20U);
@@ -412,9 +413,11 @@ const std::map<std::string, Work> works{
     {"metadata", reading(metadata)},
     {"index", reading(index)},
     {"write-large", writing(write, largeElement)},
+    {"write-mono", writing(write, monoElement)},
     {"write-small", writing(write, smallElement)},
     {"write-uneven", writing(write, 0)},
     {"plain-write-large", writing(plainWrite, largeElement)},
+    {"plain-write-mono", writing(plainWrite, monoElement)},
     {"plain-write-small", writing(plainWrite, smallElement)},
     {"plain-write-uneven", writing(plainWrite, 0)},
 };

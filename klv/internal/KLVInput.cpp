@@ -114,8 +114,8 @@ std::uint8_t* KLVInput::piece() {
 }
 
 const std::uint8_t* KLVInput::readPiece(std::uint64_t size) {
-    const std::uint8_t* const held = take(size);
-    if (held != nullptr) {
+    klvutil::runs([&] { ahead_.gather(size); }); // where that fails, reading tells how
+    if (const std::uint8_t* const held = take(size)) {
         return held;
     }
     read(piece(), size);

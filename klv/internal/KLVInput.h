@@ -15,7 +15,7 @@
 class KLVInput {
 public:
     static constexpr std::streamoff maxPosition = std::numeric_limits<std::streamoff>::max();
-    static constexpr std::size_t pieceSize = 65536;
+    static constexpr std::size_t pieceSize = ReadAhead::largestGathered;
 
     /// Requires that the stream is good, else throws parse_error "input stream is not good()".
     KLVInput(std::istream& stream, std::streamoff start);

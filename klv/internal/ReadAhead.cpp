@@ -11,6 +11,7 @@ namespace {
 /// More than the buffer of a file stream has, so that octets do not go through both.
 constexpr std::size_t firstPiece = 8192;
 constexpr std::size_t largestPiece = 131072;
+static_assert(largestPiece >= ReadAhead::largestGathered);
 /// From here on a system call costs less than copying twice.
 constexpr std::uint64_t longValue = 32768;
 
@@ -19,7 +20,7 @@ constexpr std::uint64_t longValue = 32768;
 ReadAhead::ReadAhead(std::streambuf& source, std::streamoff position)
     : source_(source), canSeek_(position >= 0), position_(position),
       octets_(canSeek_ ? new std::uint8_t[largestPiece] : nullptr), // not filled with zeros
-      ahead_(firstPiece) {}
+      ahead_(firstPiece), next_(octets_.get()), end_(next_) {}
 
 ReadAhead::~ReadAhead() {
     klvutil::runs([&] { settle(); });
@@ -36,12 +37,12 @@ const std::uint8_t* ReadAhead::takeFromSource(std::uint64_t size) {
 
 /// Forgets what is held. What comes next may be one of a few octets here and there, so little is read ahead.
 void ReadAhead::drop() {
-    next_ = end_ = nullptr;
+    next_ = end_ = octets_.get();
     ahead_ = firstPiece;
 }
 
 /// Puts the source at a position, and tells whether it is there.
-bool ReadAhead::isSource(std::streamoff position) {
+bool ReadAhead::seekSource(std::streamoff position) {
     return std::streamoff{source_.pubseekoff(position, std::ios::beg, std::ios::in)} == position;
 }
 
@@ -52,19 +53,23 @@ std::size_t ReadAhead::fetch(std::uint8_t* to, std::uint64_t size) {
     return static_cast<std::size_t>(got);
 }
 
-/// Reads @p needed octets, less than a long value, and ahead of them, when nothing is held. Where that fails, no more is
-/// read from now on than is needed, so that what stands before the fault is not lost.
+/// Reads @p needed octets, and ahead of them, behind what is held. Where that fails, no more is read from now on than is
+/// needed, so that what stands before the fault is not lost.
 bool ReadAhead::refill(std::size_t needed) {
-    next_ = end_ = octets_.get();
+    std::uint8_t* const end = octets_.get() + held();
+    std::memmove(octets_.get(), next_, held());
+    next_ = octets_.get();
+    end_ = end;
     std::size_t got = 0;
-    if (!isCareful_ && !klvutil::runs([&] { got = fetch(octets_.get(), std::max(ahead_, needed)); })) {
+    const std::size_t wanted = std::min(std::max(ahead_, needed), largestPiece - held());
+    if (!isCareful_ && !klvutil::runs([&] { got = fetch(end, wanted); })) {
         isCareful_ = true;
-        if (!isSource(position_)) {
+        if (!seekSource(position_)) {
             throw std::ios_base::failure("the position is lost");
         }
     }
     if (isCareful_) {
-        got = fetch(octets_.get(), needed);
+        got = fetch(end, needed);
     }
     ahead_ = std::min(2 * ahead_, largestPiece);
     end_ += got;
@@ -95,6 +100,11 @@ std::uint64_t ReadAhead::read(std::uint8_t* to, std::uint64_t size) {
     return done;
 }
 
+void ReadAhead::gather(std::size_t size) {
+    while (canSeek_ && held() < size && refill(size - held())) {
+    }
+}
+
 bool ReadAhead::isSourceAtEnd() {
     using Traits = std::streambuf::traits_type;
     return canSeek_ ? !refill(1) : Traits::eq_int_type(source_.sgetc(), Traits::eof());
@@ -103,5 +113,5 @@ bool ReadAhead::isSourceAtEnd() {
 bool ReadAhead::seek(std::streamoff position) {
     drop();
     position_ = position;
-    return isSource(position);
+    return seekSource(position);
 }

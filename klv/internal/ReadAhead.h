@@ -16,6 +16,8 @@
 /// What the stream buffer throws passes through. It takes no octets with it that stand before the fault.
 class ReadAhead {
 public:
+    static constexpr std::size_t largestGathered = 65536;
+
     /// @param position of the stream if it can seek, else -1
     ReadAhead(std::streambuf& source, std::streamoff position);
     ~ReadAhead();
@@ -35,6 +37,9 @@ public:
     /// Reads @p size octets, or as many as there are, and returns how many.
     std::uint64_t read(std::uint8_t* to, std::uint64_t size);
 
+    /// Tries to hold @p size octets of a stream that can seek, at most largestGathered.
+    void gather(std::size_t size);
+
     /// Whether there is nothing more to read.
     bool atEnd() { return held() == 0 && isSourceAtEnd(); }
 
@@ -49,7 +54,7 @@ private:
     const std::uint8_t* takeFromSource(std::uint64_t size);
     void drop();
     bool isSourceAtEnd();
-    bool isSource(std::streamoff position);
+    bool seekSource(std::streamoff position);
     std::size_t fetch(std::uint8_t* to, std::uint64_t size);
     bool refill(std::size_t needed);
 
@@ -58,7 +63,7 @@ private:
     bool isCareful_ = false;  ///< reading ahead has failed
     std::streamoff position_; ///< where the source stands: after what is held
     std::unique_ptr<std::uint8_t[]> octets_;
-    std::size_t ahead_; ///< how many octets are read ahead the next time
-    const std::uint8_t* next_ = nullptr;
-    const std::uint8_t* end_ = nullptr;
+    std::size_t ahead_;        ///< how many octets are read ahead the next time
+    const std::uint8_t* next_; ///< of what is held
+    const std::uint8_t* end_;
 };
