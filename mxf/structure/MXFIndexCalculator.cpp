@@ -292,13 +292,15 @@ std::vector<MXFIndexCalculator::Range> MXFIndexCalculator::ranges() const {
     return result;
 }
 
-const MXFIndexCalculator::Span* MXFIndexCalculator::find(std::int64_t editUnit) const noexcept {
+/// The last span that begins with @p editUnit or before it, or null.
+const MXFIndexCalculator::Span* MXFIndexCalculator::spanBefore(std::int64_t editUnit) const noexcept {
     const std::int64_t* const after = upperBound(firsts_, editUnit);
-    if (after == firsts_.data()) {
-        return nullptr;
-    }
-    const Span& span = spans_[static_cast<std::size_t>(after - firsts_.data()) - 1];
-    return contains(span, editUnit) ? &span : nullptr;
+    return after == firsts_.data() ? nullptr : &spans_[static_cast<std::size_t>(after - firsts_.data()) - 1];
+}
+
+const MXFIndexCalculator::Span* MXFIndexCalculator::find(std::int64_t editUnit) const noexcept {
+    const Span* const span = spanBefore(editUnit);
+    return span != nullptr && contains(*span, editUnit) ? span : nullptr;
 }
 
 bool MXFIndexCalculator::contains(const Span& span, std::int64_t editUnit) noexcept {
@@ -311,8 +313,9 @@ bool MXFIndexCalculator::contains(std::int64_t editUnit) const noexcept {
 
 const MXFIndexCalculator::Span& MXFIndexCalculator::span(std::int64_t editUnit) const {
     require(isSet_, "index segments set");
-    const Span* const found = find(editUnit);
-    require(found != nullptr, "found edit unit in index");
+    // Not by find(), whose result waits for the offset to come out of memory, and with it all that is looked up next.
+    const Span* const found = spanBefore(editUnit);
+    require(found != nullptr && contains(*found, editUnit), "found edit unit in index");
     return *found;
 }
 

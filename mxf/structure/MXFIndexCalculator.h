@@ -132,6 +132,7 @@ private:
         std::uint64_t offsetOf(std::int64_t editUnit) const noexcept;
     };
 
+    const Span* spanBefore(std::int64_t editUnit) const noexcept;
     const Span* find(std::int64_t editUnit) const noexcept;
     const Span& span(std::int64_t editUnit) const;
     static bool contains(const Span& span, std::int64_t editUnit) noexcept;
