@@ -8,7 +8,8 @@
 /// at most 65,536 octets, or is skipped. Reading takes the same memory whatever lengths the data claims, and never
 /// goes past the end of a set or pack. The stream need not be able to seek; if it can, values are skipped by seeking.
 ///
-/// The stream's own buffer is used as it is: use one of a size that fits (std::ifstream's 8 KiB is fine).
+/// A stream that can seek is read ahead past its own buffer, which need not be large; of any other no more is read than
+/// the events ask for.
 ///
 /// A reader may be used for one parse after the other, by one thread at a time.
 class BRYX_API GenericKLVReader : public KLVReader {

@@ -32,9 +32,7 @@ public:
                         std::uint8_t*& /*buffer*/) override {
         return true;
     }
-    void value(const std::uint8_t* data, std::uint64_t size) override {
-        util::append(octets_, data, size);
-    }
+    void value(const std::uint8_t* data, std::uint64_t size) override { util::append(octets_, data, size); }
 
 private:
     std::optional<KLVKey> key_;

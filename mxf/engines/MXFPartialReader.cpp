@@ -88,9 +88,7 @@ public:
     bool startVariableLengthPack(const KLVKey&, std::uint64_t, KLVFieldForm) override { return stop(); }
     bool startWrapper(const KLVKey&, std::uint64_t, KLVWrapperKind) override { return stop(); }
     bool getValueBuffer(std::uint64_t, std::uint64_t&, std::uint64_t&, std::uint8_t*&) override { return true; }
-    void value(const std::uint8_t* data, std::uint64_t size) override {
-        util::append(octets_, data, size);
-    }
+    void value(const std::uint8_t* data, std::uint64_t size) override { util::append(octets_, data, size); }
 
 private:
     bool stop() {
