@@ -8,8 +8,9 @@
 /// at most 65,536 octets, or is skipped. Reading takes the same memory whatever lengths the data claims, and never
 /// goes past the end of a set or pack. The stream need not be able to seek; if it can, values are skipped by seeking.
 ///
-/// A stream that can seek is read ahead past its own buffer, which need not be large; of any other no more is read than
-/// the events ask for.
+/// A stream that can seek is read ahead, up to 128 KiB, past its own buffer, which need not be large: what is written there
+/// meanwhile may not be seen. It belongs to the reader during a parse; a handler that reads something else in it has to
+/// put it back where it stood. Of any other stream no more is read than the events ask for.
 ///
 /// A reader may be used for one parse after the other, by one thread at a time.
 class BRYX_API GenericKLVReader : public KLVReader {

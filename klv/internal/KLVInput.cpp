@@ -31,12 +31,16 @@ std::istream& checkGood(std::istream& stream, std::streamoff start) {
 } // namespace
 
 KLVInput::KLVInput(std::istream& stream, std::streamoff start)
-    : KLVInput(checkGood(stream, start), start, klvutil::extentOf(stream)) {}
+    : KLVInput{checkGood(stream, start), start, klvutil::extentOf(stream)} {} // in this order
 
 KLVInput::KLVInput(std::istream& stream, std::streamoff start, const klvutil::StreamExtent& extent)
     : stream_(stream), exceptionsOff_(stream), ahead_(*stream.rdbuf(), extent.canSeek() ? extent.position : -1),
       position_(extent.canSeek() ? extent.position : start), end_(extent.end), triplet_(position_),
       located_(position_) {}
+
+KLVInput::~KLVInput() {
+    isSettled();
+}
 
 void KLVInput::fail(const klvutil::Finding& finding) const {
     throw klvutil::parse_error(finding, triplet_);
@@ -63,10 +67,6 @@ const std::uint8_t* KLVInput::take(std::uint64_t size) {
 }
 
 std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
-    if (const std::uint8_t* const held = take(size)) {
-        std::memcpy(to, held, size);
-        return size;
-    }
     std::uint64_t got = 0;
     const bool ran = klvutil::runs([&] { got = ahead_.read(to, size); });
     position_ += static_cast<std::streamoff>(got);
@@ -114,9 +114,15 @@ std::uint8_t* KLVInput::piece() {
 }
 
 const std::uint8_t* KLVInput::readPiece(std::uint64_t size) {
-    klvutil::runs([&] { ahead_.gather(size); }); // where that fails, reading tells how
-    if (const std::uint8_t* const held = take(size)) {
-        return held;
+    // What a stream that cannot seek holds ready is its own: a handler may have it read on.
+    if (seekable()) {
+        if (!klvutil::runs([&] { ahead_.gather(size); })) {
+            stream_.setstate(std::ios::badbit);
+            fail(findings::unsuccessfulRead);
+        }
+        if (const std::uint8_t* const held = take(size)) {
+            return held;
+        }
     }
     read(piece(), size);
     return piece();
@@ -147,19 +153,24 @@ void KLVInput::skip(std::uint64_t size) {
     if (fits()) {
         klvutil::runs([&] { isReached = ahead_.seek(to); });
     }
-    requireReached(isReached);
+    if (!isReached) {
+        stream_.setstate(std::ios::failbit);
+        fail(findings::unsuccessfulSeek);
+    }
     position_ = to;
 }
 
-void KLVInput::settle() {
+bool KLVInput::isSettled() {
     bool isReached = false;
     klvutil::runs([&] { isReached = ahead_.settle(); });
-    requireReached(isReached);
-}
-
-void KLVInput::requireReached(bool isReached) {
     if (!isReached) {
         stream_.setstate(std::ios::failbit);
+    }
+    return isReached;
+}
+
+void KLVInput::settle() {
+    if (!isSettled()) {
         fail(findings::unsuccessfulSeek);
     }
 }

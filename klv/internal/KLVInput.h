@@ -20,6 +20,8 @@ public:
     /// Requires that the stream is good, else throws parse_error "input stream is not good()".
     KLVInput(std::istream& stream, std::streamoff start);
 
+    /// Ends reading as settle() does, but has the stream's state tell if that fails.
+    ~KLVInput();
     KLVInput(const KLVInput&) = delete;
     KLVInput& operator=(const KLVInput&) = delete;
 
@@ -51,7 +53,7 @@ public:
     std::uint8_t readOctet();
     void read(std::uint8_t* to, std::uint64_t size);
 
-    /// Reads at most pieceSize octets and returns where they are until the next call.
+    /// Reads at most pieceSize octets and returns where they are until the next call. Nobody else changes them until then.
     const std::uint8_t* readPiece(std::uint64_t size);
 
     /// Passes over @p size octets: small numbers are read through, large ones sought.
@@ -67,7 +69,7 @@ private:
     const std::uint8_t* take(std::uint64_t size);
     std::uint64_t readSome(std::uint8_t* to, std::uint64_t size);
     std::uint8_t* piece();
-    void requireReached(bool isReached);
+    bool isSettled();
 
     std::istream& stream_;
     klvutil::StreamExceptionsOff exceptionsOff_;

@@ -10,7 +10,7 @@ namespace klvutil {
 
 /// Passes a value of @p length octets from @p source to @p handler, chunk by chunk as the handler asks.
 ///
-/// A source has `skip(size)`, `read(to, size)` and `readPiece(size)`, which returns the octets in a place of its own,
+/// A source has `skip(size)`, `read(to, size)` and `readPiece(size)`, which returns the octets in a place that stays as it is until the next call,
 /// and a `pieceSize` that readPiece is never asked to go beyond.
 ///
 /// Requires "valid chunk offset": that the handler asks for octets that are still to come.

@@ -22,10 +22,6 @@ ReadAhead::ReadAhead(std::streambuf& source, std::streamoff position)
       octets_(canSeek_ ? new std::uint8_t[largestPiece] : nullptr), // not filled with zeros
       ahead_(firstPiece), next_(octets_.get()), end_(next_) {}
 
-ReadAhead::~ReadAhead() {
-    klvutil::runs([&] { settle(); });
-}
-
 bool ReadAhead::settle() {
     return held() == 0 || seek(position_ - static_cast<std::streamoff>(held()));
 }
@@ -49,12 +45,14 @@ bool ReadAhead::seekSource(std::streamoff position) {
 /// Reads from the source.
 std::size_t ReadAhead::fetch(std::uint8_t* to, std::uint64_t size) {
     const std::streamsize got = source_.sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(size));
+    if (got < 0 || static_cast<std::uint64_t>(got) > size) {
+        throw std::ios_base::failure("no such number of octets");
+    }
     position_ += got;
     return static_cast<std::size_t>(got);
 }
 
-/// Reads @p needed octets, and ahead of them, behind what is held. Where that fails, no more is read from now on than is
-/// needed, so that what stands before the fault is not lost.
+/// Reads @p needed octets, and ahead of them, behind what is held.
 bool ReadAhead::refill(std::size_t needed) {
     std::uint8_t* const end = octets_.get() + held();
     std::memmove(octets_.get(), next_, held());
@@ -86,7 +84,12 @@ std::uint64_t ReadAhead::read(std::uint8_t* to, std::uint64_t size) {
             const std::uint64_t needed = size - done;
             if (needed >= longValue) {
                 drop();
-                return done + fetch(to + done, needed);
+                const std::size_t got = fetch(to + done, needed);
+                if (got == 0) {
+                    break;
+                }
+                done += got;
+                continue;
             }
             if (!refill(needed)) {
                 break;
@@ -107,11 +110,14 @@ void ReadAhead::gather(std::size_t size) {
 
 bool ReadAhead::isSourceAtEnd() {
     using Traits = std::streambuf::traits_type;
-    return canSeek_ ? !refill(1) : Traits::eq_int_type(source_.sgetc(), Traits::eof());
+    return !(canSeek_ && refill(1)) && Traits::eq_int_type(source_.sgetc(), Traits::eof());
 }
 
 bool ReadAhead::seek(std::streamoff position) {
+    if (!seekSource(position)) {
+        return false;
+    }
     drop();
     position_ = position;
-    return seekSource(position);
+    return true;
 }

@@ -13,14 +13,14 @@
 /// any other no more is read than is asked for, but for what its buffer reads of its own accord: a pipe may have nothing
 /// more to give for a while, or belong to somebody else afterwards.
 ///
-/// What the stream buffer throws passes through. It takes no octets with it that stand before the fault.
+/// What the stream buffer throws passes through. Where reading ahead fails, no more is read from then on than is asked for,
+/// so that it is as if nothing had been read ahead.
 class ReadAhead {
 public:
     static constexpr std::size_t largestGathered = 65536;
 
     /// @param position of the stream if it can seek, else -1
     ReadAhead(std::streambuf& source, std::streamoff position);
-    ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 
@@ -43,7 +43,7 @@ public:
     /// Whether there is nothing more to read.
     bool atEnd() { return held() == 0 && isSourceAtEnd(); }
 
-    /// Goes on at another position of a stream that can seek. @return whether it can be reached
+    /// Goes on at another position of a stream that can seek. @return whether it can be reached; else nothing has changed
     bool seek(std::streamoff position);
 
     /// Puts a stream that can seek where the octets taken end. @return whether that can be reached

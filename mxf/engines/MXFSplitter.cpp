@@ -48,6 +48,11 @@ void MXFSplitter::setErrorHandler(ErrorHandler* errorHandler) {
     }
 }
 
+void MXFSplitter::setGenericStreamHandler(KLVHandler* handler) {
+    util::require(state_ == State::BeforeStart, "before start");
+    genericStreamHandler_ = handler;
+}
+
 void MXFSplitter::runIn(std::uint64_t length) {
     util::require(state_ == State::BeforeStart, "before start");
     runIn_ = length;

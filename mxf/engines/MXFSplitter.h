@@ -74,8 +74,9 @@ public:
     /// splitter's, which shows the pack while its partition is checked.
     virtual void setErrorHandler(ErrorHandler* errorHandler);
 
-    /// Gets the bodies of generic stream partitions; not owned. Null, as it is unless set, to skip them.
-    void setGenericStreamHandler(KLVHandler* handler) { genericStreamHandler_ = handler; }
+    /// Gets the bodies of generic stream partitions; not owned. Null, as it is unless set, to skip them. Requires "before
+    /// start".
+    void setGenericStreamHandler(KLVHandler* handler);
 
     /// Tells of a run-in that precedes the stream. Requires "before start".
     virtual void runIn(std::uint64_t length);

@@ -17,7 +17,7 @@ public:
     /// An element begins.
     ///
     /// @param[out] buffer preset to null. If set, the whole element is read straight into it, and it is needed until the
-    ///     element has been delivered. Elements of up to 64 KiB are delivered sooner without one.
+    ///     element has been delivered. Elements of up to 64 KiB are delivered more quickly without one.
     /// @param[out] size preset to 0; the octets of @p buffer, at least @p length
     /// @return false to skip the element
     virtual bool startElement(const KLVKey& key, std::uint64_t length, std::uint8_t*& buffer, std::uint64_t& size) = 0;

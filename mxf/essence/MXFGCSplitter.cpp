@@ -21,8 +21,8 @@ namespace {
 
 /// The longest element that is held in memory.
 constexpr std::uint64_t longestHeld = 0xFFFFFF;
-/// The longest element that is delivered where the reader has it, if it comes in one piece: what a reader passes in pieces
-/// at most of this size.
+/// Up to here an element is delivered where the reader has it, if it comes in one piece. The pieces of a reader are no
+/// longer.
 constexpr std::uint64_t longestInPlace = 65536;
 /// The octets for which there is memory before the first of them has come.
 constexpr std::uint64_t firstHeld = std::uint64_t{1} << 20U;
@@ -413,6 +413,7 @@ void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
         deliver(data, size, filled_);
         break;
     case Delivery::InPlace:
+        require(size <= length_ - filled_, "valid essence buffer size");
         if (size == length_) {
             deliver(data, size, 0);
             delivery_ = Delivery::None;

@@ -313,7 +313,8 @@ bool MXFIndexCalculator::contains(std::int64_t editUnit) const noexcept {
 
 const MXFIndexCalculator::Span& MXFIndexCalculator::span(std::int64_t editUnit) const {
     require(isSet_, "index segments set");
-    // Not by find(), whose result waits for the offset to come out of memory, and with it all that is looked up next.
+    // Not by find(): of its two results a compiler makes a conditional move, for which the offset has to come out of memory
+    // before anything is looked up with it.
     const Span* const found = spanBefore(editUnit);
     require(found != nullptr && contains(*found, editUnit), "found edit unit in index");
     return *found;

@@ -294,12 +294,42 @@ TEST(GenericKLVReader, LosesNothingBeforeABadSector) {
         data += klv(keys::item, std::string(80, 'x'));
     }
     for (const std::streamoff whole : {0, 1, 1999}) {
-        BadSectorStream stream(data, whole * 100 + 50);
+        OddStream stream(data);
+        stream.onRead = [whole](std::streamoff from, std::streamsize got) {
+            return from + got <= whole * 100 + 50 ? got : throw std::ios_base::failure("bad sector");
+        };
         const Log log = read(stream);
         EXPECT_EQ(std::count_if(log.begin(), log.end(), [](const auto& text) { return text.rfind("/item", 0) == 0; }),
                   whole);
         EXPECT_EQ(log.back(), "parse_error unsuccessful read() @" + std::to_string(whole * 100));
     }
+    OddStream strange(data);
+    strange.onRead = [](std::streamoff from, std::streamsize got) { return from == 0 ? got : -1; };
+    EXPECT_EQ(read(strange).back(), "parse_error unsuccessful read() @8100");
+}
+
+TEST(GenericKLVReader, ReadsOnOnlyWhereItKnowsWhereTheStreamIs) {
+    const std::string data = klv(keys::item, std::string(60000, 'a')) + klv(keys::item, "b");
+    // A read takes some octets and fails, the same happens once more, and then all is well again.
+    OddStream stream(data);
+    int reads = 0;
+    stream.onRead = [&](std::streamoff /*from*/, std::streamsize got) {
+        return ++reads != 2 && reads != 3 ? got : throw std::ios_base::failure("passing fault");
+    };
+    EXPECT_EQ(read(stream).back(), "parse_error unsuccessful read() @0");
+    // A handler ends the parse, and the stream cannot be put back.
+    OddStream lost(data);
+    EXPECT_THROW(read(lost, 0,
+                      [&](EventRecorder& r) {
+                          r.onEvent = [&](const std::string& text) {
+                              lost.canGoBack = false;
+                              if (text == "item 00000001 1 @60020") {
+                                  throw 42;
+                              }
+                          };
+                      }),
+                 int);
+    EXPECT_TRUE(lost.fail());
 }
 
 TEST(GenericKLVReader, DeliversTheSameHoweverItReadsAhead) {

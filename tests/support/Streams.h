@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <istream>
 #include <sstream>
 #include <streambuf>
@@ -72,20 +73,27 @@ private:
     std::string data_;
 };
 
-/// A stream in memory that can seek, and throws when octets from some place on are asked for, as a disk with a bad sector.
-class BadSectorStream : private std::stringbuf, public std::istream {
+/// A stream in memory that can seek, and whose reads and seeks go as a test has it.
+class OddStream : private std::stringbuf, public std::istream {
 public:
-    BadSectorStream(const std::string& data, std::streamoff bad)
-        : std::stringbuf(data), std::istream(static_cast<std::stringbuf*>(this)), bad_(bad) {}
+    explicit OddStream(const std::string& data)
+        : std::stringbuf(data), std::istream(static_cast<std::stringbuf*>(this)) {}
+
+    /// Gets where the octets of a read begin and how many they are; returns what the read returns.
+    std::function<std::streamsize(std::streamoff from, std::streamsize got)> onRead;
+    bool canGoBack = true;
 
 private:
     std::streamsize xsgetn(char* to, std::streamsize size) override {
         const std::streamoff from = std::stringbuf::seekoff(0, std::ios::cur, std::ios::in);
         const std::streamsize got = std::stringbuf::xsgetn(to, size);
-        return from + got <= bad_ ? got : throw std::ios_base::failure("bad sector");
+        return onRead ? onRead(from, got) : got;
     }
-
-    std::streamoff bad_;
+    std::stringbuf::pos_type seekoff(std::stringbuf::off_type offset, std::ios::seekdir way,
+                                     std::ios::openmode mode) override {
+        return way != std::ios::beg || canGoBack ? std::stringbuf::seekoff(offset, way, mode)
+                                                 : std::stringbuf::pos_type(std::stringbuf::off_type(-1));
+    }
 };
 
 /// An output stream that takes a number of octets and no more, as a full disk.
