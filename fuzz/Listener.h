@@ -81,7 +81,8 @@ public:
 private:
     void got(std::uint64_t value) { sum = sum * 31 + value; }
     void got(const std::uint8_t* data, std::uint64_t size) {
-        for (std::uint64_t i = 0; i < size; ++i) {
+        got(size);
+        for (std::uint64_t i = 0; i < size && data != nullptr; ++i) { // null: too long for the reader's memory
             got(data[i]);
         }
     }
