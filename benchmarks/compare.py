@@ -56,7 +56,7 @@ class File(typing.NamedTuple):
         return HAS_FFMPEG and self.size != "uneven"
 
 
-OWN_FILES = {"large": 1000, "mono": 50000, "small": 1000000, "uneven": 1000000}  # how many elements of a size
+OWN_FILES = {"large": 1000, "mono": 1000000, "small": 1000000, "uneven": 1000000}  # how many elements of a size
 TINY = ("small", "uneven")
 
 

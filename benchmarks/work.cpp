@@ -12,7 +12,7 @@
 /// metadata          the model of the header metadata of the last partition that has any
 /// index             all index table segments, and where each edit unit is; the first one alone where the table does not tell
 ///                   how many there are
-/// write-large, -mono, -small, -uneven      writes FILE: sound in elements of 200,000, 5,760, 64, or 48 to 79 octets, a
+/// write-large, -mono, -small, -uneven      writes FILE: sound in elements of 200,000, 1,600, 64, or 48 to 79 octets, a
 ///                   partition for each 250
 /// plain-write-large, -mono, -small, -uneven    the same octets of essence by write(2), 200,000 at a time
 
@@ -38,7 +38,7 @@
 namespace {
 
 constexpr std::size_t largeElement = 200000;
-constexpr std::size_t monoElement = 5760; // 24 bits at 48 kHz, in frames of 1/25 s
+constexpr std::size_t monoElement = 1600; // 16 bits at 48 kHz, in frames of 1/60 s
 constexpr std::size_t smallElement = 64;
 
 /// Prints what has been seen.

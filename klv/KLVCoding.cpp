@@ -7,39 +7,6 @@
 
 namespace klvutil {
 
-bool isSMPTEKey(const KLVKey& key) noexcept {
-    return util::loadBigEndian<std::uint32_t>(key.octets.data()) == 0x060E2B34U;
-}
-
-KLVCoding classify(const KLVKey& key) noexcept {
-    if (!isSMPTEKey(key)) {
-        return KLVCoding::None;
-    }
-    switch (key[4]) {
-    case 1:
-        return KLVCoding::IndividualItem;
-    case 2:
-        switch (key[5] & 0x07U) {
-        case 1:
-            return KLVCoding::UniversalSet;
-        case 3:
-            return KLVCoding::LocalSet;
-        case 4:
-            return KLVCoding::VariableLengthPack;
-        case 5:
-            return KLVCoding::FixedLengthPack;
-        default:
-            return KLVCoding::None;
-        }
-    case 3:
-        return KLVCoding::Wrapper;
-    case 4:
-        return KLVCoding::Label;
-    default:
-        return KLVCoding::None;
-    }
-}
-
 KLVFieldForm itemLengthForm(const KLVKey& key) noexcept {
     static constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
                                              KLVFieldForm::FourOctets};

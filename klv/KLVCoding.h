@@ -6,6 +6,7 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 #include "util/assertion_failure.h"
+#include "util/byte_order.h"
 
 /// @file
 /// What ST 336 says of the form of a triplet: how its key tells the coding of its value, and how lengths are written.
@@ -45,10 +46,39 @@ inline constexpr std::uint64_t unknownLength = ~std::uint64_t{0};
 inline constexpr std::uint8_t automaticBERLengthForm = 0x80;
 
 /// Whether @p key begins as every SMPTE key does: 06 0E 2B 34.
-BRYX_API bool isSMPTEKey(const KLVKey& key) noexcept;
+constexpr bool isSMPTEKey(const KLVKey& key) noexcept {
+    return util::loadBigEndian<std::uint32_t>(key.octets.data()) == 0x060E2B34U;
+}
 
 /// The coding that octets 4 and 5 of @p key tell; KLVCoding::None when they tell none or it is not a SMPTE key.
-BRYX_API KLVCoding classify(const KLVKey& key) noexcept;
+constexpr KLVCoding classify(const KLVKey& key) noexcept {
+    if (!isSMPTEKey(key)) {
+        return KLVCoding::None;
+    }
+    switch (key[4]) {
+    case 1:
+        return KLVCoding::IndividualItem;
+    case 2:
+        switch (key[5] & 0x07U) {
+        case 1:
+            return KLVCoding::UniversalSet;
+        case 3:
+            return KLVCoding::LocalSet;
+        case 4:
+            return KLVCoding::VariableLengthPack;
+        case 5:
+            return KLVCoding::FixedLengthPack;
+        default:
+            return KLVCoding::None;
+        }
+    case 3:
+        return KLVCoding::Wrapper;
+    case 4:
+        return KLVCoding::Label;
+    default:
+        return KLVCoding::None;
+    }
+}
 
 /// The form of the lengths of the items in the local set or variable-length pack with @p key: bits 5 and 6 of octet 5.
 BRYX_API KLVFieldForm itemLengthForm(const KLVKey& key) noexcept;
@@ -61,6 +91,9 @@ BRYX_API KLVFieldForm itemTagForm(const KLVKey& key) noexcept;
 constexpr bool isValidBERLengthForm(std::uint8_t form) noexcept {
     return form == 1 || (form >= 0x81 && form <= 0x88);
 }
+
+/// The most octets of a BER length field.
+inline constexpr std::uint64_t longestBERLengthField = 9;
 
 /// The octets of a BER length field in @p form: 1, or 2 to 9. Requires "valid BER length form".
 inline std::uint8_t berLengthFieldSize(std::uint8_t form) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "util/Api.h"
@@ -33,8 +34,8 @@ constexpr std::uint64_t lastOctets(const KLVKey& key) noexcept {
 } // namespace klvutil::detail
 
 inline bool operator==(const KLVKey& a, const KLVKey& b) noexcept {
-    using namespace klvutil::detail;
-    return lastOctets(a) == lastOctets(b) && firstOctets(a) == firstOctets(b);
+    // The last octets tell most keys apart.
+    return std::memcmp(&a.octets[8], &b.octets[8], 8) == 0 && std::memcmp(&a.octets[0], &b.octets[0], 7) == 0;
 }
 inline bool operator!=(const KLVKey& a, const KLVKey& b) noexcept {
     return !(a == b);

@@ -28,6 +28,11 @@ constexpr Integer loadBigEndian(const std::uint8_t* from) noexcept {
         static_cast<Unsigned>(detail::joinOctets(from, std::make_index_sequence<sizeof(Integer)>())));
 }
 
+/// Reads a big-endian integer of @p octets octets, 1 to 8, where 8 can be read.
+constexpr std::uint64_t loadLeadingOctets(const std::uint8_t* from, unsigned octets) noexcept {
+    return loadBigEndian<std::uint64_t>(from) >> (8 * (sizeof(std::uint64_t) - octets));
+}
+
 /// Writes the low @p octets octets of @p value big-endian; @p octets is at most 8.
 constexpr void storeBigEndian(std::uint8_t* to, std::uint64_t value, std::size_t octets) noexcept {
     for (std::size_t i = octets; i > 0; --i) {

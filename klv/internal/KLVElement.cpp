@@ -4,56 +4,33 @@
 
 namespace findings = klvutil::findings;
 
-void KLVWalk::walkTriplet() {
-    requireLeft(klvutil::keySize);
-    const std::streamoff outer = input.triplet();
-    input.beginTriplet(input.position());
-    const KLVKey key = input.readKey();
-    switch (klvutil::classify(key)) {
-    case KLVCoding::IndividualItem:
-        KLVIndividualItem(*this, key).parse();
-        break;
-    case KLVCoding::UniversalSet:
-        KLVUniversalSet(*this, key).parse();
-        break;
-    case KLVCoding::LocalSet:
-        KLVLocalSet(*this, key).parse();
-        break;
-    case KLVCoding::VariableLengthPack:
-        KLVVariableLengthPack(*this, key).parse();
-        break;
-    case KLVCoding::FixedLengthPack:
-        KLVFixedLengthPack(*this, key).parse();
-        break;
-    case KLVCoding::Wrapper:
-        KLVWrapper(*this, key).parse();
-        break;
-    case KLVCoding::Label:
-        KLVLabel(*this, key).parse();
-        break;
-    case KLVCoding::None:
-        input.fail(klvutil::isSMPTEKey(key) ? findings::unimplementedCoding : findings::invalidKey);
-    }
-    input.beginTriplet(depth_ == 0 ? input.position() : outer);
-    input.showTriplet();
-}
-
-std::uint64_t KLVWalk::readBERLength() {
-    requireLeft(1);
-    std::uint8_t form = input.readOctet();
+inline std::uint64_t KLVWalk::readBERLength() {
+    const std::uint64_t room = left();
+    requireRoom(1, room);
+    // Looked at as a whole if it can be, and passed over once.
+    const std::uint8_t* const ahead = input.peekAhead(klvutil::longestBERLengthField);
+    const auto pass = [&](std::uint64_t size) {
+        if (ahead != nullptr) {
+            input.passAhead(size);
+        }
+    };
+    std::uint8_t form = ahead != nullptr ? *ahead : input.readOctet();
     std::uint64_t length = form;
+    std::uint64_t size = 1;
     if (form < 0x80) {
         form = 1;
     } else {
-        if (!klvutil::isValidBERLengthForm(form)) {
-            input.fail(findings::invalidBERLongForm);
-        }
         const unsigned octets = form & 0x7FU;
-        requireLeft(octets);
-        length = input.readNumber(octets);
+        size += octets;
+        if (!klvutil::isValidBERLengthForm(form) || size > room) {
+            pass(1);
+            input.fail(klvutil::isValidBERLengthForm(form) ? *overrun_ : findings::invalidBERLongForm);
+        }
+        length = ahead != nullptr ? util::loadLeadingOctets(ahead + 1, octets) : input.readNumber(octets);
     }
+    pass(size);
     // In a container, an item that does not fit is still told of, but not one of the length that stands for "unknown".
-    if (length > left() && (depth_ == 0 || length == klvutil::unknownLength)) {
+    if (length > room - size && (depth_ == 0 || length == klvutil::unknownLength)) {
         input.fail(*overrun_);
     }
     if (form != lastForm_) {
@@ -61,33 +38,6 @@ std::uint64_t KLVWalk::readBERLength() {
         handler.berLengthForm(form);
     }
     return length;
-}
-
-std::uint64_t KLVWalk::readField(KLVFieldForm form) {
-    if (form == KLVFieldForm::BER) {
-        return readBERLength();
-    }
-    const unsigned octets = klvutil::fieldSize(form);
-    requireLeft(octets);
-    return input.readNumber(octets);
-}
-
-template <class Item>
-void KLVWalk::walkContainer(std::uint64_t length, const klvutil::Finding& finding, Item item) {
-    if (depth_ == maxDepth) {
-        input.fail(findings::nestingTooDeep);
-    }
-    const std::streamoff outerEnd = end_;
-    const klvutil::Finding* const outerOverrun = overrun_;
-    ++depth_;
-    end_ = input.position() + static_cast<std::streamoff>(length);
-    overrun_ = &finding;
-    while (left() > 0) {
-        item();
-    }
-    --depth_;
-    end_ = outerEnd;
-    overrun_ = outerOverrun;
 }
 
 template <class Start, class Content, class End>
@@ -107,17 +57,96 @@ void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, En
     }
 }
 
-std::uint64_t KLVElement::readLength() {
+inline std::uint64_t KLVElement::readLength() {
     const std::uint64_t length = walk_.readBERLength();
     walk_.input.showTriplet();
     return length;
 }
 
-void KLVIndividualItem::parse() {
+inline void KLVIndividualItem::parse() {
     const std::uint64_t length = readLength();
+    if (const std::uint8_t* const value = walk_.valueAhead(length)) {
+        walk_.handler.individualItem(key_, value, length);
+        return walk_.input.passAhead(length);
+    }
     walk_.walkContent(
         length, [&] { return walk_.handler.startIndividualItem(key_, length); }, [&] { walk_.deliver(length); },
         [&] { walk_.handler.endIndividualItem(key_); });
+}
+
+/// Walks a triplet that is no individual item. Most are.
+void KLVWalk::walkOther(KLVCoding coding, const KLVKey& key) {
+    switch (coding) {
+    case KLVCoding::UniversalSet:
+        KLVUniversalSet(*this, key).parse();
+        break;
+    case KLVCoding::LocalSet:
+        KLVLocalSet(*this, key).parse();
+        break;
+    case KLVCoding::VariableLengthPack:
+        KLVVariableLengthPack(*this, key).parse();
+        break;
+    case KLVCoding::FixedLengthPack:
+        KLVFixedLengthPack(*this, key).parse();
+        break;
+    case KLVCoding::Wrapper:
+        KLVWrapper(*this, key).parse();
+        break;
+    case KLVCoding::Label:
+        KLVLabel(*this, key).parse();
+        break;
+    default:
+        input.fail(klvutil::isSMPTEKey(key) ? findings::unimplementedCoding : findings::invalidKey);
+    }
+}
+
+inline void KLVWalk::walkTriplet() {
+    requireRoom(klvutil::keySize, left());
+    const std::streamoff outer = input.triplet();
+    input.beginTriplet(input.position());
+    const KLVKey key = input.readKey();
+    const KLVCoding coding = klvutil::classify(key);
+    if (coding == KLVCoding::IndividualItem) {
+        KLVIndividualItem(*this, key).parse();
+    } else {
+        walkOther(coding, key);
+    }
+    input.beginTriplet(depth_ == 0 ? input.position() : outer);
+    input.showTriplet();
+}
+
+void KLVWalk::walkStream(std::streamoff end, const bool& stop) {
+    while (!stop && !(end != -1 && input.position() >= end) && !input.atEnd()) {
+        walkTriplet();
+        util::require(input.good(), "successful parse() implies input stream is good");
+    }
+}
+
+std::uint64_t KLVWalk::readField(KLVFieldForm form) {
+    if (form == KLVFieldForm::BER) {
+        return readBERLength();
+    }
+    const unsigned octets = klvutil::fieldSize(form);
+    requireRoom(octets, left());
+    return input.readNumber(octets);
+}
+
+template <class Item>
+void KLVWalk::walkContainer(std::uint64_t length, const klvutil::Finding& finding, Item item) {
+    if (depth_ == maxDepth) {
+        input.fail(findings::nestingTooDeep);
+    }
+    const std::streamoff outerEnd = end_;
+    const klvutil::Finding* const outerOverrun = overrun_;
+    ++depth_;
+    end_ = input.position() + static_cast<std::streamoff>(length);
+    overrun_ = &finding;
+    while (left() > 0) {
+        item();
+    }
+    --depth_;
+    end_ = outerEnd;
+    overrun_ = outerOverrun;
 }
 
 void KLVLabel::parse() {

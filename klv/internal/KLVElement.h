@@ -19,6 +19,9 @@ public:
     KLVInput& input;
     KLVHandler& handler;
 
+    /// Walks triplets up to stream position @p end, or that of the stream if it is -1, or until @p stop is set.
+    void walkStream(std::streamoff end, const bool& stop);
+
     /// Reads the next key, makes its element and walks it.
     void walkTriplet();
 
@@ -41,13 +44,20 @@ public:
     template <class Start, class Content, class End>
     void walkContent(std::uint64_t length, Start start, Content content, End end);
 
+    /// Where a value of @p length octets is, if it has been read ahead and fits what is left: else null.
+    const std::uint8_t* valueAhead(std::uint64_t length) {
+        return length <= left() ? input.peekAhead(length) : nullptr;
+    }
+
     /// Passes a value of @p length octets on to the handler as it asks.
     void deliver(std::uint64_t length) { klvutil::deliverValue(input, handler, length); }
 
 private:
-    /// Ends the parse unless @p size octets are left in the container.
-    void requireLeft(std::uint64_t size) const {
-        if (size > left()) {
+    void walkOther(KLVCoding coding, const KLVKey& key);
+
+    /// Ends the parse unless @p size octets fit the @p room that is left in the container.
+    void requireRoom(std::uint64_t size, std::uint64_t room) const {
+        if (size > room) {
             input.fail(*overrun_);
         }
     }

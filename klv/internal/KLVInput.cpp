@@ -13,14 +13,6 @@ namespace {
 /// Up to here reading through costs less than a seek and the refill of the stream's buffer that follows it.
 constexpr std::uint64_t smallSkip = 8192;
 
-std::uint64_t number(const std::uint8_t* from, unsigned octets) {
-    std::uint64_t result = 0;
-    for (unsigned i = 0; i < octets; ++i) {
-        result = (result << 8U) | from[i];
-    }
-    return result;
-}
-
 std::istream& checkGood(std::istream& stream, std::streamoff start) {
     if (!stream.good() || stream.rdbuf() == nullptr) {
         throw klvutil::parse_error(findings::streamNotGood, start);
@@ -34,9 +26,9 @@ KLVInput::KLVInput(std::istream& stream, std::streamoff start)
     : KLVInput{checkGood(stream, start), start, klvutil::extentOf(stream)} {} // in this order
 
 KLVInput::KLVInput(std::istream& stream, std::streamoff start, const klvutil::StreamExtent& extent)
-    : stream_(stream), exceptionsOff_(stream), ahead_(*stream.rdbuf(), extent.canSeek() ? extent.position : -1),
-      position_(extent.canSeek() ? extent.position : start), end_(extent.end), triplet_(position_),
-      located_(position_) {}
+    : stream_(stream), exceptionsOff_(stream),
+      ahead_(*stream.rdbuf(), extent.canSeek() ? extent.position : start, extent.canSeek()), end_(extent.end),
+      triplet_(position()), located_(position()) {}
 
 KLVInput::~KLVInput() {
     isSettled();
@@ -46,7 +38,7 @@ void KLVInput::fail(const klvutil::Finding& finding) const {
     throw klvutil::parse_error(finding, triplet_);
 }
 
-bool KLVInput::atEnd() {
+bool KLVInput::isStreamAtEnd() {
     bool end = false;
     if (!klvutil::runs([&] { end = ahead_.atEnd(); })) {
         stream_.setstate(std::ios::badbit);
@@ -58,18 +50,9 @@ bool KLVInput::atEnd() {
     return end;
 }
 
-const std::uint8_t* KLVInput::take(std::uint64_t size) {
-    const std::uint8_t* const held = ahead_.take(size);
-    if (held != nullptr) {
-        position_ += static_cast<std::streamoff>(size);
-    }
-    return held;
-}
-
 std::uint64_t KLVInput::readSome(std::uint8_t* to, std::uint64_t size) {
     std::uint64_t got = 0;
     const bool ran = klvutil::runs([&] { got = ahead_.read(to, size); });
-    position_ += static_cast<std::streamoff>(got);
     if (got != size) {
         stream_.setstate(ran ? std::ios::eofbit | std::ios::failbit : std::ios::badbit);
     }
@@ -82,28 +65,16 @@ void KLVInput::read(std::uint8_t* to, std::uint64_t size) {
     }
 }
 
-KLVKey KLVInput::readKey() {
-    KLVKey key;
-    if (const std::uint8_t* const held = take(key.octets.size())) {
-        std::memcpy(key.octets.data(), held, key.octets.size());
+/// Reads a number that has not been read ahead with what follows it.
+std::uint64_t KLVInput::copyNumber(unsigned octets) {
+    std::uint8_t number[largestNumber] = {};
+    std::uint8_t* const to = number + largestNumber - octets;
+    if (const std::uint8_t* const held = ahead_.take(octets)) {
+        std::memcpy(to, held, octets);
     } else {
-        read(key.octets.data(), key.octets.size());
+        read(to, octets);
     }
-    return key;
-}
-
-std::uint64_t KLVInput::readNumber(unsigned octets) {
-    if (const std::uint8_t* const held = take(octets)) {
-        return number(held, octets);
-    }
-    std::uint8_t copy[8];
-    read(copy, octets);
-    return number(copy, octets);
-}
-
-std::uint8_t KLVInput::readOctet() {
-    const std::uint8_t* const held = take(1);
-    return held != nullptr ? *held : static_cast<std::uint8_t>(readNumber(1));
+    return util::loadBigEndian<std::uint64_t>(number);
 }
 
 std::uint8_t* KLVInput::piece() {
@@ -113,14 +84,14 @@ std::uint8_t* KLVInput::piece() {
     return piece_.get();
 }
 
-const std::uint8_t* KLVInput::readPiece(std::uint64_t size) {
-    // What a stream that cannot seek holds ready is its own: a handler may have it read on.
+/// Reads a piece that has not been read ahead.
+const std::uint8_t* KLVInput::gatherPiece(std::uint64_t size) {
     if (seekable()) {
         if (!klvutil::runs([&] { ahead_.gather(size); })) {
             stream_.setstate(std::ios::badbit);
             fail(findings::unsuccessfulRead);
         }
-        if (const std::uint8_t* const held = take(size)) {
+        if (const std::uint8_t* const held = ahead_.take(size)) {
             return held;
         }
     }
@@ -129,7 +100,7 @@ const std::uint8_t* KLVInput::readPiece(std::uint64_t size) {
 }
 
 void KLVInput::skip(std::uint64_t size) {
-    if (take(size) != nullptr) {
+    if (ahead_.take(size) != nullptr) {
         return;
     }
     if (!seekable() || size <= smallSkip) {
@@ -144,8 +115,10 @@ void KLVInput::skip(std::uint64_t size) {
     }
     // Whether a seek beyond the end fails is up to the stream buffer, so the end decides; it is asked anew before
     // complaining, since a file may be growing while it is read.
-    const auto fits = [&] { return size <= static_cast<std::uint64_t>(std::max<std::streamoff>(end_ - position_, 0)); };
-    const std::streamoff to = position_ + static_cast<std::streamoff>(size);
+    const auto fits = [&] {
+        return size <= static_cast<std::uint64_t>(std::max<std::streamoff>(end_ - position(), 0));
+    };
+    const std::streamoff to = position() + static_cast<std::streamoff>(size);
     bool isReached = false;
     if (!fits()) {
         end_ = std::max(end_, klvutil::extentOf(stream_).end);
@@ -157,7 +130,6 @@ void KLVInput::skip(std::uint64_t size) {
         stream_.setstate(std::ios::failbit);
         fail(findings::unsuccessfulSeek);
     }
-    position_ = to;
 }
 
 bool KLVInput::isSettled() {

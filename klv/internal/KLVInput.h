@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <limits>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "klv/KLVKey.h"
 #include "klv/internal/ReadAhead.h"
 #include "klv/internal/StreamAccess.h"
+#include "util/byte_order.h"
 
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
 /// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask.
@@ -25,10 +27,10 @@ public:
     KLVInput(const KLVInput&) = delete;
     KLVInput& operator=(const KLVInput&) = delete;
 
-    bool seekable() const noexcept { return end_ >= 0; }
+    bool seekable() const noexcept { return ahead_.canSeek(); }
 
     /// The position of the octet that comes next.
-    std::streamoff position() const noexcept { return position_; }
+    std::streamoff position() const noexcept { return ahead_.position(); }
 
     /// The position that a locator shows; the reader sets it.
     const std::streampos& located() const noexcept { return located_; }
@@ -43,18 +45,53 @@ public:
     void showTriplet() noexcept { located_ = triplet_; }
 
     /// Whether the stream is at its end; its end-of-file state is set then.
-    bool atEnd();
+    bool atEnd() { return ahead_.peek(1) == nullptr && isStreamAtEnd(); }
 
     bool good() const { return stream_.good(); }
 
-    KLVKey readKey();
-    /// Reads a big-endian number of at most 8 octets.
-    std::uint64_t readNumber(unsigned octets);
-    std::uint8_t readOctet();
+    KLVKey readKey() {
+        KLVKey key;
+        if (const std::uint8_t* const held = ahead_.take(key.octets.size())) {
+            std::memcpy(key.octets.data(), held, key.octets.size());
+        } else {
+            read(key.octets.data(), key.octets.size());
+        }
+        return key;
+    }
+
+    /// Reads a big-endian number of 1 to 8 octets.
+    std::uint64_t readNumber(unsigned octets) {
+        if (const std::uint8_t* const held = ahead_.peek(largestNumber)) {
+            ahead_.pass(octets);
+            return util::loadLeadingOctets(held, octets);
+        }
+        return copyNumber(octets);
+    }
+
+    std::uint8_t readOctet() {
+        const std::uint8_t* const held = ahead_.take(1);
+        return held != nullptr ? *held : static_cast<std::uint8_t>(readNumber(1));
+    }
+
     void read(std::uint8_t* to, std::uint64_t size);
 
-    /// Reads at most pieceSize octets and returns where they are until the next call. Nobody else changes them until then.
-    const std::uint8_t* readPiece(std::uint64_t size);
+    /// Where the octets that come next are until the next call, if @p size of them, at most pieceSize, have been read ahead:
+    /// else null. Nobody else changes them until then: what a stream that cannot seek holds ready is its own, which a handler
+    /// may have it read on.
+    const std::uint8_t* peekAhead(std::uint64_t size) const { return size <= pieceSize ? ahead_.peek(size) : nullptr; }
+
+    /// Passes over @p size of the octets that peekAhead() has shown.
+    void passAhead(std::uint64_t size) { ahead_.pass(size); }
+
+    /// Reads 1 to pieceSize octets and returns where they are until the next call.
+    const std::uint8_t* readPiece(std::uint64_t size) {
+        const std::uint8_t* const held = peekAhead(size);
+        if (held == nullptr) {
+            return gatherPiece(size);
+        }
+        passAhead(size);
+        return held;
+    }
 
     /// Passes over @p size octets: small numbers are read through, large ones sought.
     void skip(std::uint64_t size);
@@ -65,8 +102,12 @@ public:
     [[noreturn]] void fail(const klvutil::Finding& finding) const;
 
 private:
+    static constexpr unsigned largestNumber = sizeof(std::uint64_t);
+
     KLVInput(std::istream& stream, std::streamoff start, const klvutil::StreamExtent& extent);
-    const std::uint8_t* take(std::uint64_t size);
+    bool isStreamAtEnd();
+    std::uint64_t copyNumber(unsigned octets);
+    const std::uint8_t* gatherPiece(std::uint64_t size);
     std::uint64_t readSome(std::uint8_t* to, std::uint64_t size);
     std::uint8_t* piece();
     bool isSettled();
@@ -74,8 +115,7 @@ private:
     std::istream& stream_;
     klvutil::StreamExceptionsOff exceptionsOff_;
     ReadAhead ahead_;
-    std::streamoff position_;
-    std::streamoff end_ = -1; ///< the end of a stream that can seek, when last asked; -1 when it cannot
+    std::streamoff end_; ///< the end of a stream that can seek, when last asked
     std::streamoff triplet_;
     std::streampos located_;
     std::unique_ptr<std::uint8_t[]> piece_;

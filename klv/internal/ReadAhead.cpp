@@ -17,18 +17,22 @@ constexpr std::uint64_t longValue = 32768;
 
 } // namespace
 
-ReadAhead::ReadAhead(std::streambuf& source, std::streamoff position)
-    : source_(source), canSeek_(position >= 0), position_(position),
+ReadAhead::ReadAhead(std::streambuf& source, std::streamoff position, bool canSeek)
+    : source_(source), canSeek_(canSeek), position_(position),
       octets_(canSeek_ ? new std::uint8_t[largestPiece] : nullptr), // not filled with zeros
       ahead_(firstPiece), next_(octets_.get()), end_(next_) {}
 
 bool ReadAhead::settle() {
-    return held() == 0 || seek(position_ - static_cast<std::streamoff>(held()));
+    return held() == 0 || seek(position());
 }
 
 /// Takes octets that a source which cannot seek has ready.
 const std::uint8_t* ReadAhead::takeFromSource(std::uint64_t size) {
-    return canSeek_ ? nullptr : klvutil::HeldOctets::take(source_, size);
+    const std::uint8_t* const taken = canSeek_ ? nullptr : klvutil::HeldOctets::take(source_, size);
+    if (taken != nullptr) {
+        position_ += static_cast<std::streamoff>(size);
+    }
+    return taken;
 }
 
 /// Forgets what is held. What comes next may be one of a few octets here and there, so little is read ahead.

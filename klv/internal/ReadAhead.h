@@ -19,19 +19,29 @@ class ReadAhead {
 public:
     static constexpr std::size_t largestGathered = 65536;
 
-    /// @param position of the stream if it can seek, else -1
-    ReadAhead(std::streambuf& source, std::streamoff position);
+    /// @param position of the octet that comes next
+    ReadAhead(std::streambuf& source, std::streamoff position, bool canSeek);
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
+
+    bool canSeek() const noexcept { return canSeek_; }
+
+    /// The position of the octet that comes next.
+    std::streamoff position() const noexcept { return position_ - (end_ - next_); }
+
+    /// Where the octets that come next are until the next call, if @p size of them have been read ahead: else null.
+    const std::uint8_t* peek(std::uint64_t size) const { return size <= held() ? next_ : nullptr; }
+
+    /// Passes over @p size of the octets that peek() has shown.
+    void pass(std::size_t size) { next_ += size; }
 
     /// Passes over @p size octets, if that many are held, and returns where they are until the next call: else null.
     const std::uint8_t* take(std::uint64_t size) {
         if (size == 0 || size > held()) {
             return takeFromSource(size);
         }
-        const std::uint8_t* const taken = next_;
-        next_ += size;
-        return taken;
+        pass(size);
+        return next_ - size;
     }
 
     /// Reads @p size octets, or as many as there are, and returns how many.
@@ -41,7 +51,7 @@ public:
     void gather(std::size_t size);
 
     /// Whether there is nothing more to read.
-    bool atEnd() { return held() == 0 && isSourceAtEnd(); }
+    bool atEnd() { return peek(1) == nullptr && isSourceAtEnd(); }
 
     /// Goes on at another position of a stream that can seek. @return whether it can be reached; else nothing has changed
     bool seek(std::streamoff position);
@@ -50,7 +60,7 @@ public:
     bool settle();
 
 private:
-    std::size_t held() const { return static_cast<std::size_t>(end_ - next_); }
+    std::size_t held() const noexcept { return static_cast<std::size_t>(end_ - next_); }
     const std::uint8_t* takeFromSource(std::uint64_t size);
     void drop();
     bool isSourceAtEnd();

@@ -160,15 +160,14 @@ KLVHandler& MXFSplitter::delegate(const char* expected) const {
 }
 
 KLVHandler& MXFSplitter::startedDelegate() {
-    KLVHandler& handler = delegate("is delegating state");
     if (!delegateStarted_) {
         startDelegate();
     }
-    return handler;
+    return *delegate_;
 }
 
 void MXFSplitter::startDelegate() {
-    delegate_->setLocator(tracker_->locator());
+    delegate("is delegating state").setLocator(tracker_->locator());
     delegate_->startStream(true);
     delegateStarted_ = true;
     if (form_ != klvutil::automaticBERLengthForm) {
@@ -183,8 +182,10 @@ void MXFSplitter::endDelegate(bool stopped) {
     }
 }
 
-/// A triplet other than a pack begins at the outermost level.
-void MXFSplitter::enterRegion(const KLVKey& key, const klvutil::Finding& unexpected) {
+/// A triplet other than a pack begins at the outermost level, not in a body: there it may stand, and need not end anywhere.
+void MXFSplitter::enterRegion(const KLVKey& key, const MXFTripletPosition& position,
+                              const klvutil::Finding& unexpected) {
+    triplet_ = position;
     if (state_ == State::AfterPartitionPack) {
         openPartition();
     }
@@ -196,9 +197,8 @@ void MXFSplitter::enterRegion(const KLVKey& key, const klvutil::Finding& unexpec
 template <class Start>
 bool MXFSplitter::startElement(const KLVKey& key, std::uint64_t length, const klvutil::Finding& unexpected,
                                Start forward) {
-    if (depth_++ == 0) {
-        triplet_ = MXFTripletPosition::of(locator(), form_, length);
-        enterRegion(key, unexpected);
+    if (depth_++ == 0 && state_ != State::InBody) {
+        enterRegion(key, MXFTripletPosition::of(locator(), form_, length), unexpected);
     }
     return forward(startedDelegate());
 }
@@ -206,7 +206,7 @@ bool MXFSplitter::startElement(const KLVKey& key, std::uint64_t length, const kl
 template <class End>
 void MXFSplitter::endElement(const KLVKey& key, const char* expected, End forward) {
     forward(delegate(expected));
-    if (--depth_ == 0) {
+    if (--depth_ == 0 && state_ != State::InBody) {
         checkRegion(triplet_.end, &key);
     }
 }
@@ -314,9 +314,8 @@ void MXFSplitter::endIndividualItem(const KLVKey& key) {
 }
 
 bool MXFSplitter::startLabel(const KLVKey& key) {
-    if (depth_++ == 0) {
-        triplet_ = MXFTripletPosition::ofLabel(locator());
-        enterRegion(key, findings::unexpectedLabel);
+    if (depth_++ == 0 && state_ != State::InBody) {
+        enterRegion(key, MXFTripletPosition::ofLabel(locator()), findings::unexpectedLabel);
     }
     return startedDelegate().startLabel(key);
 }
@@ -380,17 +379,26 @@ void MXFSplitter::endWrapper(const KLVKey& key) {
 
 bool MXFSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                  std::uint8_t*& buffer) {
-    if (tracker_->collecting()) {
-        return true;
+    if (delegate_ != nullptr) {
+        return delegate_->getValueBuffer(length, offset, size, buffer);
     }
-    return delegate("expected value").getValueBuffer(length, offset, size, buffer);
+    util::require(tracker_->collecting(), "expected value");
+    return true;
 }
 
 void MXFSplitter::value(const std::uint8_t* data, std::uint64_t size) {
-    if (tracker_->collecting()) {
-        return tracker_->value(data, size);
+    if (delegate_ != nullptr) {
+        return delegate_->value(data, size);
     }
-    delegate("expected value").value(data, size);
+    util::require(tracker_->collecting(), "expected value");
+    tracker_->value(data, size);
+}
+
+void MXFSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) {
+    if (state_ == State::InBody && depth_ == 0 && delegateStarted_) { // nothing of it matters here
+        return delegate_->individualItem(key, data, size);
+    }
+    KLVHandler::individualItem(key, data, size);
 }
 
 void MXFSplitter::fail(const klvutil::Finding& finding, const KLVKey* key) const {

@@ -48,8 +48,8 @@ public:
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override;
-    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
-    void endIndividualItem(const KLVKey& key) override;
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) final;
+    void endIndividualItem(const KLVKey& key) final;
     bool startLabel(const KLVKey& key) override;
     void endLabel(const KLVKey& key) override;
     bool startUniversalSet(const KLVKey& key, std::uint64_t length) override;
@@ -66,9 +66,9 @@ public:
     void endVariableLengthPackItem() override;
     bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) override;
     void endWrapper(const KLVKey& key) override;
-    bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
-                        std::uint8_t*& buffer) override;
-    void value(const std::uint8_t* data, std::uint64_t size) override;
+    bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size, std::uint8_t*& buffer) final;
+    void value(const std::uint8_t* data, std::uint64_t size) final;
+    void individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) final;
 
     /// Where findings go, those of the validator too; not owned. At the start of a stream it gets a locator of the
     /// splitter's, which shows the pack while its partition is checked.
@@ -109,7 +109,7 @@ private:
     bool startElement(const KLVKey& key, std::uint64_t length, const klvutil::Finding& unexpected, Start forward);
     template <class End>
     void endElement(const KLVKey& key, const char* expected, End forward);
-    void enterRegion(const KLVKey& key, const klvutil::Finding& unexpected);
+    void enterRegion(const KLVKey& key, const MXFTripletPosition& position, const klvutil::Finding& unexpected);
     void checkRegion(std::uint64_t end, const KLVKey* key);
 
     bool startPack(const KLVKey& key, std::uint64_t length);
@@ -139,7 +139,7 @@ private:
     std::uint64_t base_ = 0;
     bool baseGiven_ = false;
 
-    MXFTripletPosition triplet_; ///< of the outermost triplet
+    MXFTripletPosition triplet_; ///< of the outermost triplet, but in a body
     bool genericStream_ = false;
     std::uint64_t headerEnd_ = 0;
     std::uint64_t indexEnd_ = 0;

@@ -5,6 +5,7 @@
 
 #include "klv/ErrorHandler.h"
 #include "klv/KLVCoding.h"
+#include "klv/KLVSending.h"
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCFindings.h"
@@ -97,19 +98,22 @@ bool MXFGCSplitter::allowsSecondKind() const {
     return false;
 }
 
-MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) {
+MXFGCEssenceKind MXFGCSplitter::classify(const KLVKey& key) const {
+    return !isEssenceElement(key)   ? MXFGCEssenceKind::None
+           : isPictureElement(key)  ? MXFGCEssenceKind::Picture
+           : isSoundElement(key)    ? MXFGCEssenceKind::Sound
+           : isDataElement(key)     ? MXFGCEssenceKind::Data
+           : isCompoundElement(key) ? MXFGCEssenceKind::Compound
+                                    : MXFGCEssenceKind::None;
+}
+
+inline MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) {
     // The few keys of a content package come again and again. They differ in item type and number.
-    auto& known = knownKinds_[(key[12] + std::size_t{key[15]}) % knownKinds_.size()];
-    if (!known || known->key != key) {
-        const MXFGCEssenceKind kind = !isEssenceElement(key)   ? MXFGCEssenceKind::None
-                                      : isPictureElement(key)  ? MXFGCEssenceKind::Picture
-                                      : isSoundElement(key)    ? MXFGCEssenceKind::Sound
-                                      : isDataElement(key)     ? MXFGCEssenceKind::Data
-                                      : isCompoundElement(key) ? MXFGCEssenceKind::Compound
-                                                               : MXFGCEssenceKind::None;
-        known = KnownKind{key, kind};
+    KnownKind& known = knownKinds_[(key[12] + std::size_t{key[15]}) % knownKinds_.size()];
+    if (!known.isKnown || known.key != key) {
+        known = {key, classify(key), true};
     }
-    return known->kind;
+    return known.kind;
 }
 
 // ---- The stream, and what can be in it ----
@@ -118,7 +122,7 @@ void MXFGCSplitter::startStream(bool accurateLengths) {
     require(state_ == State::GCBeforeStart, "before start");
     require(accurateLengths, "has accurate lengths");
     form_ = passedForm_ = klvutil::automaticBERLengthForm;
-    hasFirstKey_ = packageOpen_ = inElement_ = false;
+    packageOpen_ = inElement_ = false;
     delivery_ = Delivery::None;
     invalidKeys_.clear();
     knownKinds_ = {};
@@ -154,37 +158,39 @@ bool MXFGCSplitter::startWrapper(const KLVKey& key, std::uint64_t /*length*/, KL
     return startLabel(key);
 }
 
-void MXFGCSplitter::startElement(const KLVKey& key) {
+inline void MXFGCSplitter::startElement(const KLVKey& key) {
     key_ = key;
     inElement_ = true;
     filled_ = 0;
     delivery_ = Delivery::None;
-    const bool startsPackage = !hasFirstKey_ || key == firstKey_;
-    if (!hasFirstKey_) {
+    if (!packageOpen_) {
         firstKey_ = key;
-        hasFirstKey_ = true;
     }
     if (structureHandler_ != nullptr) {
-        if (startsPackage) {
-            if (packageOpen_) {
-                structureHandler_->endContentPackage();
-            }
-            structureHandler_->startContentPackage();
-        }
-        structureHandler_->startElement(key);
+        tellOfElement();
     }
     packageOpen_ = true;
 }
 
+void MXFGCSplitter::tellOfElement() {
+    if (!packageOpen_ || key_ == firstKey_) {
+        if (packageOpen_) {
+            structureHandler_->endContentPackage();
+        }
+        structureHandler_->startContentPackage();
+    }
+    structureHandler_->startElement(key_);
+}
+
 /// Tells the essence handler of a length form that it has not been told of.
-void MXFGCSplitter::passLengthForm() {
+inline void MXFGCSplitter::passLengthForm() {
     if (essenceHandler_ != nullptr && form_ != passedForm_) {
         essenceHandler_->setLengthForm(form_);
         passedForm_ = form_;
     }
 }
 
-void MXFGCSplitter::endElement(const KLVKey& key) {
+inline void MXFGCSplitter::endElement(const KLVKey& key) {
     inElement_ = false;
     if (structureHandler_ != nullptr) {
         structureHandler_->endElement(key);
@@ -290,32 +296,35 @@ bool MXFGCSplitter::startVariableLengthPackItem(std::uint64_t /*length*/) {
 
 // ---- Essence elements ----
 
-void MXFGCSplitter::enterEssence(const KLVKey& key) {
+/// Essence comes first, or after something else.
+void MXFGCSplitter::enterEssence() {
     if (state_ == State::GCStarted) {
         state_ = State::GCEssenceOnly;
         onlyKind_ = kind_;
-    } else if (state_ == State::GCInSystemItem) {
-        state_ = State::GCEssenceAfterSystem;
-    } else if (state_ == State::GCEssenceOnly && kind_ != onlyKind_) {
-        state_ = State::GCEssenceAfterSystem;
-        if (!allowsSecondKind()) {
-            klvutil::report(errorHandler_, findings::unexpectedGCEssenceElement, toString(key));
-        }
+        return;
+    }
+    const bool isSecondKind = state_ == State::GCEssenceOnly;
+    state_ = State::GCEssenceAfterSystem;
+    if (isSecondKind && !allowsSecondKind()) {
+        klvutil::report(errorHandler_, findings::unexpectedGCEssenceElement, toString(key_));
     }
 }
 
-bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
+inline bool MXFGCSplitter::startEssence(const KLVKey& key, std::uint64_t length) {
     if (key == klvutil::fillKey) {
         return false;
     }
     require(isRunning(), "expected individual item");
-    kind_ = kindOf(key);
-    if (kind_ == MXFGCEssenceKind::None) {
+    const MXFGCEssenceKind kind = kindOf(key);
+    if (kind == MXFGCEssenceKind::None) {
         invalidKeys_.report(errorHandler_, findings::invalidGCEssenceElement, key);
         return false;
     }
     startElement(key);
-    enterEssence(key);
+    kind_ = kind;
+    if (state_ != State::GCEssenceAfterSystem && !(state_ == State::GCEssenceOnly && kind_ == onlyKind_)) {
+        enterEssence();
+    }
     if (essenceHandler_ == nullptr) {
         return false;
     }
@@ -326,18 +335,26 @@ bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length)
         return false;
     }
     length_ = length;
-    delivery_ = callersBuffer_ != nullptr                   ? Delivery::CallersBuffer
-                : chunkedHandler_ != nullptr && length != 0 ? Delivery::Chunks
-                                                            : wholeDelivery();
+    delivery_ = chooseDelivery();
     return true;
 }
 
+bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
+    return startEssence(key, length);
+}
+
+inline MXFGCSplitter::Delivery MXFGCSplitter::chooseDelivery() {
+    return callersBuffer_ != nullptr                                       ? Delivery::CallersBuffer
+           : chunkedHandler_ != nullptr && length_ != 0 && asksForChunk(0) ? Delivery::FirstChunk
+                                                                           : wholeDelivery();
+}
+
 /// How an element is delivered at once that no buffer is given for.
-MXFGCSplitter::Delivery MXFGCSplitter::wholeDelivery() const {
+inline MXFGCSplitter::Delivery MXFGCSplitter::wholeDelivery() const {
     return length_ <= longestInPlace ? Delivery::InPlace : Delivery::OwnBuffer;
 }
 
-void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) {
+inline void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) {
     switch (kind_) {
     case MXFGCEssenceKind::Picture:
         return essenceHandler_->pictureElement(key_, data, size, offset);
@@ -352,32 +369,34 @@ void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size, std::u
     }
 }
 
-bool MXFGCSplitter::startChunk(std::uint64_t length, std::uint64_t offset, std::uint64_t& size, std::uint8_t*& buffer) {
-    require(chunkedHandler_ != nullptr, "has chunked essence handler");
-    const std::uint64_t left = size;
-    std::uint64_t wanted = 0;
-    if (!chunkedHandler_->startChunkedElement(key_, length, offset, wanted, buffer)) {
+/// Asks the chunked handler for the chunk that begins at @p offset. @return whether it takes one
+bool MXFGCSplitter::asksForChunk(std::uint64_t offset) {
+    chunkBuffer_ = nullptr;
+    chunkSize_ = 0;
+    if (!chunkedHandler_->startChunkedElement(key_, length_, offset, chunkSize_, chunkBuffer_)) {
         return false;
     }
-    require(buffer == nullptr || wanted != 0, "valid length");
-    size = wanted == 0 ? left : std::min(wanted, left);
-    filled_ = offset;
+    require(chunkBuffer_ == nullptr || chunkSize_ != 0, "valid length");
     return true;
 }
 
 bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                    std::uint8_t*& buffer) {
-    if (delivery_ == Delivery::System) {
-        return true;
-    }
-    if (delivery_ == Delivery::Chunks) {
-        if (startChunk(length, offset, size, buffer)) {
-            return true;
-        }
-        delivery_ = offset == 0 ? wholeDelivery() : Delivery::None;
-        buffer = nullptr;
+    if (delivery_ == Delivery::Chunks && !asksForChunk(offset)) {
+        delivery_ = Delivery::None;
     }
     switch (delivery_) {
+    case Delivery::None:
+        return false;
+    case Delivery::System:
+        return true;
+    case Delivery::FirstChunk:
+    case Delivery::Chunks:
+        delivery_ = Delivery::Chunks;
+        filled_ = offset;
+        size = chunkSize_ == 0 ? size : std::min(chunkSize_, size);
+        buffer = chunkBuffer_;
+        return true;
     case Delivery::InPlace:
         require(offset == filled_, "valid chunk offset");
         return true;
@@ -399,9 +418,8 @@ bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, 
         deliver(nullptr, length, 0);
         delivery_ = Delivery::None;
         return false;
-    default:
-        return false;
     }
+    return false;
 }
 
 void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
@@ -435,10 +453,20 @@ void MXFGCSplitter::value(const std::uint8_t* data, std::uint64_t size) {
         }
         break;
     }
+    case Delivery::FirstChunk:
     case Delivery::None:
         util::failAssertion("expected value");
     }
     filled_ += size;
+}
+
+/// Delivers what has not been delivered yet.
+inline void MXFGCSplitter::finishElement(const KLVKey& key) {
+    if (delivery_ == Delivery::CallersBuffer || delivery_ == Delivery::OwnBuffer || delivery_ == Delivery::InPlace) {
+        const std::uint8_t* const octets = delivery_ == Delivery::CallersBuffer ? callersBuffer_ : own_.data();
+        deliver(filled_ == 0 ? nullptr : octets, filled_, 0);
+    }
+    endElement(key);
 }
 
 void MXFGCSplitter::endIndividualItem(const KLVKey& key) {
@@ -446,9 +474,19 @@ void MXFGCSplitter::endIndividualItem(const KLVKey& key) {
         return;
     }
     require(key == key_, "correct essence key");
-    if (delivery_ == Delivery::CallersBuffer || delivery_ == Delivery::OwnBuffer || delivery_ == Delivery::InPlace) {
-        const std::uint8_t* const octets = delivery_ == Delivery::CallersBuffer ? callersBuffer_ : own_.data();
-        deliver(filled_ == 0 ? nullptr : octets, filled_, 0);
+    finishElement(key);
+}
+
+void MXFGCSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) {
+    if (startEssence(key, size)) {
+        if (delivery_ == Delivery::InPlace && size != 0) {
+            deliver(data, size, 0);
+            delivery_ = Delivery::None;
+        } else {
+            klvutil::sendValue(*this, data, size);
+        }
     }
-    endElement(key);
+    if (inElement_) {
+        finishElement(key);
+    }
 }

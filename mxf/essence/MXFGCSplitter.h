@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include <boost/optional.hpp>
-
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
 #include "mxf/essence/MXFGCKeys.h"
@@ -30,6 +28,9 @@ class MXFGCStructureHandler;
 /// Essence goes straight into the buffers of the essence handler, if it gives any. An element without one is delivered
 /// where the reader has it, if that has it whole; else it is held in memory of the splitter, up to 16,777,215 octets. A
 /// longer one is reported as "unsupported GC essence element length" and skipped, unless the handler takes chunks.
+///
+/// Derive from it to say what keys mean. To change the events of essence, put a KLVFilter in front: they are final, since
+/// they come one by one or, of elements in memory, together.
 class BRYX_API MXFGCSplitter : public DullKLVHandler {
 public:
     MXFGCSplitter();
@@ -56,8 +57,8 @@ public:
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override { form_ = form; }
-    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override;
-    void endIndividualItem(const KLVKey& key) override;
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) final;
+    void endIndividualItem(const KLVKey& key) final;
     bool startLabel(const KLVKey& key) override;
     bool startUniversalSet(const KLVKey& key, std::uint64_t length) override;
     bool startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) override;
@@ -70,9 +71,9 @@ public:
     void endVariableLengthPack(const KLVKey& key) override;
     bool startVariableLengthPackItem(std::uint64_t length) override;
     /// Requires of the essence handler's buffer "valid length": that the element fits it.
-    bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
-                        std::uint8_t*& buffer) override;
-    void value(const std::uint8_t* data, std::uint64_t size) override;
+    bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size, std::uint8_t*& buffer) final;
+    void value(const std::uint8_t* data, std::uint64_t size) final;
+    void individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) final;
 
 protected:
     // What keys mean: as ST 379-1 says, unless a derived class knows better. What is said of a key holds for the stream: it
@@ -92,14 +93,17 @@ protected:
 private:
     struct KnownKind {
         KLVKey key;
-        MXFGCEssenceKind kind;
+        MXFGCEssenceKind kind = MXFGCEssenceKind::None;
+        bool isKnown = false;
     };
     enum class State : std::uint8_t { GCBeforeStart, GCStarted, GCInSystemItem, GCEssenceOnly, GCEssenceAfterSystem };
     /// How the value of the element being read is delivered.
-    enum class Delivery : std::uint8_t { None, System, Chunks, CallersBuffer, OwnBuffer, InPlace };
+    enum class Delivery : std::uint8_t { None, System, FirstChunk, Chunks, CallersBuffer, OwnBuffer, InPlace };
 
+    MXFGCEssenceKind classify(const KLVKey& key) const;
     MXFGCEssenceKind kindOf(const KLVKey& key);
     void startElement(const KLVKey& key);
+    void tellOfElement();
     void passLengthForm();
     void endElement(const KLVKey& key);
     bool startSystemElement(const KLVKey& key, std::uint64_t length);
@@ -107,10 +111,13 @@ private:
     void endSystemElement(const KLVKey& key, Deliver deliver);
     bool startItem(std::uint32_t tag);
     const MXFGCItems& items();
-    void enterEssence(const KLVKey& key);
+    void enterEssence();
     void deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset);
+    bool startEssence(const KLVKey& key, std::uint64_t length);
+    void finishElement(const KLVKey& key);
+    Delivery chooseDelivery();
     Delivery wholeDelivery() const;
-    bool startChunk(std::uint64_t length, std::uint64_t offset, std::uint64_t& size, std::uint8_t*& buffer);
+    bool asksForChunk(std::uint64_t offset);
     bool isRunning() const noexcept { return state_ != State::GCBeforeStart; }
 
     MXFGCStructureHandler* structureHandler_ = nullptr;
@@ -121,8 +128,7 @@ private:
 
     State state_ = State::GCBeforeStart;
     KLVKey firstKey_;
-    bool hasFirstKey_ = false;
-    bool packageOpen_ = false;
+    bool packageOpen_ = false;                           ///< an element has come
     MXFGCEssenceKind onlyKind_ = MXFGCEssenceKind::None; ///< of the elements so far, where there is no system item
     std::uint8_t form_;
     std::uint8_t passedForm_;
@@ -132,10 +138,12 @@ private:
     KLVKey key_;
     bool inElement_ = false;
     MXFGCEssenceKind kind_ = MXFGCEssenceKind::None;
-    std::array<boost::optional<KnownKind>, 32> knownKinds_; ///< of keys that came last
+    std::array<KnownKind, 32> knownKinds_; ///< of keys that came last
     Delivery delivery_ = Delivery::None;
     std::uint8_t* callersBuffer_ = nullptr;
     std::uint64_t callersSize_ = 0;
+    std::uint8_t* chunkBuffer_ = nullptr; ///< of the chunk that the handler has asked for
+    std::uint64_t chunkSize_ = 0;
     std::uint64_t length_ = 0;
     std::uint64_t filled_ = 0;      ///< octets of the value that have come
     std::vector<std::uint8_t> own_; ///< the value, where nobody else holds it; kept for its memory

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "klv/ErrorHandler.h"
-#include "klv/internal/KLVValueDelivery.h"
+#include "klv/KLVSending.h"
 #include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "mxf/structure/internal/MXFPartitionTracker.h"
@@ -13,24 +13,6 @@ namespace findings = mxfutil::findings;
 using Pack = MXFPartitionTracker::Pack;
 
 namespace {
-
-/// A value in memory, for klvutil::deliverValue.
-class CollectedValue {
-public:
-    static constexpr std::uint64_t pieceSize = mxfutil::maxRandomIndexPackSize;
-
-    explicit CollectedValue(const std::vector<std::uint8_t>& octets) : next_(octets.data()) {}
-
-    void skip(std::uint64_t size) { next_ += size; }
-    void read(std::uint8_t* to, std::uint64_t size) { std::copy_n(readPiece(size), size, to); }
-    const std::uint8_t* readPiece(std::uint64_t size) {
-        next_ += size;
-        return next_ - size;
-    }
-
-private:
-    const std::uint8_t* next_;
-};
 
 MXFStructureHandler& present(MXFStructureHandler* handler) {
     util::require(handler != nullptr, "structure handler is present");
@@ -118,8 +100,7 @@ void MXFPartitionFilter::endFixedLengthPack(const KLVKey& key) {
             klvutil::report(tracker_->errorHandler(), findings::invalidPartitionPack, toString(key));
         }
         if (collected && nextWantsPack_) {
-            CollectedValue source(tracker_->octets());
-            klvutil::deliverValue(source, next(), tracker_->octets().size());
+            klvutil::sendValue(next(), tracker_->octets().data(), tracker_->octets().size());
         }
     }
     next().endFixedLengthPack(key);

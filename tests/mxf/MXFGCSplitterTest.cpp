@@ -118,16 +118,20 @@ public:
     }
 };
 
-/// Reads @p body, and returns all calls and findings.
-std::string read(const std::string& body, Receiver& receiver) {
+/// Reads a body, and returns all calls and findings.
+std::string read(std::istream& body, Receiver& receiver) {
     FindingRecorder errors(receiver.log);
     MXFGCSplitter splitter(&receiver, &receiver, &receiver);
     splitter.setErrorHandler(&errors);
-    std::istringstream stream(body);
     GenericKLVReader reader;
     reader.setHandler(&splitter);
-    reader.parse(stream, 0);
+    reader.parse(body, 0);
     return joined(receiver.log);
+}
+
+std::string read(const std::string& body, Receiver& receiver) {
+    std::istringstream stream(body);
+    return read(stream, receiver);
 }
 
 std::string structure(const std::string& body) {
@@ -265,6 +269,38 @@ TEST(GCSplitter, DeliversTheSameByEveryRoad) {
     partial.accepted = 3;
     read(body, partial);
     EXPECT_EQ(partial.octets, essence.substr(0, 3000) + essence);
+}
+
+TEST(GCSplitter, TakesElementsWholeOrInEvents) {
+    std::string body;
+    for (const std::string& text : {std::string("ABCDE"), std::string(), std::string(3000, 'x')}) {
+        body += octets::klv(system(0x05), "M") + octets::klv(element(0x15), text) +
+                octets::klv(klvutil::fillKey, text) + octets::klv(element(0x16), text, 0x87) +
+                octets::klv(keys::make(1, 2, 9), text) + octets::klv(element(0x55), text);
+    }
+    std::vector<std::uint8_t> own(3000);
+    ChunkReceiver plain;
+    plain.accepted = 0;
+    ChunkReceiver buffered = plain;
+    buffered.buffer = own.data();
+    buffered.bufferSize = own.size();
+    ChunkReceiver uninterested = plain;
+    uninterested.wants = false;
+    ChunkReceiver chunks;
+    chunks.chunkSize = 1000;
+    ChunkReceiver some = chunks;
+    some.accepted = 2;
+    ChunkReceiver all;
+    all.chunk.resize(3000);
+    all.chunkSize = 3000;
+    for (const ChunkReceiver& each : {plain, buffered, uninterested, chunks, some, all}) {
+        ChunkReceiver whole = each;
+        ChunkReceiver inEvents = each;
+        PipeStream pipe(body, 100);
+        EXPECT_EQ(read(body, whole), read(pipe, inEvents));
+        EXPECT_EQ(whole.octets, inEvents.octets);
+    }
+    EXPECT_EQ(own[2999], 'x');
 }
 
 TEST(GCSplitter, DeliversClipsOfAnyLengthInNoMemory) {
