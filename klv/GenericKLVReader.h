@@ -28,7 +28,8 @@ public:
     ///     its endStream, the handler does not
     /// @throws util::assertion_failure "handler is present", or "valid chunk offset" when a handler asks for a chunk
     ///     that it cannot have
-    /// Exceptions of the handlers pass through.
+    /// Exceptions of the handlers pass through. A stream that can seek then stands somewhere in the triplet that was told of,
+    /// or behind it.
     void parse(std::istream& stream, std::streampos start) override;
 
     /// Reads on until the first triplet boundary at or beyond @p end, or until a handler has set @p stop.

@@ -86,9 +86,4 @@ public:
 
     /// The next octets of a wanted chunk. @p data is the handler's buffer, or valid during the call only.
     virtual void value(const std::uint8_t* data, std::uint64_t size) = 0;
-
-    /// A triplet with a single value that is in memory already: a sender may make this call instead of all the others for
-    /// it. Here it is made into them. Override it as well to save small triplets most of the calls they take, to the same
-    /// effect. @p data is valid during the call only.
-    virtual void individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size);
 };

@@ -9,6 +9,13 @@ void sendValue(KLVHandler& handler, const std::uint8_t* data, std::uint64_t size
     deliverValue(source, handler, size);
 }
 
+void sendIndividualItem(KLVHandler& handler, const KLVKey& key, const std::uint8_t* data, std::uint64_t size) {
+    if (handler.startIndividualItem(key, size)) {
+        sendValue(handler, data, size);
+    }
+    handler.endIndividualItem(key);
+}
+
 void sendLocalItem(KLVHandler& handler, std::uint32_t tag, const std::vector<std::uint8_t>& value) {
     if (handler.startLocalItem(tag, value.size())) {
         sendValue(handler, value.data(), value.size());

@@ -1,43 +1,67 @@
 #include "klv/internal/KLVElement.h"
 
+#include <cstring>
+
 #include "util/assertion_failure.h"
+#include "util/byte_order.h"
 
 namespace findings = klvutil::findings;
 
-inline std::uint64_t KLVWalk::readBERLength() {
-    const std::uint64_t room = left();
-    requireRoom(1, room);
-    // Looked at as a whole if it can be, and passed over once.
-    const std::uint8_t* const ahead = input.peekAhead(klvutil::longestBERLengthField);
-    const auto pass = [&](std::uint64_t size) {
-        if (ahead != nullptr) {
-            input.passAhead(size);
-        }
-    };
-    std::uint8_t form = ahead != nullptr ? *ahead : input.readOctet();
-    std::uint64_t length = form;
-    std::uint64_t size = 1;
-    if (form < 0x80) {
-        form = 1;
-    } else {
-        const unsigned octets = form & 0x7FU;
-        size += octets;
-        if (!klvutil::isValidBERLengthForm(form) || size > room) {
-            pass(1);
-            input.fail(klvutil::isValidBERLengthForm(form) ? *overrun_ : findings::invalidBERLongForm);
-        }
-        length = ahead != nullptr ? util::loadLeadingOctets(ahead + 1, octets) : input.readNumber(octets);
+namespace {
+
+struct BERLength {
+    std::uint8_t form; ///< may be invalid; the length is 0 then
+    std::uint64_t length;
+};
+
+/// @param source has a member number(n), which reads a number of n octets
+template <class Source>
+BERLength readBERField(Source& source) {
+    const auto first = static_cast<std::uint8_t>(source.number(1));
+    if (first < 0x80) {
+        return {1, first};
     }
-    pass(size);
-    // In a container, an item that does not fit is still told of, but not one of the length that stands for "unknown".
-    if (length > room - size && (depth_ == 0 || length == klvutil::unknownLength)) {
-        input.fail(*overrun_);
+    return {first, klvutil::isValidBERLengthForm(first) ? source.number(first & 0x7FU) : 0};
+}
+
+/// The length field of a triplet that has been read ahead, and octets behind it if there are none of it.
+class FieldAhead {
+public:
+    explicit FieldAhead(const std::uint8_t* from) : next(from) {}
+    const std::uint8_t* next;
+
+    std::uint64_t number(unsigned octets) {
+        const std::uint64_t result = util::loadLeadingOctets(next, octets);
+        next += octets;
+        return result;
     }
+};
+
+} // namespace
+
+std::uint64_t KLVWalk::number(unsigned octets) {
+    requireLeft(octets);
+    return input.readNumber(octets);
+}
+
+inline void KLVWalk::tellForm(std::uint8_t form) {
     if (form != lastForm_) {
         lastForm_ = form;
         handler.berLengthForm(form);
     }
-    return length;
+}
+
+std::uint64_t KLVWalk::readBERLength() {
+    const BERLength field = readBERField(*this);
+    if (!klvutil::isValidBERLengthForm(field.form)) {
+        input.fail(findings::invalidBERLongForm);
+    }
+    // In a container, an item that does not fit is still told of, but not one of the length that stands for "unknown".
+    if (field.length > left() && (depth_ == 0 || field.length == klvutil::unknownLength)) {
+        input.fail(*overrun_);
+    }
+    tellForm(field.form);
+    return field.length;
 }
 
 template <class Start, class Content, class End>
@@ -57,26 +81,28 @@ void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, En
     }
 }
 
-inline std::uint64_t KLVElement::readLength() {
+std::uint64_t KLVElement::readLength() {
     const std::uint64_t length = walk_.readBERLength();
     walk_.input.showTriplet();
     return length;
 }
 
-inline void KLVIndividualItem::parse() {
+void KLVIndividualItem::parse() {
     const std::uint64_t length = readLength();
-    if (const std::uint8_t* const value = walk_.valueAhead(length)) {
-        walk_.handler.individualItem(key_, value, length);
-        return walk_.input.passAhead(length);
-    }
     walk_.walkContent(
         length, [&] { return walk_.handler.startIndividualItem(key_, length); }, [&] { walk_.deliver(length); },
         [&] { walk_.handler.endIndividualItem(key_); });
 }
 
-/// Walks a triplet that is no individual item. Most are.
-void KLVWalk::walkOther(KLVCoding coding, const KLVKey& key) {
-    switch (coding) {
+void KLVWalk::walkTriplet() {
+    requireLeft(klvutil::keySize);
+    const std::streamoff outer = input.triplet();
+    input.beginTriplet(input.position());
+    const KLVKey key = input.readKey();
+    switch (klvutil::classify(key)) {
+    case KLVCoding::IndividualItem:
+        KLVIndividualItem(*this, key).parse();
+        break;
     case KLVCoding::UniversalSet:
         KLVUniversalSet(*this, key).parse();
         break;
@@ -95,29 +121,41 @@ void KLVWalk::walkOther(KLVCoding coding, const KLVKey& key) {
     case KLVCoding::Label:
         KLVLabel(*this, key).parse();
         break;
-    default:
+    case KLVCoding::None:
         input.fail(klvutil::isSMPTEKey(key) ? findings::unimplementedCoding : findings::invalidKey);
-    }
-}
-
-inline void KLVWalk::walkTriplet() {
-    requireRoom(klvutil::keySize, left());
-    const std::streamoff outer = input.triplet();
-    input.beginTriplet(input.position());
-    const KLVKey key = input.readKey();
-    const KLVCoding coding = klvutil::classify(key);
-    if (coding == KLVCoding::IndividualItem) {
-        KLVIndividualItem(*this, key).parse();
-    } else {
-        walkOther(coding, key);
     }
     input.beginTriplet(depth_ == 0 ? input.position() : outer);
     input.showTriplet();
 }
 
+/// Before it, the input shows the position of what comes next: that of the triplet.
+inline bool KLVWalk::walkItemAhead() {
+    const std::uint8_t* const head = input.peekAhead(klvutil::keySize + klvutil::longestBERLengthField);
+    if (itemHandler_ == nullptr || head == nullptr) {
+        return false;
+    }
+    KLVKey key;
+    std::memcpy(key.octets.data(), head, klvutil::keySize);
+    FieldAhead field(head + klvutil::keySize);
+    const auto [form, length] = readBERField(field);
+    const std::uint64_t size = static_cast<std::uint64_t>(field.next - head) + length;
+    if (klvutil::classify(key) != KLVCoding::IndividualItem || !klvutil::isValidBERLengthForm(form) ||
+        length > KLVInput::pieceSize || size > left() || input.peekAhead(size) == nullptr) {
+        return false;
+    }
+    tellForm(form);
+    input.passAhead(size);
+    itemHandler_->individualItem(key, field.next, length);
+    input.beginTriplet(input.position());
+    input.showTriplet();
+    return true;
+}
+
 void KLVWalk::walkStream(std::streamoff end, const bool& stop) {
     while (!stop && !(end != -1 && input.position() >= end) && !input.atEnd()) {
-        walkTriplet();
+        if (!walkItemAhead()) {
+            walkTriplet();
+        }
         util::require(input.good(), "successful parse() implies input stream is good");
     }
 }
@@ -126,9 +164,7 @@ std::uint64_t KLVWalk::readField(KLVFieldForm form) {
     if (form == KLVFieldForm::BER) {
         return readBERLength();
     }
-    const unsigned octets = klvutil::fieldSize(form);
-    requireRoom(octets, left());
-    return input.readNumber(octets);
+    return number(klvutil::fieldSize(form));
 }
 
 template <class Item>

@@ -5,6 +5,7 @@
 #include "klv/KLVCoding.h"
 #include "klv/KLVFindings.h"
 #include "klv/KLVHandler.h"
+#include "klv/KLVIndividualItemHandler.h"
 #include "klv/internal/KLVInput.h"
 #include "klv/internal/KLVValueDelivery.h"
 
@@ -14,7 +15,8 @@ class KLVWalk {
 public:
     static constexpr unsigned maxDepth = 32;
 
-    KLVWalk(KLVInput& from, KLVHandler& to) : input(from), handler(to) {}
+    KLVWalk(KLVInput& from, KLVHandler& to)
+        : input(from), handler(to), itemHandler_(dynamic_cast<KLVIndividualItemHandler*>(&to)) {}
 
     KLVInput& input;
     KLVHandler& handler;
@@ -27,6 +29,9 @@ public:
 
     /// Reads a BER length and reports its form if it has changed.
     std::uint64_t readBERLength();
+
+    /// Reads a number of 1 to 8 octets, which have to be left.
+    std::uint64_t number(unsigned octets);
 
     /// Reads a tag or a length in @p form.
     std::uint64_t readField(KLVFieldForm form);
@@ -44,24 +49,24 @@ public:
     template <class Start, class Content, class End>
     void walkContent(std::uint64_t length, Start start, Content content, End end);
 
-    /// Where a value of @p length octets is, if it has been read ahead and fits what is left: else null.
-    const std::uint8_t* valueAhead(std::uint64_t length) {
-        return length <= left() ? input.peekAhead(length) : nullptr;
-    }
-
     /// Passes a value of @p length octets on to the handler as it asks.
     void deliver(std::uint64_t length) { klvutil::deliverValue(input, handler, length); }
 
 private:
-    void walkOther(KLVCoding coding, const KLVKey& key);
+    /// Walks the next triplet, if that is an outermost one that has been read ahead and that the handler takes whole.
+    bool walkItemAhead();
 
-    /// Ends the parse unless @p size octets fit the @p room that is left in the container.
-    void requireRoom(std::uint64_t size, std::uint64_t room) const {
-        if (size > room) {
+    /// Tells of the form of a length if it is another one.
+    void tellForm(std::uint8_t form);
+
+    /// Ends the parse unless @p size octets are left in the container.
+    void requireLeft(std::uint64_t size) const {
+        if (size > left()) {
             input.fail(*overrun_);
         }
     }
 
+    KLVIndividualItemHandler* itemHandler_; ///< the handler, if it takes items whole
     std::uint8_t lastForm_ = klvutil::automaticBERLengthForm;
     unsigned depth_ = 0;
     std::streamoff end_ = KLVInput::maxPosition;

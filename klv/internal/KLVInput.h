@@ -75,9 +75,9 @@ public:
 
     void read(std::uint8_t* to, std::uint64_t size);
 
-    /// Where the octets that come next are until the next call, if @p size of them, at most pieceSize, have been read ahead:
-    /// else null. Nobody else changes them until then: what a stream that cannot seek holds ready is its own, which a handler
-    /// may have it read on.
+    /// Where the octets that come next are until more is read, if @p size of them, at most pieceSize, have been read ahead:
+    /// else null, as for a stream that cannot seek. What such a stream holds ready is its own, and may change when a handler
+    /// has it read on.
     const std::uint8_t* peekAhead(std::uint64_t size) const { return size <= pieceSize ? ahead_.peek(size) : nullptr; }
 
     /// Passes over @p size of the octets that peekAhead() has shown.

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "klv/ErrorHandler.h"
+#include "klv/KLVSending.h"
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFEngineFindings.h"
 #include "mxf/structure/MXFStructureFindings.h"
@@ -26,7 +27,8 @@ std::uint64_t saturatingSum(std::uint64_t a, std::uint64_t b) {
 
 MXFSplitter::MXFSplitter(MXFStructureHandler* structureHandler, KLVHandler* headerMetadataHandler,
                          KLVHandler* indexHandler, KLVHandler* bodyHandler, bool validate)
-    : headerMetadataHandler_(headerMetadataHandler), indexHandler_(indexHandler), bodyHandler_(bodyHandler) {
+    : headerMetadataHandler_(headerMetadataHandler), indexHandler_(indexHandler), bodyHandler_(bodyHandler),
+      bodyItemHandler_(dynamic_cast<KLVIndividualItemHandler*>(bodyHandler)) {
     util::require(structureHandler != nullptr, "structure handler is present");
     util::require(headerMetadataHandler != nullptr, "header metadata handler is present");
     util::require(indexHandler != nullptr, "index handler is present");
@@ -152,6 +154,7 @@ void MXFSplitter::enter(State state) {
     default:
         delegate_ = nullptr;
     }
+    itemDelegate_ = state == State::InBody && delegate_ == bodyHandler_ ? bodyItemHandler_ : nullptr;
 }
 
 KLVHandler& MXFSplitter::delegate(const char* expected) const {
@@ -395,10 +398,10 @@ void MXFSplitter::value(const std::uint8_t* data, std::uint64_t size) {
 }
 
 void MXFSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) {
-    if (state_ == State::InBody && depth_ == 0 && delegateStarted_) { // nothing of it matters here
-        return delegate_->individualItem(key, data, size);
+    if (itemDelegate_ != nullptr && delegateStarted_ && depth_ == 0) {
+        return itemDelegate_->individualItem(key, data, size);
     }
-    KLVHandler::individualItem(key, data, size);
+    klvutil::sendIndividualItem(*this, key, data, size);
 }
 
 void MXFSplitter::fail(const klvutil::Finding& finding, const KLVKey* key) const {

@@ -6,6 +6,7 @@
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
 #include "klv/KLVHandler.h"
+#include "klv/KLVIndividualItemHandler.h"
 #include "klv/Locator.h"
 #include "mxf/structure/MXFTripletPosition.h"
 #include "util/Api.h"
@@ -31,9 +32,12 @@ class MXFStructureValidator;
 /// At the end of a stream, a region that has not come to its end is an error as well. Without an error handler it is
 /// thrown when all handlers have been told of the end.
 ///
+/// Individual items in a body come to its handler whole if it is a KLVIndividualItemHandler and they come so to the
+/// splitter, whose events for them are final therefore.
+///
 /// The splitter is driven by a KLVReader and can take one stream after the other. When an exception has ended a stream,
 /// make a new splitter.
-class BRYX_API MXFSplitter : public KLVHandler {
+class BRYX_API MXFSplitter : public KLVHandler, public KLVIndividualItemHandler {
 public:
     /// The handlers are not owned. Requires each to be present: use DullMXFStructureHandler and DullKLVHandler for
     /// what is not wanted.
@@ -123,6 +127,7 @@ private:
     KLVHandler* headerMetadataHandler_;
     KLVHandler* indexHandler_;
     KLVHandler* bodyHandler_;
+    KLVIndividualItemHandler* bodyItemHandler_; ///< the same, if it takes items whole
     KLVHandler* genericStreamHandler_ = nullptr;
     DullKLVHandler skippedBody_;
     ErrorHandler* errorHandler_ = nullptr;
@@ -130,6 +135,7 @@ private:
 
     State state_ = State::BeforeStart;
     KLVHandler* delegate_ = nullptr; ///< the handler of the region that the state is of; null where there is none
+    KLVIndividualItemHandler* itemDelegate_ = nullptr; ///< the same in a body, if it takes items whole
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
     unsigned depth_ = 0; ///< triplets that are open
     bool delegateStarted_ = false;

@@ -335,18 +335,14 @@ inline bool MXFGCSplitter::startEssence(const KLVKey& key, std::uint64_t length)
         return false;
     }
     length_ = length;
-    delivery_ = chooseDelivery();
+    delivery_ = callersBuffer_ != nullptr                   ? Delivery::CallersBuffer
+                : chunkedHandler_ != nullptr && length != 0 ? Delivery::Chunks
+                                                            : wholeDelivery();
     return true;
 }
 
 bool MXFGCSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
     return startEssence(key, length);
-}
-
-inline MXFGCSplitter::Delivery MXFGCSplitter::chooseDelivery() {
-    return callersBuffer_ != nullptr                                       ? Delivery::CallersBuffer
-           : chunkedHandler_ != nullptr && length_ != 0 && asksForChunk(0) ? Delivery::FirstChunk
-                                                                           : wholeDelivery();
 }
 
 /// How an element is delivered at once that no buffer is given for.
@@ -370,10 +366,10 @@ inline void MXFGCSplitter::deliver(const std::uint8_t* data, std::uint64_t size,
 }
 
 /// Asks the chunked handler for the chunk that begins at @p offset. @return whether it takes one
-bool MXFGCSplitter::asksForChunk(std::uint64_t offset) {
+bool MXFGCSplitter::asksForChunk(std::uint64_t length, std::uint64_t offset) {
     chunkBuffer_ = nullptr;
     chunkSize_ = 0;
-    if (!chunkedHandler_->startChunkedElement(key_, length_, offset, chunkSize_, chunkBuffer_)) {
+    if (!chunkedHandler_->startChunkedElement(key_, length, offset, chunkSize_, chunkBuffer_)) {
         return false;
     }
     require(chunkBuffer_ == nullptr || chunkSize_ != 0, "valid length");
@@ -382,8 +378,8 @@ bool MXFGCSplitter::asksForChunk(std::uint64_t offset) {
 
 bool MXFGCSplitter::getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
                                    std::uint8_t*& buffer) {
-    if (delivery_ == Delivery::Chunks && !asksForChunk(offset)) {
-        delivery_ = Delivery::None;
+    if (delivery_ == Delivery::Chunks && !asksForChunk(length, offset)) {
+        delivery_ = offset == 0 ? wholeDelivery() : Delivery::None;
     }
     switch (delivery_) {
     case Delivery::None:
@@ -478,15 +474,17 @@ void MXFGCSplitter::endIndividualItem(const KLVKey& key) {
 }
 
 void MXFGCSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, std::uint64_t size) {
-    if (startEssence(key, size)) {
-        if (delivery_ == Delivery::InPlace && size != 0) {
-            deliver(data, size, 0);
-            delivery_ = Delivery::None;
-        } else {
-            klvutil::sendValue(*this, data, size);
-        }
+    if (!startEssence(key, size)) {
+        return endIndividualItem(key);
     }
-    if (inElement_) {
-        finishElement(key);
+    if (delivery_ == Delivery::Chunks) {
+        delivery_ = asksForChunk(size, 0) ? Delivery::FirstChunk : wholeDelivery();
     }
+    if (delivery_ == Delivery::InPlace && size != 0) {
+        deliver(data, size, 0);
+        delivery_ = Delivery::None;
+    } else {
+        klvutil::sendValue(*this, data, size);
+    }
+    finishElement(key);
 }

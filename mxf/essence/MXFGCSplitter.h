@@ -7,6 +7,7 @@
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
+#include "klv/KLVIndividualItemHandler.h"
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
 #include "mxf/essence/MXFKeyReporter.h"
@@ -31,7 +32,7 @@ class MXFGCStructureHandler;
 ///
 /// Derive from it to say what keys mean. To change the events of essence, put a KLVFilter in front: they are final, since
 /// they come one by one or, of elements in memory, together.
-class BRYX_API MXFGCSplitter : public DullKLVHandler {
+class BRYX_API MXFGCSplitter : public DullKLVHandler, public KLVIndividualItemHandler {
 public:
     MXFGCSplitter();
     /// None of the handlers is owned; each may be null.
@@ -115,9 +116,8 @@ private:
     void deliver(const std::uint8_t* data, std::uint64_t size, std::uint64_t offset);
     bool startEssence(const KLVKey& key, std::uint64_t length);
     void finishElement(const KLVKey& key);
-    Delivery chooseDelivery();
     Delivery wholeDelivery() const;
-    bool asksForChunk(std::uint64_t offset);
+    bool asksForChunk(std::uint64_t length, std::uint64_t offset);
     bool isRunning() const noexcept { return state_ != State::GCBeforeStart; }
 
     MXFGCStructureHandler* structureHandler_ = nullptr;

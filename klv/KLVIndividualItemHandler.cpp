@@ -1,0 +1,3 @@
+#include "klv/KLVIndividualItemHandler.h"
+
+KLVIndividualItemHandler::~KLVIndividualItemHandler() = default;
