@@ -120,15 +120,8 @@ BRYXCrossValidator::Essence& BRYXCrossValidator::essence() {
 }
 
 void BRYXCrossValidator::element(const KLVKey& key) {
-    Essence& container = essence();
     const std::uint32_t number = trackNumber(key);
-    // The few elements of a content package come again and again.
-    auto& lastAlike = container.recent[(key[12] + key[15]) % container.recent.size()];
-    if (lastAlike == number) {
-        return;
-    }
-    lastAlike = number;
-    auto& elements = container.elements;
+    auto& elements = essence().elements;
     if (elements.find(number) == elements.end() && elements.size() < maxKept) {
         elements.emplace(number, position());
     }

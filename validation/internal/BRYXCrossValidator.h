@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <unordered_map>
@@ -122,7 +121,6 @@ private:
     struct Essence {
         /// Track numbers, and positions where they occur first.
         std::unordered_map<std::uint32_t, std::uint64_t> elements;
-        std::array<boost::optional<std::uint32_t>, 32> recent; ///< some of these numbers
         std::uint64_t packages = 0;
         std::uint64_t systemPosition = 0; ///< of the first system item
         boost::optional<KLVKey> label;    ///< of that one

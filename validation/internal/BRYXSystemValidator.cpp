@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "mxf/essence/MXFGCKeys.h"
 #include "timecode/TimecodeCalculator.h"
 
 namespace checks = BRYXSystemChecks;
@@ -21,8 +20,9 @@ constexpr AnnouncedItem announcedItems[] = {
     {MXFSystemBitmap::dataItem, MXFGCEssenceKind::Data, "data"},
 };
 
+/// @param kind not None
 std::size_t indexOf(MXFGCEssenceKind kind) {
-    return static_cast<std::size_t>(kind);
+    return static_cast<std::size_t>(kind) - static_cast<std::size_t>(MXFGCEssenceKind::Picture);
 }
 
 } // namespace
@@ -38,6 +38,7 @@ BRYXSystemValidator::~BRYXSystemValidator() = default;
 void BRYXSystemValidator::startStream(std::uint64_t kagSize) {
     const std::uint32_t bodySID = cross_.bodySID();
     container_ = containers_.size() < maxKept || containers_.count(bodySID) != 0 ? &containers_[bodySID] : nullptr;
+    knownKeys_ = {};
     MXFGCStructureFilter::startStream(kagSize);
 }
 
@@ -48,32 +49,43 @@ void BRYXSystemValidator::endStream() {
 
 void BRYXSystemValidator::startContentPackage() {
     bitmap_.reset();
-    items_ = {};
+    elements_ = {};
+    announced_ = {};
     cross_.contentPackage();
     MXFGCStructureFilter::startContentPackage();
 }
 
-void BRYXSystemValidator::startElement(const KLVKey& key) {
-    const MXFGCEssenceKind kind = mxfutil::gcEssenceKind(key);
-    if (kind != MXFGCEssenceKind::None || !mxfutil::isGCSystemElement(key)) {
-        cross_.element(key);
-        Item& item = items_[indexOf(kind)];
-        if (item.elements++ == 0) {
-            item.announced = key[13];
-            item.position = position();
+/// Tells of the key, too, when it comes for the first time.
+MXFGCEssenceKind BRYXSystemValidator::kindOf(const KLVKey& key) {
+    // The few keys of a content package come again and again.
+    KnownKey& known = knownKeys_[(key[12] + std::size_t{key[15]}) % knownKeys_.size()];
+    if (!known.isKnown || known.key != key) {
+        known = {key, mxfutil::gcEssenceKind(key), true};
+        if (known.kind != MXFGCEssenceKind::None || !mxfutil::isGCSystemElement(key)) {
+            cross_.element(key);
         }
+    }
+    return known.kind;
+}
+
+void BRYXSystemValidator::startElement(const KLVKey& key) {
+    const MXFGCEssenceKind kind = kindOf(key);
+    // Keys of private kinds need not hold a count.
+    if (kind != MXFGCEssenceKind::None && elements_[indexOf(kind)]++ == 0) {
+        announced_[indexOf(kind)] = key[13];
+        positions_[indexOf(kind)] = position();
     }
     MXFGCStructureFilter::startElement(key);
 }
 
 void BRYXSystemValidator::checkBitmap() {
-    if (!bitmap_ || items_[indexOf(MXFGCEssenceKind::Compound)].elements != 0) {
+    if (!bitmap_ || elements_[indexOf(MXFGCEssenceKind::Compound)] != 0) {
         return; // compound elements hold items of all kinds
     }
     std::uint8_t wrong = 0;
     for (const AnnouncedItem& item : announcedItems) {
         const bool isAnnounced = (*bitmap_ & item.bit) != 0;
-        if (isAnnounced != (items_[indexOf(item.kind)].elements != 0)) {
+        if (isAnnounced != (elements_[indexOf(item.kind)] != 0)) {
             wrong |= item.bit;
             if ((container_->wrongBits & item.bit) == 0) {
                 reportAt(packPosition_, checks::inconsistentBitmap, item.name, {});
@@ -84,13 +96,18 @@ void BRYXSystemValidator::checkBitmap() {
 }
 
 void BRYXSystemValidator::checkCounts() {
-    for (std::size_t kind = 1; kind < items_.size(); ++kind) { // keys of private kinds need not hold a count
-        const Item& item = items_[kind];
-        if (item.elements != item.announced && !container_->miscountsElements) {
-            container_->miscountsElements = true;
-            reportAt(item.position, checks::incorrectElementCount,
-                     std::to_string(item.announced) + ", not " + std::to_string(item.elements));
+    for (std::size_t i = 0; i < kinds; ++i) {
+        if (elements_[i] != announced_[i]) {
+            return reportCount(i);
         }
+    }
+}
+
+void BRYXSystemValidator::reportCount(std::size_t kind) {
+    if (!container_->miscountsElements) {
+        container_->miscountsElements = true;
+        reportAt(positions_[kind], checks::incorrectElementCount,
+                 std::to_string(announced_[kind]) + ", not " + std::to_string(elements_[kind]));
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <boost/optional.hpp>
 
+#include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCStructureFilter.h"
 #include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
@@ -43,11 +44,13 @@ public:
     void startElement(const KLVKey& key) override;
 
 private:
-    /// Elements of one kind in a content package.
-    struct Item {
-        unsigned elements = 0;
-        unsigned announced = 0; ///< by the key of the first
-        std::uint64_t position = 0;
+    static constexpr std::size_t kinds = 4; ///< of essence
+
+    /// A key of the body that is being read, and what it stands for.
+    struct KnownKey {
+        KLVKey key;
+        MXFGCEssenceKind kind = MXFGCEssenceKind::None;
+        bool isKnown = false;
     };
     /// What the content packages of one essence container have had so far.
     struct Container {
@@ -60,8 +63,10 @@ private:
 
     void checkPack(const MXFSystemMetadataPack& pack) const;
     void checkTimecode(const MXFSystemMetadataPack& pack);
+    MXFGCEssenceKind kindOf(const KLVKey& key);
     void checkBitmap();
     void checkCounts();
+    void reportCount(std::size_t kind);
     /// Whether @p next follows @p timecode at @p rate.
     bool follows(const Timecode& timecode, const Timecode& next, std::uint8_t rate);
 
@@ -75,7 +80,12 @@ private:
     // The content package.
     boost::optional<std::uint8_t> bitmap_;
     std::uint64_t packPosition_ = 0;
-    std::array<Item, 5> items_; ///< by MXFGCEssenceKind
+    // By MXFGCEssenceKind, without None:
+    std::array<unsigned, kinds> elements_{};
+    std::array<unsigned, kinds> announced_{};      ///< by the keys of the first
+    std::array<std::uint64_t, kinds> positions_{}; ///< of the first, where there are any
+
+    std::array<KnownKey, 32> knownKeys_; ///< those that came last
 
     std::unique_ptr<TimecodeCalculator> calculator_;
     std::uint8_t calculatorRate_ = 0;
