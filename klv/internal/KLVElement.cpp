@@ -24,7 +24,7 @@ BERLength readBERField(Source& source) {
     return {first, klvutil::isValidBERLengthForm(first) ? source.number(first & 0x7FU) : 0};
 }
 
-/// The length field of a triplet that has been read ahead, and octets behind it if there are none of it.
+/// A length field that has been read ahead, with as much as the longest has.
 class FieldAhead {
 public:
     explicit FieldAhead(const std::uint8_t* from) : next(from) {}
@@ -62,36 +62,6 @@ std::uint64_t KLVWalk::readBERLength() {
     }
     tellForm(field.form);
     return field.length;
-}
-
-template <class Start, class Content, class End>
-void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, End end) {
-    const bool fits = length <= left();
-    const bool wanted = start();
-    if (fits) {
-        if (wanted) {
-            content();
-        } else {
-            input.skip(length);
-        }
-    }
-    end();
-    if (!fits) {
-        input.fail(*overrun_);
-    }
-}
-
-std::uint64_t KLVElement::readLength() {
-    const std::uint64_t length = walk_.readBERLength();
-    walk_.input.showTriplet();
-    return length;
-}
-
-void KLVIndividualItem::parse() {
-    const std::uint64_t length = readLength();
-    walk_.walkContent(
-        length, [&] { return walk_.handler.startIndividualItem(key_, length); }, [&] { walk_.deliver(length); },
-        [&] { walk_.handler.endIndividualItem(key_); });
 }
 
 void KLVWalk::walkTriplet() {
@@ -183,6 +153,36 @@ void KLVWalk::walkContainer(std::uint64_t length, const klvutil::Finding& findin
     --depth_;
     end_ = outerEnd;
     overrun_ = outerOverrun;
+}
+
+template <class Start, class Content, class End>
+void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, End end) {
+    const bool fits = length <= left();
+    const bool wanted = start();
+    if (fits) {
+        if (wanted) {
+            content();
+        } else {
+            input.skip(length);
+        }
+    }
+    end();
+    if (!fits) {
+        input.fail(*overrun_);
+    }
+}
+
+std::uint64_t KLVElement::readLength() {
+    const std::uint64_t length = walk_.readBERLength();
+    walk_.input.showTriplet();
+    return length;
+}
+
+void KLVIndividualItem::parse() {
+    const std::uint64_t length = readLength();
+    walk_.walkContent(
+        length, [&] { return walk_.handler.startIndividualItem(key_, length); }, [&] { walk_.deliver(length); },
+        [&] { walk_.handler.endIndividualItem(key_); });
 }
 
 void KLVLabel::parse() {

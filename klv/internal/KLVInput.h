@@ -68,11 +68,6 @@ public:
         return copyNumber(octets);
     }
 
-    std::uint8_t readOctet() {
-        const std::uint8_t* const held = ahead_.take(1);
-        return held != nullptr ? *held : static_cast<std::uint8_t>(readNumber(1));
-    }
-
     void read(std::uint8_t* to, std::uint64_t size);
 
     /// Where the octets that come next are until more is read, if @p size of them, at most pieceSize, have been read ahead:

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 #include "klv/KLVHandler.h"
 #include "util/assertion_failure.h"
@@ -15,8 +14,8 @@ namespace klvutil {
 /// is until the next call, and a `pieceSize` that readPiece is never asked to go beyond.
 ///
 /// Requires "valid chunk offset": that the handler asks for octets that are still to come.
-template <class Source, class Handler>
-void deliverValue(Source& source, Handler& handler, std::uint64_t length) {
+template <class Source>
+void deliverValue(Source& source, KLVHandler& handler, std::uint64_t length) {
     std::uint64_t passed = 0;
     while (passed < length) {
         std::uint64_t offset = passed;
@@ -44,24 +43,5 @@ void deliverValue(Source& source, Handler& handler, std::uint64_t length) {
         }
     }
 }
-
-/// Octets in memory as deliverValue() takes them.
-class MemorySource {
-public:
-    static constexpr std::uint64_t pieceSize = std::numeric_limits<std::uint64_t>::max();
-
-    explicit MemorySource(const std::uint8_t* data) : next_(data) {}
-
-    void skip(std::uint64_t size) { next_ += size; }
-    void read(std::uint8_t* to, std::uint64_t size) { std::copy_n(readPiece(size), size, to); }
-    const std::uint8_t* readPiece(std::uint64_t size) {
-        const std::uint8_t* const piece = next_;
-        next_ += size;
-        return piece;
-    }
-
-private:
-    const std::uint8_t* next_;
-};
 
 } // namespace klvutil

@@ -51,7 +51,7 @@ public:
     void gather(std::size_t size);
 
     /// Whether there is nothing more to read.
-    bool atEnd() { return peek(1) == nullptr && isSourceAtEnd(); }
+    bool atEnd() { return held() == 0 && isSourceAtEnd(); }
 
     /// Goes on at another position of a stream that can seek. @return whether it can be reached; else nothing has changed
     bool seek(std::streamoff position);

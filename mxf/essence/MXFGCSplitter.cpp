@@ -107,15 +107,6 @@ MXFGCEssenceKind MXFGCSplitter::classify(const KLVKey& key) const {
                                     : MXFGCEssenceKind::None;
 }
 
-inline MXFGCEssenceKind MXFGCSplitter::kindOf(const KLVKey& key) {
-    // The few keys of a content package come again and again. They differ in item type and number.
-    KnownKind& known = knownKinds_[(key[12] + std::size_t{key[15]}) % knownKinds_.size()];
-    if (!known.isKnown || known.key != key) {
-        known = {key, classify(key), true};
-    }
-    return known.kind;
-}
-
 // ---- The stream, and what can be in it ----
 
 void MXFGCSplitter::startStream(bool accurateLengths) {
@@ -125,7 +116,7 @@ void MXFGCSplitter::startStream(bool accurateLengths) {
     packageOpen_ = inElement_ = false;
     delivery_ = Delivery::None;
     invalidKeys_.clear();
-    knownKinds_ = {};
+    knownKinds_.clear();
     state_ = State::GCStarted;
     if (structureHandler_ != nullptr) {
         structureHandler_->startStream(0);
@@ -315,7 +306,7 @@ inline bool MXFGCSplitter::startEssence(const KLVKey& key, std::uint64_t length)
         return false;
     }
     require(isRunning(), "expected individual item");
-    const MXFGCEssenceKind kind = kindOf(key);
+    const MXFGCEssenceKind kind = knownKinds_.kindOf(key, [this](const KLVKey& k) { return classify(k); });
     if (kind == MXFGCEssenceKind::None) {
         invalidKeys_.report(errorHandler_, findings::invalidGCEssenceElement, key);
         return false;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
 #include "mxf/essence/MXFKeyReporter.h"
+#include "mxf/essence/detail/MXFGCKnownKinds.h"
 #include "util/Api.h"
 
 class ErrorHandler;
@@ -92,17 +92,11 @@ protected:
     virtual bool allowsSecondKind() const;
 
 private:
-    struct KnownKind {
-        KLVKey key;
-        MXFGCEssenceKind kind = MXFGCEssenceKind::None;
-        bool isKnown = false;
-    };
     enum class State : std::uint8_t { GCBeforeStart, GCStarted, GCInSystemItem, GCEssenceOnly, GCEssenceAfterSystem };
     /// How the value of the element being read is delivered.
     enum class Delivery : std::uint8_t { None, System, FirstChunk, Chunks, CallersBuffer, OwnBuffer, InPlace };
 
     MXFGCEssenceKind classify(const KLVKey& key) const;
-    MXFGCEssenceKind kindOf(const KLVKey& key);
     void startElement(const KLVKey& key);
     void tellOfElement();
     void passLengthForm();
@@ -138,7 +132,7 @@ private:
     KLVKey key_;
     bool inElement_ = false;
     MXFGCEssenceKind kind_ = MXFGCEssenceKind::None;
-    std::array<KnownKind, 32> knownKinds_; ///< of keys that came last
+    mxfutil::detail::MXFGCKnownKinds knownKinds_;
     Delivery delivery_ = Delivery::None;
     std::uint8_t* callersBuffer_ = nullptr;
     std::uint64_t callersSize_ = 0;

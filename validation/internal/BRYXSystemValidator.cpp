@@ -38,7 +38,7 @@ BRYXSystemValidator::~BRYXSystemValidator() = default;
 void BRYXSystemValidator::startStream(std::uint64_t kagSize) {
     const std::uint32_t bodySID = cross_.bodySID();
     container_ = containers_.size() < maxKept || containers_.count(bodySID) != 0 ? &containers_[bodySID] : nullptr;
-    knownKeys_ = {};
+    knownKinds_.clear();
     MXFGCStructureFilter::startStream(kagSize);
 }
 
@@ -55,21 +55,17 @@ void BRYXSystemValidator::startContentPackage() {
     MXFGCStructureFilter::startContentPackage();
 }
 
-/// Tells of the key, too, when it comes for the first time.
-MXFGCEssenceKind BRYXSystemValidator::kindOf(const KLVKey& key) {
-    // The few keys of a content package come again and again.
-    KnownKey& known = knownKeys_[(key[12] + std::size_t{key[15]}) % knownKeys_.size()];
-    if (!known.isKnown || known.key != key) {
-        known = {key, mxfutil::gcEssenceKind(key), true};
-        if (known.kind != MXFGCEssenceKind::None || !mxfutil::isGCSystemElement(key)) {
-            cross_.element(key);
-        }
+/// Tells of a key that comes for the first time, or again after others.
+MXFGCEssenceKind BRYXSystemValidator::classify(const KLVKey& key) {
+    const MXFGCEssenceKind kind = mxfutil::gcEssenceKind(key);
+    if (kind != MXFGCEssenceKind::None || !mxfutil::isGCSystemElement(key)) {
+        cross_.element(key);
     }
-    return known.kind;
+    return kind;
 }
 
 void BRYXSystemValidator::startElement(const KLVKey& key) {
-    const MXFGCEssenceKind kind = kindOf(key);
+    const MXFGCEssenceKind kind = knownKinds_.kindOf(key, [this](const KLVKey& k) { return classify(k); });
     // Keys of private kinds need not hold a count.
     if (kind != MXFGCEssenceKind::None && elements_[indexOf(kind)]++ == 0) {
         announced_[indexOf(kind)] = key[13];

@@ -7,10 +7,10 @@
 
 #include <boost/optional.hpp>
 
-#include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCStructureFilter.h"
 #include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
+#include "mxf/essence/detail/MXFGCKnownKinds.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
 class TimecodeCalculator;
@@ -45,13 +45,6 @@ public:
 
 private:
     static constexpr std::size_t kinds = 4; ///< of essence
-
-    /// A key of the body that is being read, and what it stands for.
-    struct KnownKey {
-        KLVKey key;
-        MXFGCEssenceKind kind = MXFGCEssenceKind::None;
-        bool isKnown = false;
-    };
     /// What the content packages of one essence container have had so far.
     struct Container {
         bool miscountsElements = false; ///< reported
@@ -63,7 +56,7 @@ private:
 
     void checkPack(const MXFSystemMetadataPack& pack) const;
     void checkTimecode(const MXFSystemMetadataPack& pack);
-    MXFGCEssenceKind kindOf(const KLVKey& key);
+    MXFGCEssenceKind classify(const KLVKey& key);
     void checkBitmap();
     void checkCounts();
     void reportCount(std::size_t kind);
@@ -85,7 +78,7 @@ private:
     std::array<unsigned, kinds> announced_{};      ///< by the keys of the first
     std::array<std::uint64_t, kinds> positions_{}; ///< of the first, where there are any
 
-    std::array<KnownKey, 32> knownKeys_; ///< those that came last
+    mxfutil::detail::MXFGCKnownKinds knownKinds_; ///< of the body that is being read
 
     std::unique_ptr<TimecodeCalculator> calculator_;
     std::uint8_t calculatorRate_ = 0;
