@@ -15,7 +15,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
-#include "mxf/structure/MXFIndexCalculator.h"
+#include "mxf/index/MXFIndexCalculator.h"
 
 namespace {
 

@@ -31,7 +31,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "mxf/structure/MXFIndexCalculator.h"
+#include "mxf/index/MXFIndexCalculator.h"
 #include "sdk/BRYX.h"
 #include "util/byte_order.h"
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Inspection.h"
-#include "mxf/structure/MXFLabelNames.h"
+#include "mxf/metadata/model/MXFLabelNames.h"
 #include "util/hex.h"
 
 /// Prints rows of text in columns that are as wide as their widest cell.

@@ -4,7 +4,7 @@
 
 #include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
-#include "mxf/structure/MXFIndexCoder.h"
+#include "mxf/index/MXFIndexCoder.h"
 #include "support/KLVOctets.h"
 #include "support/Octets.h"
 

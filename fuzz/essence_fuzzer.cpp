@@ -19,9 +19,9 @@
 #include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/essence/MXFSDTICPSystemCoder.h"
 #include "mxf/essence/MXFSDTICPSystemParser.h"
-#include "mxf/structure/MXFIndexCalculator.h"
-#include "mxf/structure/MXFIndexCoder.h"
-#include "mxf/structure/MXFIndexParser.h"
+#include "mxf/index/MXFIndexCalculator.h"
+#include "mxf/index/MXFIndexCoder.h"
+#include "mxf/index/MXFIndexParser.h"
 #include "support/KLVOctets.h"
 #include "util/assertion_failure.h"
 

@@ -12,7 +12,7 @@
 #include "Taker.h"
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFReader.h"
-#include "mxf/structure/MXFIndexParser.h"
+#include "mxf/index/MXFIndexParser.h"
 #include "sdk/BRYXMetadataParser.h"
 #include "sdk/BRYXSystemParser.h"
 #include "support/Streams.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "mxf/metadata/parsing/MXFMetadataFamilies.h"
+#include "mxf/metadata/factories/MXFMetadataFamilies.h"
 #include "util/Api.h"
 
 /// The factory of all sets that the library knows. A copy has factories of its own.

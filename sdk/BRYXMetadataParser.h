@@ -1,8 +1,8 @@
 #pragma once
 
+#include "mxf/metadata/model/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "util/Api.h"
 

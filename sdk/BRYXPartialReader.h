@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "klv/ErrorHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataFactory.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
+#include "mxf/metadata/factories/MXFMetadataFactory.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/structure/MXFStructureHandler.h"
 #include "util/Api.h"
 

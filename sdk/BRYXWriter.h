@@ -8,8 +8,8 @@
 
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/structure/MXFIndexTableSegment.h"
+#include "mxf/index/MXFIndexTableSegment.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/structure/MXFPartitionPack.h"
 #include "util/Api.h"
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "mxf/essence/MXFGCKeys.h"
-#include "mxf/structure/MXFIndexCoder.h"
+#include "mxf/index/MXFIndexCoder.h"
 #include "util/assertion_failure.h"
 
 namespace {

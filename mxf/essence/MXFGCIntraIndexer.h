@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "mxf/essence/MXFGCIndexer.h"
-#include "mxf/structure/MXFIndexTableSegment.h"
+#include "mxf/index/MXFIndexTableSegment.h"
 #include "util/Api.h"
 
 /// Makes an index table while a Generic Container is written: an entry for each content package. Each picture is taken to

@@ -9,11 +9,11 @@
 #include "klv/VerifyingKLVHandler.h"
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFReader.h"
+#include "mxf/index/MXFIndexCalculator.h"
+#include "mxf/index/MXFIndexParser.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
-#include "mxf/structure/MXFIndexCalculator.h"
-#include "mxf/structure/MXFIndexParser.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "mxf/engines/MXFReader.h"
 #include "mxf/essence/DullMXFGCStructureHandler.h"
-#include "mxf/structure/MXFIndexParser.h"
+#include "mxf/index/MXFIndexParser.h"
 #include "sdk/BRYXSystemParser.h"
 #include "sdk/internal/BRYXMetadataChain.h"
 #include "util/assertion_failure.h"

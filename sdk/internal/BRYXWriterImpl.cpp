@@ -5,9 +5,9 @@
 
 #include "klv/DullKLVHandler.h"
 #include "klv/KLVMonitor.h"
+#include "mxf/index/MXFIndexCoder.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
-#include "mxf/structure/MXFIndexCoder.h"
 #include "mxf/structure/MXFStructureCoder.h"
 #include "sdk/internal/BRYXFileVerifier.h"
 #include "util/assertion_failure.h"

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "mxf/engines/MXFReader.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
 

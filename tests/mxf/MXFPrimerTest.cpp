@@ -4,7 +4,7 @@
 
 #include "klv/GenericKLVReader.h"
 #include "klv/KLVMonitor.h"
-#include "mxf/structure/MXFLabelNames.h"
+#include "mxf/metadata/model/MXFLabelNames.h"
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "support/Octets.h"

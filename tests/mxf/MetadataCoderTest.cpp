@@ -3,7 +3,7 @@
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
-#include "mxf/metadata/parsing/MXFSetFactory.h"
+#include "mxf/metadata/factories/MXFSetFactory.h"
 #include "support/BuiltModel.h"
 #include "support/Failure.h"
 #include "support/Models.h"

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "mxf/metadata/factories/MXFSetFactory.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "mxf/metadata/model/MetadataObject.h"
-#include "mxf/metadata/parsing/MXFSetFactory.h"
 #include "support/Failure.h"
 #include "support/Octets.h"
 

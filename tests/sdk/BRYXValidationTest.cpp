@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mxf/structure/MXFIndexCoder.h"
+#include "mxf/index/MXFIndexCoder.h"
 #include "support/GoodClip.h"
 #include "support/KLVOctets.h"
 

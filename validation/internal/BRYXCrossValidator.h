@@ -10,8 +10,8 @@
 
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
+#include "mxf/index/MXFIndexTableSegment.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
-#include "mxf/structure/MXFIndexTableSegment.h"
 #include "validation/internal/BRYXValidator.h"
 
 /// What header metadata says about the rest of the file. Positions are those of sets.

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
 /// Checks index table segments, each by itself and all of a table together, and passes them on. MXFIndexParser has

@@ -4,8 +4,8 @@
 #include <map>
 #include <set>
 
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
 class Preface;

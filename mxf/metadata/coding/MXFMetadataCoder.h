@@ -4,7 +4,7 @@
 #include <map>
 
 #include "klv/KLVHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "util/Api.h"
 
 /// Codes primed sets as local sets, with the tags of a primer that stands nowhere in the stream: as sets outside the

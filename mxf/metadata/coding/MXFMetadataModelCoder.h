@@ -4,9 +4,9 @@
 #include <map>
 #include <vector>
 
-#include "mxf/metadata/parsing/MXFMetadataFactory.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/factories/MXFMetadataFactory.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "util/Api.h"
 
 /// Makes a primer and primed sets of a model, the reverse of MXFMetadataModelParser: has a factory code each set, and

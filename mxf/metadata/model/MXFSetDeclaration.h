@@ -41,7 +41,7 @@
 /// was missing where the set was read is that of a new set, and is not coded until it is set; one that could not be read
 /// is coded as it was. A required reference without a target cannot be coded.
 ///
-/// An application adds sets of its own in the same way. Then mxf/metadata/parsing/MXFSetFactory.h must be included
+/// An application adds sets of its own in the same way. Then mxf/metadata/factories/MXFSetFactory.h must be included
 /// where such sets are made, and an MXFMetadataModelFactory lists their factories.
 
 template <class Set, bool concrete = Set::isConcrete>
@@ -50,7 +50,7 @@ class MXFSetDescription;
 
 namespace mxfutil {
 
-/// The description of a class of sets, which the library holds for its own, and mxf/metadata/parsing/MXFSetFactory.h
+/// The description of a class of sets, which the library holds for its own, and mxf/metadata/factories/MXFSetFactory.h
 /// makes for others.
 template <class Set>
 BRYX_API const MXFSetDescription& describeSet();

@@ -7,7 +7,7 @@
 #include "mxf/metadata/descriptive/GenericStreamTextBasedSet.h"
 #include "mxf/metadata/descriptive/UTF16TextBasedSet.h"
 #include "mxf/metadata/descriptive/UTF8TextBasedSet.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "util/internal/octets.h"

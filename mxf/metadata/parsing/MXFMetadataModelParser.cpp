@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "klv/ValueCoding.h"
-#include "mxf/metadata/parsing/MXFMetadataFindings.h"
+#include "mxf/metadata/factories/MXFMetadataFindings.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;

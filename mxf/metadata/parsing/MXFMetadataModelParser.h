@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "klv/Finding.h"
-#include "mxf/metadata/parsing/MXFMetadataFactory.h"
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/factories/MXFMetadataFactory.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "util/Api.h"
 
 class ErrorHandler;

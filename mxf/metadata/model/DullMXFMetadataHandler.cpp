@@ -1,4 +1,4 @@
-#include "mxf/metadata/parsing/DullMXFMetadataHandler.h"
+#include "mxf/metadata/model/DullMXFMetadataHandler.h"
 
 DullMXFMetadataHandler::~DullMXFMetadataHandler() = default;
 

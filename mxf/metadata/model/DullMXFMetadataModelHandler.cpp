@@ -1,4 +1,4 @@
-#include "mxf/metadata/parsing/DullMXFMetadataModelHandler.h"
+#include "mxf/metadata/model/DullMXFMetadataModelHandler.h"
 
 DullMXFMetadataModelHandler::~DullMXFMetadataModelHandler() = default;
 

@@ -1,9 +1,9 @@
-#include "mxf/metadata/parsing/MXFMetadataFamilies.h"
+#include "mxf/metadata/factories/MXFMetadataFamilies.h"
 
 #include <typeinfo>
 
 #include "mxf/metadata/MXFMetadataSets.h"
-#include "mxf/metadata/parsing/MXFSetFactory.h"
+#include "mxf/metadata/factories/MXFSetFactory.h"
 
 // The classes of each family, in the order in which their factories are asked. To add a class, add it here.
 

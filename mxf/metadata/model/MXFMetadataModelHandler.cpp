@@ -1,3 +1,3 @@
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 
 MXFMetadataModelHandler::~MXFMetadataModelHandler() = default;

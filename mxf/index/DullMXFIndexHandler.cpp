@@ -1,4 +1,4 @@
-#include "mxf/structure/DullMXFIndexHandler.h"
+#include "mxf/index/DullMXFIndexHandler.h"
 
 DullMXFIndexHandler::~DullMXFIndexHandler() = default;
 

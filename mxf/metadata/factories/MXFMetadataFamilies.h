@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "mxf/metadata/parsing/MXFMetadataModelFactory.h"
+#include "mxf/metadata/factories/MXFMetadataModelFactory.h"
 #include "util/Api.h"
 
 /// @file

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "klv/KLVHandler.h"
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 #include "util/Api.h"
 
 /// Codes index table segments as local sets (ST 377-1), the reverse of MXFIndexParser.

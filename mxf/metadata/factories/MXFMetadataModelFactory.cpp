@@ -1,9 +1,9 @@
-#include "mxf/metadata/parsing/MXFMetadataModelFactory.h"
+#include "mxf/metadata/factories/MXFMetadataModelFactory.h"
 
 #include <utility>
 
 #include "klv/ValueCoding.h"
-#include "mxf/metadata/parsing/MXFMetadataFindings.h"
+#include "mxf/metadata/factories/MXFMetadataFindings.h"
 #include "util/assertion_failure.h"
 
 MXFMetadataModelFactory::MXFMetadataModelFactory() = default;

@@ -1,9 +1,9 @@
-#include "mxf/structure/MXFIndexParser.h"
+#include "mxf/index/MXFIndexParser.h"
 
 #include <algorithm>
 #include <stdexcept>
 
-#include "mxf/structure/MXFIndexFindings.h"
+#include "mxf/index/MXFIndexFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
 
 namespace findings = mxfutil::findings;

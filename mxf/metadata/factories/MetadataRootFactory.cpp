@@ -1,10 +1,10 @@
-#include "mxf/metadata/parsing/MetadataRootFactory.h"
+#include "mxf/metadata/factories/MetadataRootFactory.h"
 
 #include <new>
 
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
-#include "mxf/metadata/parsing/MXFMetadataFindings.h"
+#include "mxf/metadata/factories/MXFMetadataFindings.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "util/Api.h"
 
 /// Wants no set, and does nothing at each call. Derive from it to do something at some of them.

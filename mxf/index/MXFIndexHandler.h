@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mxf/structure/MXFIndexTableSegment.h"
+#include "mxf/index/MXFIndexTableSegment.h"
 #include "util/Api.h"
 
 /// Receives index tables: for each partition that has one, startIndex, the segments in their order, endIndex. Whoever

@@ -1,4 +1,4 @@
-#include "mxf/metadata/parsing/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataHandler.h"
 
 MXFMetadataHandler::~MXFMetadataHandler() = default;
 

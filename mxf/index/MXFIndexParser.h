@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "util/Api.h"
 

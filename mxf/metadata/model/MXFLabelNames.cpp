@@ -1,4 +1,4 @@
-#include "mxf/structure/MXFLabelNames.h"
+#include "mxf/metadata/model/MXFLabelNames.h"
 
 #include <algorithm>
 #include <cstdint>

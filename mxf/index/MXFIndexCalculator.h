@@ -10,7 +10,7 @@
 
 #include <boost/optional.hpp>
 
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 #include "util/Api.h"
 
 /// Answers where edit units stand in an essence container, from the segments of its index table (ST 377-1).

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 #include "util/Api.h"
 
 /// Does nothing at each call. Derive from it to do something at some of them.

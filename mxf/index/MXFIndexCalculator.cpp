@@ -1,4 +1,4 @@
-#include "mxf/structure/MXFIndexCalculator.h"
+#include "mxf/index/MXFIndexCalculator.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,3 +1,3 @@
-#include "mxf/structure/MXFIndexHandler.h"
+#include "mxf/index/MXFIndexHandler.h"
 
 MXFIndexHandler::~MXFIndexHandler() = default;

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "klv/ValueCoding.h"
+#include "mxf/metadata/factories/MetadataRootFactory.h"
 #include "mxf/metadata/model/MXFSetDescription.h"
-#include "mxf/metadata/parsing/MetadataRootFactory.h"
 #include "util/assertion_failure.h"
 
 /// @file

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mxf/metadata/parsing/DullMXFMetadataHandler.h"
-#include "mxf/metadata/parsing/MXFMetadataModelHandler.h"
+#include "mxf/metadata/model/DullMXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 
 /// Does nothing, and wants no set. Derive from it and override model(): whoever reads header metadata for a handler that is
 /// an MXFMetadataModelHandler as well, as BRYXReader does, makes the models.

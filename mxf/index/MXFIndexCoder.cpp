@@ -1,4 +1,4 @@
-#include "mxf/structure/MXFIndexCoder.h"
+#include "mxf/index/MXFIndexCoder.h"
 
 #include <utility>
 

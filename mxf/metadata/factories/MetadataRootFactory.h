@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "mxf/metadata/parsing/MXFMetadataFactory.h"
+#include "mxf/metadata/factories/MXFMetadataFactory.h"
 #include "util/Api.h"
 
 /// The base of the factories of single classes. Its own part are the instance UID and the dark properties.

@@ -1,4 +1,4 @@
-#include "mxf/structure/MXFIndexTableSegment.h"
+#include "mxf/index/MXFIndexTableSegment.h"
 
 #include <stdexcept>
 

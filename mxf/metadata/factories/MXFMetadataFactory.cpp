@@ -1,0 +1,3 @@
+#include "mxf/metadata/factories/MXFMetadataFactory.h"
+
+MXFMetadataFactory::~MXFMetadataFactory() = default;

@@ -1,3 +1,0 @@
-#include "mxf/metadata/parsing/MXFMetadataFactory.h"
-
-MXFMetadataFactory::~MXFMetadataFactory() = default;
