@@ -255,8 +255,8 @@ def main():
     parser.add_argument("--growth", action="store_true")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    folders = {"work": "benchmarks/bryx_work", "measure": "benchmarks/bryx_measure", "extract": "examples/extract",
-               "inspect": "examples/inspect", "rewrap": "examples/rewrap"}
+    folders = {"work": "benchmarks/bryx_work", "measure": "benchmarks/bryx_measure", "extract": "tools/extract",
+               "inspect": "tools/inspect", "rewrap": "tools/rewrap"}
     programs = types.SimpleNamespace(**{name: os.path.join(options.build, path) for name, path in folders.items()})
     if not HAS_FFMPEG:
         print("ffmpeg is not there: the files that it makes are left out, and what it takes")

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs a build of the library and uses it as outside projects do: by CMake, by pkg-config and with the examples.
+# Installs a build of the library and uses it as outside projects do: by CMake, by pkg-config, with the tools and the examples.
 # usage: run.sh BUILD_DIR
 set -euo pipefail
 . "$(dirname "$0")/outside.sh"
@@ -15,8 +15,10 @@ mkdir -p "$work"
 cmake --install "$build" --prefix "$work/staging" >/dev/null
 mv "$work/staging" "$work/prefix"
 
-echo "== the examples as a project of their own"
-configure_and_build "$work/prefix" "$here/../../examples" "$work/examples"
-"$work/examples/make_clip" "$sample" 12
+for folder in tools examples; do
+    echo "== the $folder as a project of their own"
+    configure_and_build "$work/prefix" "$here/../../$folder" "$work/$folder"
+done
+"$work/tools/make_clip" "$sample" 12
 
 use "$work/prefix"

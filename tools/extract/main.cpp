@@ -18,8 +18,6 @@
 #include <system_error>
 #include <vector>
 
-#include "InputFile.h"
-#include "ProgressBar.h"
 #include "klv/ErrorHandler.h"
 #include "klv/Locator.h"
 #include "mxf/engines/MXFReader.h"
@@ -27,6 +25,8 @@
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "sdk/BRYXEssenceSplitter.h"
+#include "shared/InputFile.h"
+#include "shared/ProgressBar.h"
 #include "util/byte_order.h"
 
 namespace {

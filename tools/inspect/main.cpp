@@ -17,13 +17,13 @@
 
 #include <boost/program_options.hpp>
 
-#include "InputFile.h"
-#include "Inspection.h"
-#include "InspectionHtml.h"
-#include "InspectionJson.h"
-#include "InspectionText.h"
-#include "ProgressBar.h"
+#include "inspect/Inspection.h"
+#include "inspect/InspectionHtml.h"
+#include "inspect/InspectionJson.h"
+#include "inspect/InspectionText.h"
 #include "sdk/BRYX.h"
+#include "shared/InputFile.h"
+#include "shared/ProgressBar.h"
 
 namespace {
 

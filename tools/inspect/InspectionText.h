@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Inspection.h"
+#include "inspect/Inspection.h"
 #include "mxf/metadata/model/MXFLabelNames.h"
 #include "util/hex.h"
 

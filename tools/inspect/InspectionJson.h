@@ -8,7 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Inspection.h"
+#include "inspect/Inspection.h"
 
 inline const char* jsonName(MXFPartitionStatus status) {
     switch (status) {

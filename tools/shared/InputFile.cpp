@@ -1,16 +1,11 @@
-#pragma once
+#include "shared/InputFile.h"
 
 #include <cerrno>
-#include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <optional>
-#include <string>
 #include <system_error>
 
-/// The size of a file in octets, or none if it is something that cannot seek, such as a pipe.
-inline std::optional<std::uint64_t> sizeOf(std::istream& file) {
+std::optional<std::uint64_t> sizeOf(std::istream& file) {
     const std::streamoff size = file.seekg(0, std::ios::end).tellg();
     file.clear();
     if (size < 0) {
@@ -20,8 +15,7 @@ inline std::optional<std::uint64_t> sizeOf(std::istream& file) {
     return static_cast<std::uint64_t>(size);
 }
 
-/// Opens @p name and tells on standard error if that is not possible.
-inline bool openInput(std::ifstream& file, const std::string& name, const char* program) {
+bool openInput(std::ifstream& file, const std::string& name, const char* program) {
     std::error_code reason;
     if (std::filesystem::is_directory(name, reason)) {
         reason = std::make_error_code(std::errc::is_a_directory);

@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "ProgressBar.h"
 #include "klv/DullKLVHandler.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "sdk/BRYX.h"
+#include "shared/ProgressBar.h"
 
 /// @file
 /// The handlers through which inspect learns what a file holds. Each keeps what the report needs and no more: however

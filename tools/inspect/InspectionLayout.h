@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "Inspection.h"
+#include "inspect/Inspection.h"
 #include "klv/DullKLVHandler.h"
 #include "klv/GenericKLVReader.h"
 #include "klv/Locator.h"

@@ -23,10 +23,10 @@
 #include <utility>
 #include <vector>
 
-#include "Inspection.h"
-#include "InspectionHtmlAssets.h"
-#include "InspectionLayout.h"
-#include "InspectionText.h"
+#include "inspect/Inspection.h"
+#include "inspect/InspectionHtmlAssets.h"
+#include "inspect/InspectionLayout.h"
+#include "inspect/InspectionText.h"
 #include "mxf/metadata/descriptors/PictureDescriptor.h"
 #include "mxf/metadata/descriptors/SoundDescriptor.h"
 #include "mxf/metadata/structural/MaterialPackage.h"

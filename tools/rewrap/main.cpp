@@ -27,8 +27,6 @@
 
 #include <boost/program_options.hpp>
 
-#include "InputFile.h"
-#include "ProgressBar.h"
 #include "klv/DullErrorHandler.h"
 #include "klv/DullKLVHandler.h"
 #include "klv/KLVFilter.h"
@@ -50,6 +48,8 @@
 #include "sdk/BRYXMetadataFactory.h"
 #include "sdk/BRYXMetadataParser.h"
 #include "sdk/BRYXWriter.h"
+#include "shared/InputFile.h"
+#include "shared/ProgressBar.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
