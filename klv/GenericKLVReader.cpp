@@ -3,8 +3,8 @@
 #include "klv/KLVFillItemKeyFilter.h"
 #include "klv/KLVMonitor.h"
 #include "klv/KLVTeller.h"
-#include "klv/internal/KLVElement.h"
 #include "klv/internal/KLVInput.h"
+#include "klv/internal/KLVWalk.h"
 #include "klv/internal/ReportedStream.h"
 #include "util/assertion_failure.h"
 
