@@ -4,7 +4,6 @@
 #include <set>
 
 #include "mxf/essence/MXFGCKeys.h"
-#include "validation/internal/BRYXIndexValidator.h"
 #include "validation/internal/BRYXRates.h"
 
 namespace checks = BRYXCrossChecks;
@@ -273,8 +272,8 @@ void BRYXCrossValidator::checkEssence() const {
 }
 
 void BRYXCrossValidator::endStructure() {
-    if (indexValidator_ != nullptr) {
-        checkIndexTables(indexValidator_->endFile());
+    if (indexSummarizer_ != nullptr) {
+        checkIndexTables(indexSummarizer_->endFile());
     }
     if (metadata_) {
         if (expectsElements_) {

@@ -12,52 +12,8 @@
 #include "klv/KLVValueTypes.h"
 #include "mxf/index/MXFIndexTableSegment.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
+#include "validation/internal/BRYXSummaries.h"
 #include "validation/internal/BRYXValidator.h"
-
-/// What header metadata says about the rest of the file. Positions are those of sets.
-struct BRYXMetadataSummary {
-    /// A track of a file package with essence in the file.
-    struct Track {
-        std::uint32_t number;
-        Rational editRate;
-        std::int64_t duration; ///< negative if it is not known
-        std::uint64_t position;
-    };
-    /// An EssenceContainerData set.
-    struct Container {
-        std::uint32_t bodySID = 0;
-        std::uint32_t indexSID = 0;
-        std::uint64_t position = 0;
-        bool isSparse = false;   ///< whether parts of the index table may be missing
-        bool hasPackage = false; ///< whether the file package that it names is there
-        std::vector<Track> tracks;
-        boost::optional<Rational> sampleRate; ///< of the file package's descriptor
-        boost::optional<KLVKey> label;        ///< of the essence container, by that descriptor
-    };
-
-    std::uint64_t position = 0; ///< of the Preface
-    KLVKey operationalPattern;
-    std::vector<KLVKey> essenceContainers;
-    boost::optional<bool> ripPresent;
-    std::vector<Container> containers;
-};
-
-/// An index table, as far as it matters to the rest of the file.
-struct BRYXIndexSummary {
-    std::uint64_t position = 0; ///< of its first segment
-    Rational editRate;
-    std::int64_t start = 0;
-    std::int64_t end = 0;
-    bool isEndless = false;          ///< goes on to the end of the essence
-    bool isWhole = true;             ///< whether all segments have been looked at
-    std::uint64_t reach = 0;         ///< octets of the essence container that it needs to be there, at least
-    std::uint64_t reachPosition = 0; ///< of the segment that tells so
-};
-
-/// The index tables of a file, by index SID and body SID.
-using BRYXIndexSummaries = std::map<std::pair<std::uint32_t, std::uint32_t>, BRYXIndexSummary>;
-
-class BRYXIndexValidator;
 
 /// Holds against one another what is found in the parts of a file: most of it when the file ends. It gets the structure
 /// from the structure validator; where nobody wants that, from the engine.
@@ -94,8 +50,8 @@ public:
     // By the index validator.
 
     void segment(const MXFIndexTableSegment& segment) const;
-    /// @param validator not owned; has the index tables summed up when the file ends
-    void setIndexValidator(BRYXIndexValidator& validator) { indexValidator_ = &validator; }
+    /// @param summarizer not owned; has the index tables summed up when the file ends
+    void setIndexSummarizer(BRYXIndexSummarizer& summarizer) { indexSummarizer_ = &summarizer; }
     /// Whether header metadata says that parts of the index table with @p indexSID may be missing.
     bool isSparse(std::uint32_t indexSID) const;
 
@@ -148,6 +104,6 @@ private:
     std::map<std::uint32_t, Essence> essence_; ///< by body SID
     Essence* current_ = nullptr;               ///< of the current partition, if it has had any
     Essence notKept_;                          ///< of those beyond maxKept
-    BRYXIndexValidator* indexValidator_ = nullptr;
+    BRYXIndexSummarizer* indexSummarizer_ = nullptr;
     bool expectsElements_ = false;
 };

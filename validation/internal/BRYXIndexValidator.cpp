@@ -107,7 +107,7 @@ private:
 
 BRYXIndexValidator::BRYXIndexValidator(MXFIndexHandler& next, BRYXCrossValidator& cross, BRYXValidationMode::Enum mode)
     : BRYXValidator(mode), next_(next), cross_(cross) {
-    cross_.setIndexValidator(*this);
+    cross_.setIndexSummarizer(*this);
 }
 
 void BRYXIndexValidator::startIndex() {

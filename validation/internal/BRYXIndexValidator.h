@@ -11,7 +11,7 @@
 
 /// Checks index table segments, each by itself and all of a table together, and passes them on. MXFIndexParser has
 /// checked before whether durations and counts fit the arrays.
-class BRYXIndexValidator final : public MXFIndexHandler, public BRYXValidator {
+class BRYXIndexValidator final : public MXFIndexHandler, public BRYXValidator, public BRYXIndexSummarizer {
 public:
     /// @param next not owned, as @p cross
     BRYXIndexValidator(MXFIndexHandler& next, BRYXCrossValidator& cross, BRYXValidationMode::Enum mode);
@@ -20,8 +20,7 @@ public:
     void endIndex() override;
     void indexTableSegment(const MXFIndexTableSegment& segment) override;
 
-    /// All segments have come: checks what each table says as a whole, and sums it up.
-    const BRYXIndexSummaries& endFile();
+    const BRYXIndexSummaries& endFile() override;
 
 private:
     /// What is kept of a segment. Its edit units end where @p end says, unless it goes on to the end of the essence.

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "mxf/metadata/structural/Preface.h"
-#include "validation/internal/BRYXCrossValidator.h"
 #include "validation/internal/BRYXModelChecker.h"
+#include "validation/internal/BRYXSummaries.h"
 
 class Sequence;
 class SourceClip;
