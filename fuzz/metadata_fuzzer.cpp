@@ -7,6 +7,7 @@
 
 #include "Expect.h"
 #include "klv/parse_error.h"
+#include "mxf/metadata/model/MXFOrderHint.h"
 #include "support/Models.h"
 #include "util/assertion_failure.h"
 

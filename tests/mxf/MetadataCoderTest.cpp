@@ -4,6 +4,7 @@
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
 #include "mxf/metadata/factories/MXFSetFactory.h"
+#include "mxf/metadata/model/MXFOrderHint.h"
 #include "support/BuiltModel.h"
 #include "support/Failure.h"
 #include "support/Models.h"

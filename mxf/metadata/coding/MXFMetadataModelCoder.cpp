@@ -6,6 +6,7 @@
 #include <typeinfo>
 
 #include "klv/ValueCoding.h"
+#include "mxf/metadata/model/MXFOrderHint.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "util/assertion_failure.h"
 
@@ -75,12 +76,6 @@ void removePrivateProperties(MXFPrimedSet& set) {
 }
 
 } // namespace
-
-bool mxfutil::isPrivateLabel(const KLVKey& label) noexcept {
-    KLVKey family = label;
-    family[10] = family[11] = 0;
-    return family == klvutil::key("9cef38e7.d80425c1.c3d20000.9cad11e0");
-}
 
 MXFMetadataModelHandler::Model mxfutil::rootAlone(const MXFMetadataModelHandler::Model& model,
                                                   MXFMetadataModelHandler::Model* leftOut) {

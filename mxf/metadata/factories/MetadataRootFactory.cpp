@@ -3,8 +3,8 @@
 #include <new>
 
 #include "klv/ValueCoding.h"
-#include "mxf/metadata/coding/MXFMetadataModelCoder.h"
 #include "mxf/metadata/factories/MXFMetadataFindings.h"
+#include "mxf/metadata/model/MXFOrderHint.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;
