@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 
-#if defined(_WIN32)
+#if defined(BRYX_FIXED_UUIDS)
+#    include <atomic>
+#elif defined(_WIN32)
 #    include <rpc.h>
 #else
 #    include <pthread.h>
@@ -16,7 +18,18 @@
 
 namespace util {
 
-#if defined(_WIN32)
+#if defined(BRYX_FIXED_UUIDS)
+
+uuid freshUUID() {
+    static std::atomic<std::uint64_t> count{0};
+    uuid result;
+    // Version 4 and the variant of RFC 4122, then a number in place of randomness.
+    storeBigEndian(&result.octets[0], 0x4000, 8);
+    storeBigEndian(&result.octets[8], std::uint64_t{0x80} << 56U | ++count, 8);
+    return result;
+}
+
+#elif defined(_WIN32)
 
 uuid freshUUID() {
     UUID made;
