@@ -1,7 +1,7 @@
 #include "sdk/BRYXVersion.h"
 
 MXFProductVersion getBRYXToolkitVersion() {
-    return {4, 15, 0, 143, MXFProductVersion::Release::Released};
+    return {BRYX_VERSION, MXFProductVersion::Release::Released};
 }
 
 std::wstring getBRYXPlatform() {

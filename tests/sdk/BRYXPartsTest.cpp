@@ -94,6 +94,9 @@ TEST(BRYXSystemParser, TellsTheSchemesApart) {
     EXPECT_FALSE(parser.wantsSystemElement(mxfutil::sdtiCPSystemMetadataKey));
     parser.localSet(mxfutil::pdProxySetKey, {});
     EXPECT_EQ(receiver.proxies, 1);
-    EXPECT_EQ(getBRYXToolkitVersion().build, 143);
+}
+
+TEST(BRYXVersion, IsWhatFilesSayOfTheirWriter) {
+    EXPECT_EQ(getBRYXToolkitVersion(), (MXFProductVersion{4, 15, 0, 143, MXFProductVersion::Release::Released}));
     EXPECT_EQ(getBRYXPlatform(), L"Bryxsuite (Win32)");
 }

@@ -40,7 +40,7 @@ inline std::shared_ptr<Preface> builtModel() {
     preface->setRIPPresent(true);
     const auto identification = Identification::create();
     identification->setCompanyName(L"Caf\u00e9 \U0001F3AC");
-    identification->setToolkitVersion({4, 15, 0, 143, MXFProductVersion::Release::Released});
+    identification->setToolkitVersion({1, 2, 3, 4, MXFProductVersion::Release::Released});
     preface->addIdentification(identification);
     const auto storage = ContentStorage::create();
     preface->setContentStorage(storage);
