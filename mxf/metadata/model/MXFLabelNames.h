@@ -6,7 +6,7 @@
 namespace mxfutil {
 
 /// The name that the register of labels (ST 400) has for @p label, of whatever version, or null if it is not known
-/// here. Left out are the variants of labels for single streams of a multiplex, save the first.
+/// here. Left out are labels of custom wrappings and the variants for single streams of a multiplex, except the first.
 BRYX_API const char* labelName(const KLVKey& label) noexcept;
 
 } // namespace mxfutil
