@@ -123,6 +123,34 @@ TEST(KLVWriter, RefusesMisuse) {
     EXPECT_EQ(failure([&] { writer.startLocalItem(1, 65536); }), "correct local item type and length");
     EXPECT_EQ(failure([&] { writer.value(nullptr, std::uint64_t{1} << 63U); }), "valid streamsize");
 
+    // Of what is not counted as it passes, a length that is not known cannot be written, whatever field could hold it.
+    const std::uint64_t unknown = klvutil::unknownLength;
+    constexpr auto ber = KLVFieldForm::BER;
+    writer.berLengthForm(0x88);
+    output.str({});
+    EXPECT_EQ(failure([&] { writer.startUniversalSet(keys::universalSet, unknown); }), "unbuffered output is possible");
+    EXPECT_EQ(failure([&] { writer.startLocalSet(keys::localSet, unknown, KLVFieldForm::TwoOctets, ber); }),
+              "unbuffered output is possible");
+    EXPECT_EQ(failure([&] { writer.startFixedLengthPack(keys::fixedPack, unknown); }), "unbuffered output is possible");
+    EXPECT_EQ(failure([&] { writer.startVariableLengthPack(keys::variablePack, unknown, ber); }),
+              "unbuffered output is possible");
+    EXPECT_EQ(failure([&] { writer.startWrapper(keys::wrapper, unknown, KLVWrapperKind::Simple); }),
+              "unbuffered output is possible");
+    EXPECT_EQ(output.str(), "");
+    writer.startLocalSet(keys::localSet, 9, KLVFieldForm::TwoOctets, ber);
+    EXPECT_EQ(failure([&] { writer.startLocalItem(1, unknown); }), "unbuffered output is possible");
+    writer.startVariableLengthPack(keys::variablePack, 9, ber);
+    EXPECT_EQ(failure([&] { writer.startVariableLengthPackItem(unknown); }), "unbuffered output is possible");
+
+    // Tags and lengths of fixed width have their own field, which comes after the conditions of the writer.
+    writer.startLocalSet(keys::localSet, 9, KLVFieldForm::FourOctets, KLVFieldForm::FourOctets);
+    EXPECT_EQ(failure([&] { writer.startLocalItem(1, std::uint64_t{1} << 32U); }),
+              "correct local item type and length");
+    EXPECT_EQ(failure([&] { writer.startLocalItem(1, 0); }), "enough octets");
+    output.str({});
+    writer.startLocalItem(0, 0);
+    EXPECT_EQ(output.str(), std::string(8, '\0'));
+
     // A stream that cannot seek cannot be patched.
     struct NoSeeking : std::stringbuf {
         std::stringbuf::pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override {
@@ -284,6 +312,22 @@ TEST(VerifyingKLVHandler, ReadsBackWhatIsWritten) {
     verifyingPatches.endIndividualItem(keys::item);
     verifyingPatches.endStream(false);
     EXPECT_EQ(patched.str(), octets::klv(keys::item, "abc", 0x84));
+
+    // A sender need not tell a form: the writer's own is in force, until another one is told.
+    std::stringstream untold;
+    GenericKLVWriter untoldWriter(untold);
+    VerifyingKLVHandler verifyingUntold(untold, &untoldWriter);
+    verifyingUntold.startStream(true);
+    const std::uint8_t octet = 'x';
+    for (const std::uint8_t form : {std::uint8_t{0}, std::uint8_t{0x84}}) {
+        if (form != 0) {
+            verifyingUntold.berLengthForm(form);
+        }
+        verifyingUntold.startFixedLengthPack(keys::fixedPack, 1);
+        verifyingUntold.value(&octet, 1);
+        verifyingUntold.endFixedLengthPack(keys::fixedPack);
+    }
+    EXPECT_EQ(untold.str(), octets::klv(keys::fixedPack, "x") + octets::klv(keys::fixedPack, "x", 0x84));
 
     // A device that changes an octet, whichever it is, is found out; octet 7 of a key may be any.
     for (std::size_t place = 0; place < stream.size(); ++place) {
