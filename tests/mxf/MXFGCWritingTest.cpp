@@ -1,3 +1,4 @@
+#include <ctime>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -270,4 +271,84 @@ TEST(GCWriting, IndexesAtMostWhatAnArrayHolds) {
     const MXFIndexTableSegment constant = indexer.constantSegment(7000U * 25);
     EXPECT_EQ(constant.editUnitByteCount, 25U);
     EXPECT_EQ(constant.indexDuration, 7000);
+}
+
+TEST(GCWriting, IndexesManyElementsOfAPackageInTime) {
+    Engine engine;
+    MXFGCMuxer muxer(engine.writer.bodyReceiver(), engine.writer.getLocator(), engine.writer.getGrid());
+    MXFGCIntraIndexer indexer(muxer.padder(), engine.writer.getLocator());
+    muxer.setIndexer(indexer);
+    MXFGCStructureHandler& structure = muxer.structureReceiver();
+    const std::clock_t start = std::clock();
+    structure.startStream(1);
+    structure.startContentPackage();
+    for (int i = 0; i < 60000; ++i) {
+        structure.startElement(keys::picture);
+        muxer.essenceReceiver().pictureElement(keys::picture, nullptr, 0, 0);
+        structure.endElement(keys::picture);
+    }
+    structure.endContentPackage();
+    EXPECT_EQ(indexer.segment(0, 1).deltaEntryArray.back().elementDelta, 10920U * 20);
+    EXPECT_LT(std::clock() - start, 3 * CLOCKS_PER_SEC);
+}
+
+/// What a splitter would not call is refused before anything is written, and does no harm to what follows.
+TEST(GCWriting, KeepsToTheOrderOfElements) {
+    Engine engine;
+    MXFGCMuxer muxer(engine.writer.bodyReceiver(), engine.writer.getLocator(), engine.writer.getGrid());
+    MXFGCIntraIndexer indexer(muxer.padder(), engine.writer.getLocator());
+    muxer.setIndexer(indexer);
+    MXFGCStructureHandler& structure = muxer.structureReceiver();
+    const KLVKey packKey = klvutil::key("060e2b34.02050101.0d010301.04010100");
+    const auto put = [&](const KLVKey& key = keys::picture) {
+        return failure([&] { muxer.essenceReceiver().pictureElement(key, bytes("frame"), 5, 0); });
+    };
+    const auto putSystem = [&] {
+        return failure([&] { muxer.systemReceiver().fixedLengthPack(packKey, bytes("pack"), 4); });
+    };
+    const auto putSet = [&] { return failure([&] { muxer.systemReceiver().localSet(keys::localSet, {}); }); };
+    std::uint64_t size = 0;
+    std::uint8_t* buffer = nullptr;
+    const auto startChunks = [&] {
+        return failure([&] { muxer.essenceReceiver().startChunkedElement(keys::picture, 5, 0, size, buffer); });
+    };
+    const auto start = [&](const KLVKey& key) { return failure([&] { structure.startElement(key); }); };
+    const auto end = [&](const KLVKey& key) { return failure([&] { structure.endElement(key); }); };
+    const auto endPackage = [&] { return failure([&] { structure.endContentPackage(); }); };
+
+    structure.startStream(1);
+    indexer.startBody(engine.start, 0);
+    EXPECT_EQ(put(), "in element");
+    EXPECT_EQ(putSystem(), "in element");
+    EXPECT_EQ(putSet(), "in element");
+    EXPECT_EQ(startChunks(), "in element");
+    EXPECT_EQ(start(keys::picture), "in content package");
+    EXPECT_EQ(end(keys::picture), "in content package");
+    EXPECT_EQ(endPackage(), "in content package");
+    structure.startContentPackage();
+    EXPECT_EQ(failure([&] { structure.startContentPackage(); }), "not in content package");
+    EXPECT_EQ(endPackage(), "content package has elements");
+    EXPECT_EQ(end(keys::picture), "in element");
+    EXPECT_EQ(put(), "in element");
+    structure.startElement(packKey);
+    EXPECT_EQ(start(keys::picture), "complete element");
+    EXPECT_EQ(end(packKey), "complete element");
+    EXPECT_EQ(put(), "correct element key");
+    EXPECT_EQ(putSystem(), "none");
+    EXPECT_EQ(putSystem(), "one triplet in element");
+    EXPECT_EQ(end(keys::picture), "correct element key");
+    EXPECT_EQ(endPackage(), "complete element");
+    structure.endElement(packKey);
+    structure.startElement(keys::picture);
+    EXPECT_EQ(startChunks(), "none");
+    EXPECT_EQ(end(keys::picture), "complete element");
+    EXPECT_EQ(endPackage(), "complete element");
+    EXPECT_EQ(put(), "none");
+    EXPECT_EQ(put(), "one triplet in element");
+    structure.endElement(keys::picture);
+    EXPECT_EQ(failure([&] { structure.endStream(); }), "not in content package");
+    structure.endContentPackage();
+    structure.endStream();
+    EXPECT_EQ(engine.body(), octets::klv(packKey, "pack") + octets::klv(keys::picture, "frame"));
+    EXPECT_EQ(indexer.segment(0, 1).deltaEntryArray.size(), 2U);
 }

@@ -258,7 +258,10 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "in content package");
     structure.startContentPackage();
     EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "content package has elements");
+    EXPECT_EQ(failed([&] { writer->essenceReceiver().pictureElement(keys::picture, nullptr, 0, 0); }), "in element");
+    EXPECT_EQ(failed([&] { writer->systemReceiver().fixedLengthPack(keys::fixedPack, nullptr, 0); }), "in element");
     structure.startElement(keys::picture);
+    EXPECT_EQ(failed([&] { structure.endElement(keys::picture); }), "complete element");
     std::uint64_t size = 0;
     std::uint8_t* buffer = nullptr;
     dynamic_cast<MXFGCChunkedEssenceHandler&>(writer->essenceReceiver())
