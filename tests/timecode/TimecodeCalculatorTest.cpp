@@ -1,7 +1,9 @@
 #include "timecode/TimecodeCalculator.h"
 
+#include <limits>
 #include <tuple>
 
+#include <boost/numeric/conversion/cast.hpp>
 #include <gtest/gtest.h>
 
 namespace {
@@ -18,9 +20,10 @@ Label label(const TimecodeCalculator& calculator, std::uint32_t count) {
     return {h, m, s, f, sub};
 }
 
-std::string factoryError(int numerator, int denominator) {
+template <class... Arguments>
+std::string factoryError(Arguments... arguments) {
     try {
-        createTimecodeCalculator(numerator, denominator);
+        createTimecodeCalculator(arguments...);
         return "none";
     } catch (const std::runtime_error& e) {
         return e.what();
@@ -73,6 +76,35 @@ TEST(TimecodeCalculator, RatesChooseTheCounting) {
     EXPECT_THROW(createTimecodeCalculator(25, true, true), std::runtime_error);
     EXPECT_THROW(createTimecodeCalculator(0, false, true), std::runtime_error);
     EXPECT_EQ(createTimecodeCalculator(25, false, std::uint8_t{0})->getFramesPerDay(), 2160000U);
+}
+
+/// Rates come as integers of many types: from properties, from arithmetic, as literals.
+TEST(TimecodeCalculator, TakesIntegersOfAnyType) {
+    const auto day = [](const auto... arguments) { return createTimecodeCalculator(arguments...)->getFramesPerDay(); };
+    EXPECT_EQ(day(30000U, 1001U), 2589408U);
+    EXPECT_EQ(day(std::int64_t{60000}, std::int64_t{1001}), 2U * 2589408U);
+    EXPECT_EQ(day(std::uint64_t{24000}, 1001), 24U * 86400U);
+    EXPECT_EQ(day(std::uint8_t{25}, std::uint8_t{1}), 25U * 86400U);
+    EXPECT_EQ(day(std::int16_t{-25}, std::int64_t{-1}), 25U * 86400U);
+    // Far beyond 32 bits, with the same quotient.
+    EXPECT_EQ(day(std::int64_t{30000} * 100000000000, std::int64_t{1001} * 100000000000), 2589408U);
+    EXPECT_EQ(day(~std::uint64_t{0}, ~std::uint64_t{0} / 25), 25U * 86400U);
+    EXPECT_EQ(day(std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::min() / 32),
+              32U * 86400U);
+    EXPECT_EQ(day(30U, true, false), 2589408U);
+    EXPECT_EQ(day(std::int64_t{25}, false, 2), 2U * 25U * 86400U);
+    EXPECT_EQ(day(std::uint8_t{25}, false, std::uint64_t{0}), 25U * 86400U);
+
+    EXPECT_EQ(factoryError(0U, 1U), "non-zero frame rate");
+    EXPECT_EQ(factoryError(std::int64_t{1}, 0U), "non-zero frame rate denominator");
+    EXPECT_EQ(factoryError(std::int64_t{-25}, 1U), "positive frame rate");
+    EXPECT_EQ(factoryError(~std::uint64_t{0}, -1), "positive frame rate");
+    EXPECT_EQ(factoryError((std::int64_t{1} << 32U) + 25, 1), "non-zero frame rate");
+    EXPECT_EQ(factoryError(281U, false, true), "non-zero frame rate");
+    EXPECT_EQ(factoryError(-25, false, true), "positive frame rate");
+    EXPECT_EQ(factoryError(25, true, 1), "valid drop frame rate");
+    EXPECT_THROW(createTimecodeCalculator(25, false, 256), boost::numeric::positive_overflow);
+    EXPECT_THROW(createTimecodeCalculator(25, false, -1), boost::numeric::negative_overflow);
 }
 
 TEST(TimecodeCalculator, RangesAndNormalising) {
