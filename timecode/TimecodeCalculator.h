@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 
 #include "util/Api.h"
 
@@ -55,10 +56,61 @@ BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(std::uint8
 
 /// A calculator for the edit rate @p numerator / @p denominator in hertz: drop-frame counting for 30000/1001 and its
 /// multiples, regular counting at the nearest whole rate for all others. The whole rate is kept in 8 bits.
-/// @throws std::runtime_error "non-zero frame rate denominator", "non-zero frame rate" (also where the whole rate in
-///     8 bits is 0), "positive frame rate" unless both have the same sign
+/// @throws std::runtime_error "non-zero frame rate denominator", "non-zero frame rate" (also where the whole rate is 0, or
+///     more than 8 bits hold), "positive frame rate" unless both have the same sign
 BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(int numerator, int denominator);
 
 /// A rate and a flag alone would be taken for a numerator and a denominator: say how many sub-frames, as in
-/// `createTimecodeCalculator(30, true, false)` or `createTimecodeCalculator(25, false, std::uint8_t{4})`.
+/// `createTimecodeCalculator(30, true, false)` or `createTimecodeCalculator(25, false, 4)`.
 std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(int frameRate, bool dropFrame) = delete;
+
+namespace util::detail {
+
+/// The value of an integer of any type.
+struct AnyInteger {
+    bool isNegative;
+    std::uint64_t magnitude;
+};
+
+template <class Integer>
+constexpr AnyInteger anyInteger(Integer value) noexcept {
+    if constexpr (std::is_signed_v<Integer>) {
+        if (value < 0) {
+            return {true, std::uint64_t{0} - static_cast<std::uint64_t>(value)};
+        }
+    }
+    return {false, static_cast<std::uint64_t>(value)};
+}
+
+template <class Type>
+inline constexpr bool isNumber = std::is_integral_v<Type> && !std::is_same_v<Type, bool>;
+
+BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(AnyInteger numerator, AnyInteger denominator);
+BRYX_API std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(AnyInteger frameRate, bool dropFrame,
+                                                                      AnyInteger subFrames);
+
+} // namespace util::detail
+
+/// The same for integers of any type, whose values count as they are.
+template <class Numerator, class Denominator,
+          std::enable_if_t<util::detail::isNumber<Numerator> && util::detail::isNumber<Denominator>, int> = 0>
+std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(Numerator numerator, Denominator denominator) {
+    return util::detail::createTimecodeCalculator(util::detail::anyInteger(numerator),
+                                                  util::detail::anyInteger(denominator));
+}
+
+/// A calculator for a frame rate, where the numbers are integers of any type; @p subFrames is a number of sub-frames, or
+/// a flag for two of them.
+/// @throws std::runtime_error as above, where "non-zero frame rate" is also that of one that more than 8 bits hold, and
+///     "positive frame rate" that of a negative one; boost::numeric::bad_numeric_cast if there are more sub-frames than
+///     8 bits hold, or fewer than none
+template <class FrameRate, class SubFrames,
+          std::enable_if_t<util::detail::isNumber<FrameRate> && std::is_integral_v<SubFrames>, int> = 0>
+std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(FrameRate frameRate, bool dropFrame, SubFrames subFrames) {
+    using util::detail::anyInteger;
+    if constexpr (std::is_same_v<SubFrames, bool>) {
+        return createTimecodeCalculator(frameRate, dropFrame, subFrames ? 2 : 1);
+    } else {
+        return util::detail::createTimecodeCalculator(anyInteger(frameRate), dropFrame, anyInteger(subFrames));
+    }
+}
