@@ -67,7 +67,13 @@ void writeAgain(const std::string& octets) {
     std::istringstream input(octets);
     std::ostringstream output;
     GenericKLVWriter writer(output);
-    const bool isWhole = parse(input, 0, -1, writer);
+    bool isWhole = false;
+    try {
+        isWhole = parse(input, 0, -1, writer);
+    } catch (const util::assertion_failure& refused) {
+        // Fields of four octets can be read, and not written.
+        expect(std::string(refused.what()) == "assertion failure: enough octets", refused.what());
+    }
     const std::string written = output.str();
     expect(isWhole ? written == octets : octets.compare(0, written.size(), written) == 0,
            "what is written is not what was read");

@@ -5,18 +5,18 @@
 #include <ostream>
 
 #include "util/assertion_failure.h"
-#include "util/byte_order.h"
 
 using util::require;
 
 namespace {
 
-/// Stores a tag or a length in a fixed number of octets.
-std::uint8_t putField(std::uint8_t* field, KLVFieldForm form, std::uint64_t value) {
-    const std::uint8_t size = klvutil::fieldSize(form);
-    require(value >> (8U * size) == 0, "correct local item type and length");
-    util::storeBigEndian(field, value, size);
-    return size;
+/// The length of what is written straight through must be known: only that of an individual item is told later.
+void requireKnown(std::uint64_t length) {
+    require(length != klvutil::unknownLength, "unbuffered output is possible");
+}
+
+void requireFits(KLVFieldForm form, std::uint64_t value) {
+    require(value >> (8U * klvutil::fieldSize(form)) == 0, "correct local item type and length");
 }
 
 } // namespace
@@ -56,6 +56,7 @@ void GenericKLVWriter::write(const std::uint8_t* octets, std::uint64_t size) {
 
 bool GenericKLVWriter::startTriplet(const KLVKey& key, std::uint64_t length) {
     requireStarted();
+    requireKnown(length);
     std::uint8_t head[klvutil::keySize + 9];
     std::copy(key.octets.begin(), key.octets.end(), head);
     write(head, klvutil::keySize + klvutil::storeBERLength(head + klvutil::keySize, form_, length));
@@ -118,16 +119,29 @@ void GenericKLVWriter::endLocalSet(const KLVKey& /*key*/) {
     requireStarted();
 }
 
-std::uint8_t GenericKLVWriter::putItemLength(std::uint8_t* field, std::uint64_t length) const {
-    return itemLengthForm_ == KLVFieldForm::BER ? klvutil::storeBERLength(field, form_, length)
-                                                : putField(field, itemLengthForm_, length);
+void GenericKLVWriter::requireItemLength(std::uint64_t length) const {
+    requireStarted();
+    if (itemLengthForm_ == KLVFieldForm::BER) {
+        requireKnown(length);
+    } else {
+        requireFits(itemLengthForm_, length);
+    }
+}
+
+void GenericKLVWriter::writeItemLength(std::uint64_t length) {
+    if (itemLengthForm_ == KLVFieldForm::BER) {
+        std::uint8_t field[klvutil::longestBERLengthField];
+        write(field, klvutil::storeBERLength(field, form_, length));
+    } else {
+        klvutil::writeField(stream_, itemLengthForm_, static_cast<std::uint32_t>(length));
+    }
 }
 
 bool GenericKLVWriter::startLocalItem(std::uint32_t tag, std::uint64_t length) {
-    requireStarted();
-    std::uint8_t head[4 + 9];
-    const std::uint8_t tagSize = putField(head, tagForm_, tag);
-    write(head, tagSize + putItemLength(head + tagSize, length));
+    requireItemLength(length);
+    requireFits(tagForm_, tag);
+    klvutil::writeField(stream_, tagForm_, tag);
+    writeItemLength(length);
     return true;
 }
 
@@ -153,9 +167,8 @@ void GenericKLVWriter::endVariableLengthPack(const KLVKey& /*key*/) {
 }
 
 bool GenericKLVWriter::startVariableLengthPackItem(std::uint64_t length) {
-    requireStarted();
-    std::uint8_t field[9];
-    write(field, putItemLength(field, length));
+    requireItemLength(length);
+    writeItemLength(length);
     return true;
 }
 

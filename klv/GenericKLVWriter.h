@@ -27,7 +27,8 @@ public:
     /// Requires "valid form".
     void berLengthForm(std::uint8_t form) override;
 
-    // Start events write the key and the length in the form in force, and require "enough octets".
+    // Start events write the key and the length in the form in force, and require "enough octets". Of groups, packs and
+    // what is in them they require "unbuffered output is possible" as well: that the length is known.
 
     /// If @p length is klvutil::unknownLength, 0 is written, and the length that it turns out to be when the item ends.
     /// Requires then "unbuffered output is possible": that the stream can seek.
@@ -39,7 +40,8 @@ public:
     void endUniversalSet(const KLVKey& key) override;
     bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm, KLVFieldForm lengthForm) override;
     void endLocalSet(const KLVKey& key) override;
-    /// Requires "correct local item type and length": a tag and a length that the forms of the set can hold.
+    /// Requires "correct local item type and length": a tag and a length that the forms of the set can hold; then, as
+    /// klvutil::writeField() does, "enough octets", so that a field of four octets takes the value 0 alone.
     bool startLocalItem(std::uint32_t tag, std::uint64_t length) override;
     void endLocalItem(std::uint32_t tag) override;
     bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override;
@@ -59,7 +61,8 @@ public:
 private:
     void requireStarted() const;
     bool startTriplet(const KLVKey& key, std::uint64_t length);
-    std::uint8_t putItemLength(std::uint8_t* field, std::uint64_t length) const;
+    void requireItemLength(std::uint64_t length) const;
+    void writeItemLength(std::uint64_t length);
     void write(const std::uint8_t* octets, std::uint64_t size);
 
     std::ostream& stream_;

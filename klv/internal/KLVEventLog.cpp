@@ -12,8 +12,10 @@ std::string KLVEventLog::difference(const KLVEventLog& read) const {
         const Event& own = events_[i];
         const Event& other = read.events_[i];
         const std::string place = i == 0 ? "" : " of event " + std::to_string(i);
+        // The writer chooses a form that no sender has told.
+        const bool isSameForm = own.lengthForm == 0 || own.lengthForm == other.lengthForm;
         if (std::strcmp(own.name, other.name) != 0 || own.key.octets != other.key.octets ||
-            own.detail != other.detail || own.lengthForm != other.lengthForm) {
+            own.detail != other.detail || !isSameForm) {
             return std::string(own.name) + place;
         }
         // A length that was not known when the item started is that of its value.

@@ -25,7 +25,8 @@ public:
         depth_ = 0;
     }
 
-    /// How the events differ from those of @p read; empty if they do not.
+    /// How the events differ from those of @p read; empty if they do not. A form of lengths that was not told here does not
+    /// count.
     std::string difference(const KLVEventLog& read) const;
 
     void setLocator(const Locator& locator) override;
@@ -61,9 +62,9 @@ private:
     struct Event {
         const char* name;
         KLVKey key;
-        std::uint64_t length; ///< or the tag of an end
-        std::uint8_t lengthForm;
-        std::uint32_t detail; ///< tag, or the forms of items, or the kind of wrapper
+        std::uint64_t length;    ///< or the tag of an end
+        std::uint8_t lengthForm; ///< 0 if none has been told, or there is no length
+        std::uint32_t detail;    ///< tag, or the forms of items, or the kind of wrapper
         std::uint64_t valueSize = 0;
         CheckSum::value_type checkSum = 0;
     };
