@@ -18,6 +18,7 @@ MXFGCIntraIndexer::~MXFGCIntraIndexer() = default;
 
 void MXFGCIntraIndexer::startContentPackage() {
     isTold_.clear();
+    told_ = 0;
     inSystemItem_ = false;
     MXFGCIndexer::startContentPackage();
 }
@@ -29,10 +30,12 @@ void MXFGCIntraIndexer::endContentPackage() {
 
 void MXFGCIntraIndexer::startElement(const KLVKey& key) {
     const bool isSystem = mxfutil::isGCSystemElement(key);
-    isTold_.push_back(!isSystem || !inSystemItem_);
+    const bool isTold = !isSystem || !inSystemItem_;
+    isTold_.push_back(isTold);
+    told_ += isTold ? 1 : 0;
     inSystemItem_ = isSystem;
-    if (isFirstPackage_ && mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture) {
-        pictures_.push_back(static_cast<std::size_t>(std::count(isTold_.begin(), isTold_.end(), true)) - 1);
+    if (isFirstPackage_ && told_ <= maxDeltaEntries && mxfutil::gcEssenceKind(key) == MXFGCEssenceKind::Picture) {
+        pictures_.push_back(told_ - 1);
     }
     MXFGCIndexer::startElement(key);
 }

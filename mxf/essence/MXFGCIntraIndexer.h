@@ -70,6 +70,7 @@ private:
     std::vector<std::uint32_t> offsets_; ///< of these packages, one after the other
     std::vector<std::size_t> pictures_;  ///< the elements of the first package that are pictures
     std::vector<bool> isTold_;           ///< each element of the package that is written: not if a system item goes on
+    std::size_t told_ = 0;               ///< these elements
     bool inSystemItem_ = false;
     bool isFirstPackage_ = true;
 };
