@@ -212,9 +212,8 @@ private:
             if (chunkLeft_ == 0 && !inPackage_) {
                 const std::string value = "without a content package";
                 attempt(false, [&] { structure.endElement(key); });
-                elements_ += attempt(inEssence_, [&] {
-                    writer_->essenceReceiver().pictureElement(key, octetsOf(value), value.size(), 0);
-                });
+                attempt(false,
+                        [&] { writer_->essenceReceiver().pictureElement(key, octetsOf(value), value.size(), 0); });
             }
             break;
         case 6:

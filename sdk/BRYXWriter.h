@@ -111,9 +111,9 @@ struct BRYXEssenceContainer {
 /// writer->finish(toBRYXHeaderMetadata(preface)); // with durations that are known by now
 /// @endcode
 ///
-/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "in content package", "not
-/// in content package", "content package has elements", "in generic stream", "not finished"; and so does a partition that
-/// would end within an element, "complete element". What was written is a readable file whenever a partition ends. A write
+/// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "in generic stream", "not
+/// finished", and those that MXFGCMuxer refuses; and so does a partition that would end within an element, "complete
+/// element". What was written is a readable file whenever a partition ends. A write
 /// that fails throws util::assertion_failure "successful write()"; nothing is written after it. A writer that has thrown
 /// anything but a call out of order is done for; after a failure within a partition's pack, metadata or index table,
 /// further calls fail "no failure before". It is used by one thread at a time.

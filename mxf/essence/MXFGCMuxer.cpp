@@ -1,20 +1,136 @@
 #include "mxf/essence/MXFGCMuxer.h"
 
+#include "klv/KLVFilter.h"
 #include "mxf/essence/MXFGCEssenceCoder.h"
 #include "mxf/essence/MXFGCIndexer.h"
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCStructurePadder.h"
 #include "mxf/essence/MXFGCSystemCoder.h"
 
+using util::require;
+
 namespace {
+
+/// Where the calls stand that write a container. They come as a splitter makes them, or are refused: what an index table
+/// says follows from them.
+class Order {
+public:
+    bool isInPackage() const noexcept { return state_ != State::BetweenPackages; }
+    void requireBetweenPackages() const { require(!isInPackage(), "not in content package"); }
+
+    void startContentPackage() {
+        requireBetweenPackages();
+        state_ = State::BetweenElements;
+        hasElements_ = false;
+    }
+    void endContentPackage() {
+        requireBetweenElements();
+        require(hasElements_, "content package has elements"); // else its index entry would lead to what comes next
+        state_ = State::BetweenPackages;
+    }
+    void startElement(const KLVKey& key) {
+        requireBetweenElements();
+        state_ = State::BeforeTriplet;
+        hasElements_ = true;
+        key_ = key;
+    }
+    void endElement(const KLVKey& key) {
+        require(isInPackage(), "in content package");
+        require(state_ != State::BetweenElements, "in element");
+        require(key == key_, "correct element key");
+        require(state_ == State::AfterTriplet, "complete element");
+        state_ = State::BetweenElements;
+    }
+
+    void requireTriplet(const KLVKey& key) const {
+        require(isInPackage() && state_ != State::BetweenElements, "in element");
+        require(state_ == State::BeforeTriplet, "one triplet in element");
+        require(key == key_, "correct element key");
+    }
+    void startTriplet() { state_ = State::InTriplet; }
+    void endTriplet() { state_ = State::AfterTriplet; }
+
+private:
+    enum class State : std::uint8_t { BetweenPackages, BetweenElements, BeforeTriplet, InTriplet, AfterTriplet };
+
+    void requireBetweenElements() const {
+        require(isInPackage(), "in content package");
+        require(state_ == State::BetweenElements, "complete element");
+    }
+
+    State state_ = State::BetweenPackages;
+    bool hasElements_ = false; ///< in the content package
+    KLVKey key_;               ///< of the element
+};
+
+/// Passes the triplets of elements on to the body.
+class Triplets final : public DullKLVFilter {
+public:
+    Triplets(KLVHandler& body, Order& order) : order_(order) { setHandler(&body); }
+
+    bool startIndividualItem(const KLVKey& key, std::uint64_t length) override {
+        return start(key, [&] { return next().startIndividualItem(key, length); });
+    }
+    void endIndividualItem(const KLVKey& key) override {
+        next().endIndividualItem(key);
+        order_.endTriplet();
+    }
+    bool startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
+                       KLVFieldForm lengthForm) override {
+        return start(key, [&] { return next().startLocalSet(key, length, tagForm, lengthForm); });
+    }
+    void endLocalSet(const KLVKey& key) override {
+        next().endLocalSet(key);
+        order_.endTriplet();
+    }
+    bool startFixedLengthPack(const KLVKey& key, std::uint64_t length) override {
+        return start(key, [&] { return next().startFixedLengthPack(key, length); });
+    }
+    void endFixedLengthPack(const KLVKey& key) override {
+        next().endFixedLengthPack(key);
+        order_.endTriplet();
+    }
+    bool startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) override {
+        return start(key, [&] { return next().startVariableLengthPack(key, length, itemLengthForm); });
+    }
+    void endVariableLengthPack(const KLVKey& key) override {
+        next().endVariableLengthPack(key);
+        order_.endTriplet();
+    }
+
+private:
+    template <class Start>
+    bool start(const KLVKey& key, Start forward) {
+        order_.requireTriplet(key);
+        const bool wanted = forward();
+        order_.startTriplet();
+        return wanted;
+    }
+
+    Order& order_;
+};
 
 /// Has each element followed by fill up to the grid; the elements of a system item, of which there may be several, as
 /// one.
 class Aligner final : public MXFGCStructureFilter {
 public:
-    using MXFGCStructureFilter::MXFGCStructureFilter;
+    Aligner(MXFGCStructureHandler& next, Order& order) : MXFGCStructureFilter(next), order_(order) {}
 
+    void endStream() override {
+        order_.requireBetweenPackages();
+        next().endStream();
+    }
+    void startContentPackage() override {
+        order_.startContentPackage();
+        next().startContentPackage();
+    }
+    void endContentPackage() override {
+        order_.endContentPackage();
+        endSystemItem();
+        next().endContentPackage();
+    }
     void startElement(const KLVKey& key) override {
+        order_.startElement(key);
         isSystem_ = mxfutil::isGCSystemElement(key);
         if (!isSystem_) {
             endSystemItem();
@@ -26,14 +142,11 @@ public:
         inSystemItem_ = isSystem_;
     }
     void endElement(const KLVKey& key) override {
+        order_.endElement(key);
         if (!isSystem_) {
             next().endAlign();
         }
         next().endElement(key);
-    }
-    void endContentPackage() override {
-        endSystemItem();
-        next().endContentPackage();
     }
 
 private:
@@ -44,6 +157,7 @@ private:
         }
     }
 
+    Order& order_;
     bool isSystem_ = false;
     bool inSystemItem_ = false;
 };
@@ -67,10 +181,12 @@ private:
 
 struct MXFGCMuxer::Parts {
     Parts(KLVHandler& body, const Locator& locator, const KLVGrid& grid)
-        : padder(body, locator, grid), structure(std::make_unique<Aligner>(padder)), essence(body),
-          system(body, essence) {}
+        : padder(body, locator, grid), triplets(body, order), structure(std::make_unique<Aligner>(padder, order)),
+          essence(triplets), system(triplets, essence) {}
 
+    Order order;
     MXFGCStructurePadder padder;
+    Triplets triplets;
     std::unique_ptr<Aligner> structure;
     MXFGCEssenceCoder essence;
     SystemCoder system;
@@ -86,7 +202,11 @@ MXFGCStructureHandler& MXFGCMuxer::padder() {
 }
 
 void MXFGCMuxer::setIndexer(MXFGCIndexer& indexer) {
-    parts_->structure = std::make_unique<Aligner>(indexer);
+    parts_->structure = std::make_unique<Aligner>(indexer, parts_->order);
+}
+
+bool MXFGCMuxer::isInContentPackage() const {
+    return parts_->order.isInPackage();
 }
 
 MXFGCStructureHandler& MXFGCMuxer::structureReceiver() {

@@ -148,36 +148,18 @@ class BRYXWriterImpl::PartitionCutter final : public MXFGCStructureHandler {
 public:
     explicit PartitionCutter(BRYXWriterImpl& writer) : writer_(writer) {}
 
-    bool isInPackage() const noexcept { return isInPackage_; }
-
     // The stream is the writer's.
     void startStream(std::uint64_t /*kagSize*/) override {}
     void endStream() override {}
     void startContentPackage() override {
         require(writer_.state_ == State::InEssence, "in essence");
-        require(!isInPackage_, "not in content package");
+        writer_.requireBetweenPackages();
         writer_.cutBody();
-        isInPackage_ = true;
-        hasElements_ = false;
         next().startContentPackage();
     }
-    void endContentPackage() override {
-        require(isInPackage_, "in content package");
-        require(hasElements_, "content package has elements"); // else its index entry would lead to what comes next
-        writer_.gate_.requireComplete();
-        isInPackage_ = false;
-        next().endContentPackage();
-    }
-    void startElement(const KLVKey& key) override {
-        require(isInPackage_, "in content package");
-        hasElements_ = true;
-        next().startElement(key);
-    }
-    void endElement(const KLVKey& key) override {
-        require(isInPackage_, "in content package");
-        writer_.gate_.requireComplete();
-        next().endElement(key);
-    }
+    void endContentPackage() override { next().endContentPackage(); }
+    void startElement(const KLVKey& key) override { next().startElement(key); }
+    void endElement(const KLVKey& key) override { next().endElement(key); }
     void startPad(std::uint64_t extraSize) override { next().startPad(extraSize); }
     void endPad() override { next().endPad(); }
     void startAlign(std::uint64_t alignment) override { next().startAlign(alignment); }
@@ -187,8 +169,6 @@ private:
     MXFGCStructureHandler& next() { return writer_.muxer().structureReceiver(); }
 
     BRYXWriterImpl& writer_;
-    bool isInPackage_ = false;
-    bool hasElements_ = false;
 };
 
 // ---- The writer ----
@@ -250,6 +230,10 @@ void BRYXWriterImpl::requireBetween() const {
     require(state_ != State::Finished, "not finished");
     require(state_ != State::Failed, "no failure before");
     require(state_ == State::Between, "not in essence");
+}
+
+void BRYXWriterImpl::requireBetweenPackages() const {
+    require(!muxer().isInContentPackage(), "not in content package");
 }
 
 void BRYXWriterImpl::requireCodable(const BRYXHeaderMetadata& metadata) const {
@@ -392,13 +376,13 @@ void BRYXWriterImpl::cutBody() {
 
 void BRYXWriterImpl::startBodyPartition() {
     require(state_ == State::InEssence, "in essence");
-    require(!structure_->isInPackage(), "not in content package");
+    requireBetweenPackages();
     nextBody();
 }
 
 void BRYXWriterImpl::endEssence() {
     require(state_ == State::InEssence, "in essence");
-    require(!structure_->isInPackage(), "not in content package");
+    requireBetweenPackages();
     gate_.requireComplete();
     muxer_->padder().endStream();
     gate_.close();

@@ -98,6 +98,7 @@ private:
     class PartitionCutter;
 
     void requireBetween() const;
+    void requireBetweenPackages() const;
     void requireCodable(const BRYXHeaderMetadata& metadata) const;
     MXFGCMuxer& muxer() const;
     void requireUnique(std::set<std::uint32_t>& known, std::uint32_t sid, const char* condition);
