@@ -12,6 +12,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Benchmarks.h"
+#include "sdk/BRYX.h"
 #include "support/GoodClip.h"
 
 namespace {

@@ -17,6 +17,7 @@
 #include "support/BuiltModel.h"
 #include "support/GoodClip.h"
 #include "support/Models.h"
+#include "support/Streams.h"
 #include "util/assertion_failure.h"
 
 namespace {

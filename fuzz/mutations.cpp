@@ -21,6 +21,7 @@
 #include "Listener.h"
 #include "mxf/structure/MXFPrimer.h"
 #include "support/GoodClip.h"
+#include "support/Streams.h"
 
 namespace {
 

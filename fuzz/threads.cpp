@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "Listener.h"
+#include "sdk/BRYX.h"
 #include "support/GoodClip.h"
 
 namespace {

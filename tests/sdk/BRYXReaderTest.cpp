@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "sdk/BRYX.h"
 #include "support/Failure.h"
 #include "support/GoodClip.h"
+#include "support/Octets.h"
 #include "support/Recorders.h"
 #include "util/utf8.h"
 
