@@ -3,6 +3,8 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <type_traits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +20,7 @@
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
 #include "util/assertion_failure.h"
+#include "util/hex.h"
 #include "util/utf8.h"
 #include "validation/BRYXChecks.h"
 
@@ -140,6 +143,33 @@ TEST(ValueCoding, ValuesOfAllTypesBothWays) {
     EXPECT_THROW(klvutil::readValue<std::vector<std::uint32_t>>({0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 4, 1}),
                  std::length_error);
     EXPECT_THROW(klvutil::readValue<std::vector<std::uint32_t>>({0, 0, 0, 1, 0, 0, 0, 2, 1, 2}), std::length_error);
+}
+
+TEST(Hex, GroupsEndWithTheOctets) {
+    const std::uint8_t octets[] = {0x01, 0x02, 0x03, 0x04, 0xA5, 0xFF, 0xFF, 0xFF};
+    EXPECT_EQ(util::hexGroups(octets, 5), "01020304.a5");
+    EXPECT_EQ(util::hexGroups(octets, 3), "010203");
+    EXPECT_EQ(util::hexGroups(octets, 0), "");
+}
+
+template <class Finding, class... Texts>
+using Description = decltype(klvutil::describe(std::declval<const Finding&>(), std::declval<Texts>()...));
+
+template <class AlwaysVoid, class Finding, class... Texts>
+struct IsDescribedWith : std::false_type {};
+template <class Finding, class... Texts>
+struct IsDescribedWith<std::void_t<Description<Finding, Texts...>>, Finding, Texts...> : std::true_type {};
+
+// A text that is left without its subject, or a subject for which the text has no place, does not compile.
+TEST(Findings, HaveASubjectWhereTheTextNamesOne) {
+    using Plain = decltype(klvutil::findings::invalidKey);
+    using OfSubject = decltype(mxfutil::findings::invalidProperty);
+    EXPECT_FALSE((IsDescribedWith<void, Plain, std::string, std::string>::value));
+    EXPECT_TRUE((IsDescribedWith<void, Plain, std::string>::value));
+    EXPECT_FALSE((IsDescribedWith<void, OfSubject>::value));
+    EXPECT_TRUE((IsDescribedWith<void, OfSubject, std::string, std::string>::value));
+    EXPECT_EQ(klvutil::describe(klvutil::findings::invalidKey, "why"), "invalid SMPTE key - why");
+    EXPECT_EQ(klvutil::describe(mxfutil::findings::invalidProperty, "100%", "why"), "invalid 100% value - why");
 }
 
 TEST(Findings, IdentifiersAreDistinctSaveWhereShared) {

@@ -272,6 +272,7 @@ TEST(BRYXPackageMetadata, BothWays) {
     EXPECT_EQ(createBRYXPackageMetadata(umid, {}).size(), 1U);
     EXPECT_EQ(parseBRYXPackageMetadata({}).first, UMID{});
     EXPECT_THROW(parseBRYXPackageMetadata({{0x83, {1, 2, 3}}}), std::length_error);
+    EXPECT_EQ(parseBRYXPackageKLVMetadata({}), L"");
     auto other = octets::klv(keys::item, "x");
     EXPECT_EQ(parseBRYXPackageKLVMetadata({other.begin(), other.end()}), L"");
     other.pop_back();
