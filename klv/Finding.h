@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 #include "util/Api.h"
+#include "util/assertion_failure.h"
 #include "util/uuid.h"
 
 class ErrorHandler;
@@ -17,15 +19,44 @@ enum class FindingLevel : std::uint8_t {
     fatal    ///< ErrorHandler::fatalError or parse_error: reading has ended
 };
 
-/// One kind of finding about the data: what it is called, how grave it is and the text that is reported.
+/// What the tables of findings say of each kind: what it is called, how grave it is and the text that is reported.
 ///
 /// Each subsystem lists its findings once, in a table of its own (klv/KLVFindings.h and its like); the identifiers
 /// are fixed, so that an application may compare against them.
-struct Finding {
+struct FindingKind {
     util::uuid id;
     FindingLevel level;
     const char* message;
 };
+
+/// How often @p message names what a finding is about.
+constexpr int countSubjects(const char* message) noexcept {
+    int count = 0;
+    for (; *message != '\0'; ++message) {
+        count += *message == '%' ? 1 : 0;
+    }
+    return count;
+}
+
+/// One kind of finding about the data, whose message stands as it is.
+struct Finding : FindingKind {
+    /// Requires "message names no subject": that there is no "%" in it.
+    constexpr explicit Finding(const FindingKind& kind) : FindingKind(kind) {
+        util::require(countSubjects(message) == 0, "message names no subject");
+    }
+};
+
+/// One kind of finding whose message names what it is about with a "%". It cannot be reported without its subject.
+struct SubjectFinding : FindingKind {
+    /// Requires "message names one subject": that there is one "%" in it.
+    constexpr explicit SubjectFinding(const FindingKind& kind) : FindingKind(kind) {
+        util::require(countSubjects(message) == 1, "message names one subject");
+    }
+};
+
+/// The type of the kind of finding whose message names so many subjects.
+template <int subjects>
+using FindingOf = std::conditional_t<subjects == 0, Finding, SubjectFinding>;
 
 /// The identifier of the @p index-th kind of finding of the group that @p base names: the base with its last octet
 /// replaced.
@@ -36,18 +67,20 @@ constexpr util::uuid findingId(util::uuid base, std::uint8_t index) noexcept {
 
 /// The text reported for @p finding: its message, followed by " - " and @p detail when there is a detail.
 BRYX_API std::string describe(const Finding& finding, const std::string& detail = {});
-
-/// The text reported for a finding whose message names what it is about with a "%", in whose place @p subject stands.
-BRYX_API std::string describe(const Finding& finding, const std::string& subject, const std::string& detail);
+/// The same with @p subject in the place of the message's "%".
+BRYX_API std::string describe(const SubjectFinding& finding, const std::string& subject,
+                              const std::string& detail = {});
 
 /// Reports @p finding to @p errorHandler at the finding's level; does nothing when there is no handler.
 BRYX_API void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& detail = {});
-BRYX_API void report(ErrorHandler* errorHandler, const Finding& finding, const std::string& subject,
-                     const std::string& detail);
+/// The same with @p subject in the place of the message's "%".
+BRYX_API void report(ErrorHandler* errorHandler, const SubjectFinding& finding, const std::string& subject,
+                     const std::string& detail = {});
 
 } // namespace klvutil
 
-/// Turns one row of a table of findings into the constant of its name.
+/// Turns one row of a table of findings into the constant of its name: a Finding, or a SubjectFinding if the message has
+/// a "%".
 #define BRYX_DEFINE_FINDING(name, base, index, level, message)                                                         \
-    inline constexpr ::klvutil::Finding name{::klvutil::findingId(base, index), ::klvutil::FindingLevel::level,        \
-                                             message};
+    inline constexpr ::klvutil::FindingOf<::klvutil::countSubjects(message)> name{                                     \
+        {::klvutil::findingId(base, index), ::klvutil::FindingLevel::level, message}};

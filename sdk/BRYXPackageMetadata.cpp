@@ -87,6 +87,9 @@ std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::wstring& text)
 }
 
 std::wstring parseBRYXPackageKLVMetadata(const std::vector<std::uint8_t>& klv) {
+    if (klv.empty()) {
+        return {}; // the stream cannot be made of no octets
+    }
     boost::iostreams::stream<boost::iostreams::array_source> stream(reinterpret_cast<const char*>(klv.data()),
                                                                     klv.size());
     TextFinder text;

@@ -23,7 +23,7 @@ public:
 [[noreturn]] BRYX_API void failAssertion(const char* condition);
 
 /// Throws assertion_failure with the text of @p condition unless @p holds.
-inline void require(bool holds, const char* condition) {
+constexpr void require(bool holds, const char* condition) {
     if (!holds) {
         failAssertion(condition);
     }

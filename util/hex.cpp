@@ -1,5 +1,7 @@
 #include "util/hex.h"
 
+#include <algorithm>
+
 namespace util {
 
 void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size) {
@@ -16,7 +18,7 @@ std::string hexGroups(const std::uint8_t* octets, std::size_t size) {
         if (at != 0) {
             text += '.';
         }
-        appendHex(text, octets + at, 4);
+        appendHex(text, octets + at, std::min<std::size_t>(size - at, 4));
     }
     return text;
 }

@@ -14,8 +14,18 @@
 struct BRYXCheck {
     const char* name;              ///< of the constant
     BRYXValidationMode::Enum mode; ///< the lowest that makes it
-    klvutil::Finding finding;      ///< what is reported when it fails: identifier, level and message
+    klvutil::FindingKind finding;  ///< what is reported when it fails: identifier, level and message
     const char* clause;            ///< what says that it must hold
+};
+
+/// A check whose failure is reported as a klvutil::Finding, or as a klvutil::SubjectFinding.
+template <class Finding>
+struct BRYXCheckOf : BRYXCheck {
+    /// Requires of @p check's message what the constructor of @p Finding does.
+    constexpr explicit BRYXCheckOf(const BRYXCheck& check) : BRYXCheck(check) { static_cast<void>(report()); }
+
+    /// What is reported when the check fails.
+    constexpr Finding report() const { return Finding(finding); }
 };
 
 /// Checks of one subject.
@@ -29,10 +39,11 @@ BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
 
 /// Turns one row of a table of checks into the constant of its name.
 #define BRYX_DEFINE_CHECK(name, base, index, mode, level, message, clause)                                             \
-    inline constexpr BRYXCheck name{#name,                                                                             \
-                                    BRYXValidationMode::mode,                                                          \
-                                    {klvutil::findingId(base, index), klvutil::FindingLevel::level, message},          \
-                                    clause};
+    inline constexpr BRYXCheckOf<klvutil::FindingOf<klvutil::countSubjects(message)>> name{                            \
+        {#name,                                                                                                        \
+         BRYXValidationMode::mode,                                                                                     \
+         {klvutil::findingId(base, index), klvutil::FindingLevel::level, message},                                     \
+         clause}};
 
 /// Of partition packs, the regions that they announce, the random index.
 namespace BRYXStructureChecks {

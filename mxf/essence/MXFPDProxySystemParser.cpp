@@ -25,7 +25,7 @@ void MXFPDProxySystemParser::localSet(const KLVKey& key, const MXFGCItems& items
         const auto item =
             std::find_if(items.begin(), items.end(), [&](const MXFGCItem& candidate) { return candidate.tag == tag; });
         if (item == items.end()) {
-            klvutil::report(errorHandler_, findings::missingPDProxyProperty, name, "");
+            klvutil::report(errorHandler_, findings::missingPDProxyProperty, name);
             isComplete = false;
             return;
         }

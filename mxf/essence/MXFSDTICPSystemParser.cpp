@@ -98,10 +98,10 @@ void MXFSDTICPSystemParser::metadata(SDTICPElement element, const KLVKey& key, c
     const MetadataKind kind = kindOf(element);
     const auto flag = static_cast<std::uint8_t>(1U << static_cast<unsigned>(element));
     if ((seen_ & flag) != 0) {
-        klvutil::report(errorHandler_, findings::unexpectedSDTICPMetadata, kind.name, "");
+        klvutil::report(errorHandler_, findings::unexpectedSDTICPMetadata, kind.name);
     }
     if (key[15] != items.size()) {
-        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, std::string(kind.name) + " metadata", "");
+        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, std::string(kind.name) + " metadata");
     }
     seen_ |= flag;
     (handler_->*kind.receive)(items);
@@ -112,7 +112,7 @@ void MXFSDTICPSystemParser::controlData(const MXFGCItems& items) {
         klvutil::report(errorHandler_, findings::unexpectedSDTICPControlData);
     }
     if (items.size() != 1) {
-        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, "control data", "");
+        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, "control data");
     }
     expectation_ = Expectation::ControlDataDone;
     const MXFGCItem first = items.empty() ? MXFGCItem{} : items.front();

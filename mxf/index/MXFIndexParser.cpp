@@ -74,7 +74,7 @@ void MXFIndexParser::primedSet(MXFPrimedSet& set) {
         const auto found = set.properties.find(segmentPrimer().at(tag));
         if (found == set.properties.end()) {
             if (presence == Presence::Mandatory) {
-                report(errorHandler(), findings::missingIndexProperty, name, {});
+                report(errorHandler(), findings::missingIndexProperty, name);
             }
             return;
         }

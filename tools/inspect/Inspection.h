@@ -56,10 +56,12 @@ namespace findings {
 inline constexpr util::uuid inspectBase{
     {0xae, 0xa2, 0xdd, 0x36, 0xb1, 0xd1, 0x41, 0xaa, 0xb8, 0x4c, 0xd2, 0xaf, 0x3d, 0x0c, 0x47, 0x00}};
 
-inline constexpr klvutil::Finding emptyFile{klvutil::findingId(inspectBase, 1), klvutil::FindingLevel::fatal,
-                                            "the file is empty"};
-inline constexpr klvutil::Finding readingFailed{klvutil::findingId(inspectBase, 2), klvutil::FindingLevel::fatal,
-                                                "reading failed"};
+/// The rows of the table: name, base, index, level, message
+#define BRYX_INSPECT_FINDINGS(ROW)                                                                                     \
+    ROW(emptyFile, inspectBase, 1, fatal, "the file is empty")                                                         \
+    ROW(readingFailed, inspectBase, 2, fatal, "reading failed")
+
+BRYX_INSPECT_FINDINGS(BRYX_DEFINE_FINDING)
 
 } // namespace findings
 

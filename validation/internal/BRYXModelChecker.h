@@ -30,11 +30,11 @@ public:
 protected:
     ~BRYXModelChecker() = default;
 
-    void report(const MetadataRoot& set, const BRYXCheck& check, const std::string& detail = {}) const {
+    void report(const MetadataRoot& set, const BRYXPlainCheck& check, const std::string& detail = {}) const {
         validator_.reportAt(positionOf(set), check, detail);
     }
-    void report(const MetadataRoot& set, const BRYXCheck& check, const std::string& subject,
-                const std::string& detail) const {
+    void report(const MetadataRoot& set, const BRYXSubjectCheck& check, const std::string& subject,
+                const std::string& detail = {}) const {
         validator_.reportAt(positionOf(set), check, subject, detail);
     }
 

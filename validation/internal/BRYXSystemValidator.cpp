@@ -84,7 +84,7 @@ void BRYXSystemValidator::checkBitmap() {
         if (isAnnounced != (elements_[indexOf(item.kind)] != 0)) {
             wrong |= item.bit;
             if ((container_->wrongBits & item.bit) == 0) {
-                reportAt(packPosition_, checks::inconsistentBitmap, item.name, {});
+                reportAt(packPosition_, checks::inconsistentBitmap, item.name);
             }
         }
     }

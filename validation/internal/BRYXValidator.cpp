@@ -34,17 +34,17 @@ void BRYXValidator::at(std::uint64_t position, const BRYXCheck& check, Report re
     }
 }
 
-void BRYXValidator::report(const BRYXCheck& check, const std::string& detail) const {
+void BRYXValidator::report(const BRYXPlainCheck& check, const std::string& detail) const {
     if (makes(check)) {
-        klvutil::report(errorHandler_.get(), check.finding, detail);
+        klvutil::report(errorHandler_.get(), check.report(), detail);
     }
 }
 
-void BRYXValidator::reportAt(std::uint64_t position, const BRYXCheck& check, const std::string& detail) const {
-    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.finding, detail); });
+void BRYXValidator::reportAt(std::uint64_t position, const BRYXPlainCheck& check, const std::string& detail) const {
+    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.report(), detail); });
 }
 
-void BRYXValidator::reportAt(std::uint64_t position, const BRYXCheck& check, const std::string& subject,
+void BRYXValidator::reportAt(std::uint64_t position, const BRYXSubjectCheck& check, const std::string& subject,
                              const std::string& detail) const {
-    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.finding, subject, detail); });
+    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.report(), subject, detail); });
 }

@@ -10,6 +10,9 @@
 #include "validation/BRYXChecks.h"
 #include "validation/BRYXOverridableLocator.h"
 
+using BRYXPlainCheck = BRYXCheckOf<klvutil::Finding>;
+using BRYXSubjectCheck = BRYXCheckOf<klvutil::SubjectFinding>;
+
 /// What the validators have in common: the mode, and where and how they report.
 class BRYXValidator {
 public:
@@ -30,12 +33,12 @@ public:
     std::uint64_t position() const;
 
     /// Reports that @p check has failed at the current position, if the mode has it made.
-    void report(const BRYXCheck& check, const std::string& detail = {}) const;
+    void report(const BRYXPlainCheck& check, const std::string& detail = {}) const;
     /// The same for what stands at @p position.
-    void reportAt(std::uint64_t position, const BRYXCheck& check, const std::string& detail = {}) const;
+    void reportAt(std::uint64_t position, const BRYXPlainCheck& check, const std::string& detail = {}) const;
     /// The same with @p subject in the place of the message's "%".
-    void reportAt(std::uint64_t position, const BRYXCheck& check, const std::string& subject,
-                  const std::string& detail) const;
+    void reportAt(std::uint64_t position, const BRYXSubjectCheck& check, const std::string& subject,
+                  const std::string& detail = {}) const;
 
 protected:
     ~BRYXValidator() = default;

@@ -68,7 +68,7 @@ const KLVKey& MetadataRootFactory::getSetKey(const std::type_info& type) {
 }
 
 void MetadataRootFactory::firePropertyRequiredError(const std::string& name) {
-    klvutil::report(errorHandler_.get(), findings::missingProperty, name, {});
+    klvutil::report(errorHandler_.get(), findings::missingProperty, name);
 }
 
 void MetadataRootFactory::firePropertyInternalizeError(const std::string& name, const std::exception& reason) {
