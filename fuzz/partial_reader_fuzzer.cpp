@@ -54,7 +54,7 @@ public:
         return result;
     }
 
-    bool hasReported(const klvutil::Finding& finding) const {
+    bool hasReported(const klvutil::FindingKind& finding) const {
         return std::any_of(reports.begin(), reports.end(),
                            [&](const Report& report) { return report.id == finding.id; });
     }

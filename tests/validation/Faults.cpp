@@ -4,7 +4,7 @@
 
 #include "sdk/BRYX.h"
 
-std::set<std::uint64_t> Findings::positionsOf(const klvutil::Finding& finding) const {
+std::set<std::uint64_t> Findings::positionsOf(const klvutil::FindingKind& finding) const {
     std::set<std::uint64_t> positions;
     for (const Finding& found : all) {
         if (found.id == finding.id) {

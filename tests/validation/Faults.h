@@ -28,7 +28,7 @@ struct Findings : DullErrorHandler {
     void error(const util::uuid& id, const std::string& m) override { add(id, klvutil::FindingLevel::error, m); }
     void fatalError(const util::uuid& id, const std::string& m) override { add(id, klvutil::FindingLevel::fatal, m); }
 
-    std::set<std::uint64_t> positionsOf(const klvutil::Finding& finding) const;
+    std::set<std::uint64_t> positionsOf(const klvutil::FindingKind& finding) const;
 
 private:
     void add(const util::uuid& id, klvutil::FindingLevel level, const std::string& message);
