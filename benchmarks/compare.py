@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times pieces of work with MXF files: the library's programs, plain programs over the same octets, and ffmpeg.
 
-usage: compare.py BUILD [--scale N] [--rounds N] [--keep FOLDER] [--growth] [--check]
+usage: compare.py BUILD [--scale N] [--rounds N] [--keep FOLDER] [--growth | --against BUILD] [--check]
 
 BUILD is the folder of the release build. Prints one table: what the library takes as a multiple of the plain program, and
 of ffmpeg if that is there, each the fastest of some rounds in which the contenders take turns; and the most memory that the
@@ -14,8 +14,12 @@ and octets, and the same essence, also in what they write.
 With --growth, the table shows the library alone, with files of 1/100, 1/10 and all of the scale, and how many times as long
 each step takes as the one before.
 
+With --against, the table shows the library of this build and of an older one, in turn, and the older one once more: medians
+of processor time, as a multiple of the older one's.
+
 With --check, it fails if the library is not ahead of ffmpeg, or if reading with essence is slower than 0.9 times the speed of
-plain reading, but for tiny elements; or with --growth, if time grows faster than the file, or memory grows with it.
+plain reading, but for tiny elements; with --growth, if time grows faster than the file, or memory grows with it; with
+--against, if anything takes 1.03 times as long as before, or more than what the older build differs from itself.
 """
 
 import argparse
@@ -23,6 +27,7 @@ import hashlib
 import os
 import re
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -120,24 +125,37 @@ def rows(programs, file, out):
                                               (programs.work, f"plain-write-{file.size}", out, file.elements))
 
 
+class Measurement(typing.NamedTuple):
+    seconds: float
+    processor: float  # seconds of these
+    memory: float     # MiB
+    output: str
+
+
 def measured(programs, command, out):
-    """One run, which makes a new file if it writes: its seconds, MiB of memory, and output."""
+    """One run, which makes a new file if it writes."""
     if os.path.exists(out):
         os.remove(out)
     if out in command:
         os.sync()  # what others have written would slow down the one who writes next
     output, remarks = run(programs.measure, *command)
-    nanoseconds, kibibytes = remarks.split()[-2:]
-    return int(nanoseconds) / 1e9, int(kibibytes) / 1024, output.decode(errors="replace")
+    nanoseconds, processor, kibibytes = map(int, remarks.split()[-3:])
+    return Measurement(nanoseconds / 1e9, processor / 1e9, kibibytes / 1024, output.decode(errors="replace"))
 
 
-def race(programs, contenders, rounds, out):
-    """The fewest seconds and the most memory of each contender; they take turns."""
+def turns(programs, contenders, rounds, out):
+    """The measurements of each contender; they take turns."""
     runs = {name: [] for name in contenders}
     for _ in range(rounds):
         for name, command in contenders.items():
-            runs[name].append(measured(programs, command, out)[:2])
-    return {name: (min(seconds for seconds, _ in some), max(memory for _, memory in some)) for name, some in runs.items()}
+            runs[name].append(measured(programs, command, out))
+    return runs
+
+
+def race(programs, contenders, rounds, out):
+    """The fewest seconds and the most memory of each contender."""
+    return {name: (min(run.seconds for run in some), max(run.memory for run in some))
+            for name, some in turns(programs, contenders, rounds, out).items()}
 
 
 def row(ratios, best, title):
@@ -184,7 +202,7 @@ def check_same(programs, file, out):
     seen = {"octets": {"the file": os.path.getsize(file.path)}}
     for title, contenders in rows(programs, file, out):
         for name, command in contenders.items():
-            output = measured(programs, command, out)[2]
+            output = measured(programs, command, out).output
             for what, count in re.findall(r"^(.+) (\d+)$", output, re.M):
                 seen.setdefault(what, {})[f"{title}, {name}"] = int(count)
             if out in command:
@@ -246,6 +264,30 @@ def growth(programs, sizes, out, rounds):
     return failures
 
 
+def regression(programs, old, files, out, rounds):
+    """Prints what this build takes as a multiple of the old one; returns what has become slower."""
+    print("     new  old again    seconds  work")
+    failures = []
+    for file in files:
+        heading(file)
+        commands = [{title: contenders["own"] for title, contenders in rows(some, file, out)} for some in (programs, old)]
+        for title in commands[0]:
+            contenders = {"new": commands[0][title], "old": commands[1][title], "old again": commands[1][title]}
+            taken = {name: statistics.median(run.processor for run in some)
+                     for name, some in turns(programs, contenders, rounds, out).items()}
+            ratio, spread = taken["new"] / taken["old"], taken["old again"] / taken["old"]
+            print(f"{ratio:8.3f}  {spread:9.3f}  {taken['new']:9.4f}  {title}", flush=True)
+            if ratio > max(1.03, spread, 1 / spread):
+                failures.append(f"{file.name}: {title} takes {ratio:.3f} times as long as before")
+    return failures
+
+
+def programs_of(build):
+    folders = {"work": "benchmarks/bryx_work", "measure": "benchmarks/bryx_measure", "extract": "tools/extract",
+               "inspect": "tools/inspect", "rewrap": "tools/rewrap"}
+    return types.SimpleNamespace(**{name: os.path.join(build, path) for name, path in folders.items()})
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("build")
@@ -253,11 +295,10 @@ def main():
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--keep")
     parser.add_argument("--growth", action="store_true")
+    parser.add_argument("--against", metavar="BUILD")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    folders = {"work": "benchmarks/bryx_work", "measure": "benchmarks/bryx_measure", "extract": "tools/extract",
-               "inspect": "tools/inspect", "rewrap": "tools/rewrap"}
-    programs = types.SimpleNamespace(**{name: os.path.join(options.build, path) for name, path in folders.items()})
+    programs = programs_of(options.build)
     if not HAS_FFMPEG:
         print("ffmpeg is not there: the files that it makes are left out, and what it takes")
     with tempfile.TemporaryDirectory() as temporary:
@@ -269,7 +310,10 @@ def main():
             failures = growth(programs, sizes, out, options.rounds)
         else:
             files = make_files(folder, programs.work, options.scale)
-            failures = comparison(programs, files, out, options.rounds)
+            if options.against:
+                failures = regression(programs, programs_of(options.against), files, out, options.rounds)
+            else:
+                failures = comparison(programs, files, out, options.rounds)
     sys.exit(options.check and "\n".join(failures) or 0)
 
 

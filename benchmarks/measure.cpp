@@ -1,4 +1,5 @@
-/// Runs a command, and prints on standard error the nanoseconds that it took and the most memory that it had, in KiB.
+/// Runs a command, and prints on standard error the nanoseconds that it took, those of the processor among them, and the
+/// most memory that it had, in KiB.
 ///
 ///     bryx_measure COMMAND...
 ///
@@ -11,6 +12,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+long long nanoseconds(const timeval& time) {
+    return (static_cast<long long>(time.tv_sec) * 1'000'000 + time.tv_usec) * 1000;
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     const auto start = std::chrono::steady_clock::now();
     pid_t child = 0;
@@ -22,6 +31,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::chrono::nanoseconds time = std::chrono::steady_clock::now() - start;
-    std::fprintf(stderr, "%lld %ld\n", static_cast<long long>(time.count()), usage.ru_maxrss);
+    std::fprintf(stderr, "%lld %lld %ld\n", static_cast<long long>(time.count()),
+                 nanoseconds(usage.ru_utime) + nanoseconds(usage.ru_stime), usage.ru_maxrss);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
