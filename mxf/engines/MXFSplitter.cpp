@@ -92,6 +92,7 @@ void MXFSplitter::startStream(bool accurateLengths) {
     depth_ = 0;
     delegateStarted_ = false;
     previousWasFill_ = false;
+    adjacentFill_.clear();
     enter(State::InStream);
     tracker_->structureHandler().startStructure();
 }
@@ -298,7 +299,7 @@ bool MXFSplitter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
     if (state_ == State::AfterPartitionPack && key == klvutil::fillKey) {
         triplet_ = MXFTripletPosition::of(locator(), form_, length);
         if (previousWasFill_) {
-            klvutil::report(errorHandler_, findings::adjacentFillItems);
+            adjacentFill_.report(errorHandler_, findings::adjacentFillItems, triplet_.start, {});
         }
         return false;
     }

@@ -5,6 +5,7 @@
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
+#include "klv/FindingReporter.h"
 #include "klv/KLVHandler.h"
 #include "klv/KLVIndividualItemHandler.h"
 #include "klv/Locator.h"
@@ -140,6 +141,7 @@ private:
     unsigned depth_ = 0; ///< triplets that are open
     bool delegateStarted_ = false;
     bool previousWasFill_ = false;
+    FindingReporter adjacentFill_; ///< by position
 
     std::uint64_t runIn_ = 0;
     std::uint64_t base_ = 0;

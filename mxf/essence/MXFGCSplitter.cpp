@@ -228,11 +228,12 @@ void MXFGCSplitter::endSystemElement(const KLVKey& key, Deliver deliver) {
 }
 
 bool MXFGCSplitter::startItem(std::uint32_t tag) {
+    if (delivery_ == Delivery::None) {
+        return false;
+    }
     if (itemPlaces_.size() == maxItems) {
         klvutil::report(errorHandler_, findings::unsupportedGCSystemItems, toString(key_));
         delivery_ = Delivery::None;
-    }
-    if (delivery_ == Delivery::None) {
         return false;
     }
     itemPlaces_.push_back({tag, own_.size()});

@@ -6,10 +6,10 @@
 
 #include "klv/DullKLVHandler.h"
 #include "klv/Finding.h"
+#include "klv/FindingReporter.h"
 #include "klv/KLVIndividualItemHandler.h"
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
-#include "mxf/essence/MXFKeyReporter.h"
 #include "mxf/essence/detail/MXFGCKnownKinds.h"
 #include "util/Api.h"
 
@@ -126,7 +126,7 @@ private:
     MXFGCEssenceKind onlyKind_ = MXFGCEssenceKind::None; ///< of the elements so far, where there is no system item
     std::uint8_t form_;
     std::uint8_t passedForm_;
-    MXFKeyReporter invalidKeys_;
+    FindingReporter invalidKeys_;
 
     // The element being read.
     KLVKey key_;

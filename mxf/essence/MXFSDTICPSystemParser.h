@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "klv/FindingReporter.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
-#include "mxf/essence/MXFKeyReporter.h"
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 #include "util/Api.h"
 
@@ -48,5 +48,5 @@ private:
     ErrorHandler* errorHandler_ = nullptr;
     Expectation expectation_ = Expectation::ControlDataDone;
     std::uint8_t seen_ = 0; ///< the kinds of metadata in this system item, a bit each
-    MXFKeyReporter invalidKeys_;
+    FindingReporter invalidKeys_;
 };

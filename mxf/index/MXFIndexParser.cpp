@@ -63,7 +63,7 @@ bool MXFIndexParser::allowsBERLengths(const KLVKey& /*key*/) const {
 }
 
 const KLVKey* MXFIndexParser::unknownTag(std::uint16_t tag) {
-    report(errorHandler(), findings::unsupportedIndexTag, mxfutil::tagText(tag));
+    reporter().report(errorHandler(), findings::unsupportedIndexTag, tag, mxfutil::tagText(tag));
     return nullptr;
 }
 

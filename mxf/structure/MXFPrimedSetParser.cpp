@@ -32,6 +32,7 @@ void MXFPrimedSetParser::startStream(bool accurateLengths) {
     util::require(state_ == State::BeforeStart, "before start");
     util::require(locator_ != nullptr, "has locator");
     state_ = State::BetweenSets;
+    reporter_.clear();
     next().startStream(accurateLengths);
 }
 
@@ -52,7 +53,7 @@ bool MXFPrimedSetParser::startLocalSet(const KLVKey& key, std::uint64_t length, 
         util::require(state_ == State::BetweenSets, "before primed set");
         if (wantsSet(key)) {
             if (lengthForm != KLVFieldForm::TwoOctets && !(lengthForm == KLVFieldForm::BER && allowsBERLengths(key))) {
-                klvutil::report(errorHandler_, findings::nonStandardItemLength, toString(key));
+                reporter_.report(errorHandler_, findings::nonStandardItemLength, key);
             }
             const auto position = MXFTripletPosition::of(*locator_, form_, length);
             set_.key = key;
@@ -89,7 +90,7 @@ bool MXFPrimedSetParser::startLocalItem(std::uint32_t tag, std::uint64_t length)
     }
     const auto [property, inserted] = set_.properties.try_emplace(*label);
     if (!inserted) {
-        klvutil::report(errorHandler_, findings::repeatedProperty, mxfutil::tagText(tag));
+        reporter_.report(errorHandler_, findings::repeatedProperty, tag, mxfutil::tagText(tag));
         return false;
     }
     property_ = &property->second;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "klv/DullKLVHandler.h"
+#include "klv/FindingReporter.h"
 #include "klv/KLVFilter.h"
 #include "mxf/structure/MXFPrimedSet.h"
 #include "mxf/structure/MXFPrimer.h"
@@ -13,8 +14,8 @@ class ErrorHandler;
 /// Decodes local sets with two-octet tags (ST 377-1 §9) into primed sets. What a derived class parses, and with which
 /// primer, it says by its hooks; everything else is forwarded to the next handler, if one is set.
 ///
-/// Reports "unexpected repeated property", of which the first value is kept, and "non-standard local item length type"
-/// for sets whose item lengths have not two octets.
+/// Reports "unexpected repeated property", of which the first value is kept, once for each tag of a stream, and
+/// "non-standard local item length type" for sets whose item lengths have not two octets, once for each key.
 class BRYX_API MXFPrimedSetParser : public DullKLVFilter {
 public:
     MXFPrimedSetParser();
@@ -58,11 +59,15 @@ protected:
 
     ErrorHandler* errorHandler() const { return errorHandler_; }
 
+    /// Remembers what has been reported of this stream.
+    FindingReporter& reporter() noexcept { return reporter_; }
+
 private:
     enum class State { BeforeStart, BetweenSets, InPrimedSet };
 
     DullKLVHandler noNext_;
     ErrorHandler* errorHandler_ = nullptr;
+    FindingReporter reporter_;
     const Locator* locator_ = nullptr;
     State state_ = State::BeforeStart;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;

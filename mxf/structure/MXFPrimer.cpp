@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "klv/FindingReporter.h"
 #include "klv/ValueCoding.h"
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
@@ -10,7 +11,6 @@
 #include "util/hex.h"
 
 namespace findings = mxfutil::findings;
-using klvutil::report;
 
 namespace mxfutil {
 
@@ -29,39 +29,69 @@ std::map<KLVKey, std::uint16_t> tagsByLabel(const MXFPrimer& primer) {
     return tags;
 }
 
-void checkAgainstStaticTags(const MXFPrimerEntry& entry, ErrorHandler* errorHandler) {
-    const KLVKey* const label = staticLabel(entry.tag);
-    if (label != nullptr && *label != entry.label) {
-        report(errorHandler, findings::nonStandardPrimerKey, text(entry));
-    }
-    const std::uint16_t tag = staticTag(entry.label);
-    if (tag != 0 && tag != entry.tag) {
-        report(errorHandler, findings::nonStandardPrimerTag, text(entry));
-    }
-}
+/// Reports what is wrong with entries.
+class EntryChecker {
+public:
+    EntryChecker(const MXFPrimer* previous, ErrorHandler* errorHandler, FindingReporter& reporter)
+        : previous_(previous),
+          tagsBefore_(previous == nullptr ? std::map<KLVKey, std::uint16_t>() : tagsByLabel(*previous)),
+          errorHandler_(errorHandler), reporter_(reporter) {}
 
-void checkAgainstPrevious(const MXFPrimerEntry& entry, const MXFPrimer& previous,
-                          const std::map<KLVKey, std::uint16_t>& tagsBefore, ErrorHandler* errorHandler) {
-    const auto label = previous.find(entry.tag);
-    if (label != previous.end() && label->second != entry.label) {
-        // Dynamic tags hold for one region, and need not be the same in the next.
-        report(errorHandler,
-               entry.tag < firstDynamicTag ? findings::inconsistentPrimerKey : findings::inconsistentDynamicPrimerKey,
-               text(entry));
+    void report(const klvutil::Finding& finding, const MXFPrimerEntry& entry) {
+        reporter_.report(errorHandler_, finding, entry.tag, text(entry));
     }
-    const auto tag = tagsBefore.find(entry.label);
-    if (tag != tagsBefore.end() && tag->second != entry.tag) {
-        report(errorHandler, findings::inconsistentPrimerTag, text(entry));
+
+    void check(const MXFPrimerEntry& entry) {
+        checkAgainstStaticTags(entry);
+        if (previous_ != nullptr) {
+            checkAgainstPrevious(entry);
+        }
     }
-}
+
+private:
+    void checkAgainstStaticTags(const MXFPrimerEntry& entry) {
+        const KLVKey* const label = staticLabel(entry.tag);
+        if (label != nullptr && *label != entry.label) {
+            report(findings::nonStandardPrimerKey, entry);
+        }
+        const std::uint16_t tag = staticTag(entry.label);
+        if (tag != 0 && tag != entry.tag) {
+            report(findings::nonStandardPrimerTag, entry);
+        }
+    }
+
+    void checkAgainstPrevious(const MXFPrimerEntry& entry) {
+        const auto label = previous_->find(entry.tag);
+        if (label != previous_->end() && label->second != entry.label) {
+            // Dynamic tags hold for one region, and need not be the same in the next.
+            report(entry.tag < firstDynamicTag ? findings::inconsistentPrimerKey
+                                               : findings::inconsistentDynamicPrimerKey,
+                   entry);
+        }
+        const auto tag = tagsBefore_.find(entry.label);
+        if (tag != tagsBefore_.end() && tag->second != entry.tag) {
+            report(findings::inconsistentPrimerTag, entry);
+        }
+    }
+
+    const MXFPrimer* previous_;
+    std::map<KLVKey, std::uint16_t> tagsBefore_;
+    ErrorHandler* errorHandler_;
+    FindingReporter& reporter_;
+};
 
 } // namespace
 
 MXFPrimer readPrimerPack(const std::uint8_t* data, std::size_t size, const MXFPrimer* previous,
                          ErrorHandler* errorHandler) {
+    FindingReporter reporter;
+    return readPrimerPack(data, size, previous, errorHandler, reporter);
+}
+
+MXFPrimer readPrimerPack(const std::uint8_t* data, std::size_t size, const MXFPrimer* previous,
+                         ErrorHandler* errorHandler, FindingReporter& reporter) {
     MXFPrimer primer;
-    const std::map<KLVKey, std::uint16_t> tagsBefore =
-        previous == nullptr ? std::map<KLVKey, std::uint16_t>() : tagsByLabel(*previous);
+    EntryChecker checker(previous, errorHandler, reporter);
     klvutil::OctetReader octets(data, size);
     try {
         const auto count = octets.read<std::uint32_t>();
@@ -73,18 +103,15 @@ MXFPrimer readPrimerPack(const std::uint8_t* data, std::size_t size, const MXFPr
             klvutil::OctetReader fields(octets.take(entrySize), entrySize);
             const auto entry = fields.read<MXFPrimerEntry>();
             if (entry.tag == 0) { // which ST 377-1 keeps free
-                report(errorHandler, findings::invalidPrimerValue, text(entry));
+                checker.report(findings::invalidPrimerValue, entry);
             } else if (!primer.emplace(entry.tag, entry.label).second) {
-                report(errorHandler, findings::repeatedPrimerTag, text(entry));
+                checker.report(findings::repeatedPrimerTag, entry);
             } else {
-                checkAgainstStaticTags(entry, errorHandler);
-                if (previous != nullptr) {
-                    checkAgainstPrevious(entry, *previous, tagsBefore, errorHandler);
-                }
+                checker.check(entry);
             }
         }
     } catch (const std::length_error& error) {
-        report(errorHandler, findings::invalidPrimerPack, error.what());
+        reporter.report(errorHandler, findings::invalidPrimerPack, 0, error.what());
     }
     return primer;
 }

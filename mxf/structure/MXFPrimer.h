@@ -10,6 +10,7 @@
 #include "util/Api.h"
 
 class ErrorHandler;
+class FindingReporter;
 
 /// The local tags of one header metadata region and the labels of the properties that they stand for.
 using MXFPrimer = std::map<std::uint16_t, KLVKey>;
@@ -40,13 +41,18 @@ inline constexpr std::size_t primerEntrySize = 18;
 /// Reads the value of a primer pack and checks its entries: against the static tags, against one another and, where
 /// there is one, against the primer of an earlier region of the file. Of two entries for one tag the first holds.
 ///
-/// What is wrong with an entry is reported to @p errorHandler, which may be null, and the entry holds all the same.
-/// "invalid primer pack" is reported when the octets are not a batch of entries; then the primer holds those that
+/// What is wrong with an entry is reported to @p errorHandler, which may be null, once for each tag, and the entry holds all
+/// the same. "invalid primer pack" is reported when the octets are not a batch of entries; then the primer holds those that
 /// could be read.
 ///
 /// @param previous the primer of an earlier header metadata region, or null
 BRYX_API MXFPrimer readPrimerPack(const std::uint8_t* data, std::size_t size, const MXFPrimer* previous,
                                   ErrorHandler* errorHandler);
+
+/// The same for a region that may hold several primer packs.
+/// @param reporter remembers what has been reported of the region
+BRYX_API MXFPrimer readPrimerPack(const std::uint8_t* data, std::size_t size, const MXFPrimer* previous,
+                                  ErrorHandler* errorHandler, FindingReporter& reporter);
 
 /// A local tag as messages show it: "0x" and four hexadecimal digits, or eight for a larger one.
 BRYX_API std::string tagText(std::uint32_t tag);

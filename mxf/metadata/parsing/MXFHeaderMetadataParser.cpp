@@ -49,7 +49,7 @@ bool MXFHeaderMetadataParser::startFixedLengthPack(const KLVKey& key, std::uint6
         return MXFPrimedSetParser::startFixedLengthPack(key, length);
     }
     if (length > maxPrimerPackSize) {
-        klvutil::report(errorHandler(), findings::invalidPrimerPack, "too many octets");
+        reporter().report(errorHandler(), findings::invalidPrimerPack, 0, "too many octets");
         return false;
     }
     octets_.clear();
@@ -64,8 +64,8 @@ void MXFHeaderMetadataParser::endFixedLengthPack(const KLVKey& key) {
     if (!std::exchange(inPrimerPack_, false)) {
         return;
     }
-    primer_ =
-        mxfutil::readPrimerPack(octets_.data(), octets_.size(), hasPrevious_ ? &previous_ : nullptr, errorHandler());
+    primer_ = mxfutil::readPrimerPack(octets_.data(), octets_.size(), hasPrevious_ ? &previous_ : nullptr,
+                                      errorHandler(), reporter());
     primerSeen_ = true;
     handler_.primer({primer_.begin(), primer_.end()});
 }
@@ -97,7 +97,7 @@ bool MXFHeaderMetadataParser::allowsBERLengths(const KLVKey& key) const {
 }
 
 const KLVKey* MXFHeaderMetadataParser::unknownTag(std::uint16_t tag) {
-    klvutil::report(errorHandler(), findings::tagMissingInPrimer, mxfutil::tagText(tag));
+    reporter().report(errorHandler(), findings::tagMissingInPrimer, tag, mxfutil::tagText(tag));
     return mxfutil::staticLabel(tag);
 }
 

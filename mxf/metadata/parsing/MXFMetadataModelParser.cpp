@@ -54,7 +54,7 @@ void MXFMetadataModelParser::clear() {
     byUID_.clear();
     unresolved_.clear();
     levels_.clear();
-    unrecognized_.clear();
+    reporter_.clear();
     unhandled_.clear();
     unhandledTargets_.clear();
 }
@@ -70,9 +70,7 @@ bool MXFMetadataModelParser::handlesSet(const KLVKey& key) {
     if (factory_.canParse(key)) {
         return true;
     }
-    if (unrecognized_.insert(key).second) {
-        report(errorHandler_, findings::unrecognizedMetadata, toString(key));
-    }
+    reporter_.report(errorHandler_, findings::unrecognizedMetadata, key);
     return false;
 }
 
@@ -91,7 +89,7 @@ void MXFMetadataModelParser::primedSet(MXFPrimedSet& set) {
     object->setEndStreampos(static_cast<std::streamoff>(set.position + set.length));
     const MXFUID& uid = object->getInstanceUID();
     if (!byUID_.emplace(uid, object).second) {
-        return report(errorHandler_, findings::duplicateInstanceUID, toString(uid));
+        return reporter_.report(errorHandler_, findings::duplicateInstanceUID, uid);
     }
     const auto waiting = pending_.equal_range(uid);
     for (auto reference = waiting.first; reference != waiting.second; ++reference) {
@@ -121,11 +119,11 @@ void MXFMetadataModelParser::resolve(const Reference& reference, const std::shar
     } else if (reference->isStrong()) {
         refused = target->hasOwner() ? &findings::alreadyOwned : placeBelow(*reference->referencing(), *target);
         if (refused == nullptr && backward) {
-            report(errorHandler_, findings::backwardReference, toString(target->getInstanceUID()));
+            reporter_.report(errorHandler_, findings::backwardReference, target->getInstanceUID());
         }
     }
     if (refused != nullptr) {
-        report(errorHandler_, *refused, toString(target->getInstanceUID()));
+        reporter_.report(errorHandler_, *refused, target->getInstanceUID());
         unresolved_.emplace_back(target->getInstanceUID(), reference);
     } else {
         reference->resolve(target);

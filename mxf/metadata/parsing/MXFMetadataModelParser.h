@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "klv/Finding.h"
+#include "klv/FindingReporter.h"
 #include "mxf/metadata/factories/MXFMetadataFactory.h"
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
@@ -17,7 +18,7 @@ class ErrorHandler;
 
 /// Makes models of primed sets: has a factory make each set, and leads references to the sets that they name.
 ///
-/// Reported are: sets of unknown classes, once for each key; sets with the instance UID of an earlier one, which are
+/// Reported are, once for each key or instance UID: sets of unknown classes; sets with the instance UID of an earlier one, which are
 /// left out; references that lead nowhere, to a set that is owned already, of another class than expected or above the
 /// referencing one, which are left unresolved; sets besides the first one that nothing owns, which follow it in the
 /// model. What leads to sets of unknown classes, or is led to by them, is not complained of. Unresolved references are
@@ -71,7 +72,7 @@ private:
     std::unordered_map<const MetadataRoot*, unsigned> levels_;
     std::vector<const MetadataRoot*> above_; ///< from a set to its top owner; kept for its memory
 
-    std::set<KLVKey> unrecognized_;     ///< keys that have been reported
+    FindingReporter reporter_;          ///< of this region
     std::set<MXFUID> unhandled_;        ///< instance UIDs of sets of unknown classes
     std::set<MXFUID> unhandledTargets_; ///< whatever they may refer to
 };

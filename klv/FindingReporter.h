@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "klv/Finding.h"
+#include "klv/KLVKey.h"
+#include "klv/KLVValueTypes.h"
+#include "util/Api.h"
+#include "util/uuid.h"
+
+class ErrorHandler;
+
+/// Reports findings that damage can repeat without end: each once for each thing that it is about, such as a key, a tag or
+/// a set. What is wrong with one of them is as a rule wrong wherever it comes.
+///
+/// After a thousand things nothing more is reported, until clear(): neither the reports nor the memory that they take grow
+/// with what is wrong.
+class BRYX_API FindingReporter {
+public:
+    static constexpr std::size_t mostThings = 1000;
+
+    /// @p finding is about @p key, which is its detail. Octet 7 does not tell keys apart.
+    void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, const KLVKey& key);
+    /// @p finding is about the set with the instance UID @p uid, which is its detail.
+    void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, const MXFUID& uid);
+    /// @p finding is about what @p number tells from others, such as a tag or a position.
+    void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, std::uint64_t number,
+                const std::string& detail);
+
+    /// Forgets what was reported: a stream or a region begins.
+    void clear() { reported_.clear(); }
+
+private:
+    using Thing = std::array<std::uint8_t, 16>;
+
+    bool isNew(const klvutil::Finding& finding, const Thing& thing);
+
+    std::set<std::pair<util::uuid, Thing>> reported_;
+};
