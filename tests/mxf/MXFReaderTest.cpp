@@ -126,6 +126,21 @@ TEST(MXFReader, RunInsOnEveryKindOfStream) {
               (Log{"fatal invalid run-in @65536", "parse_error invalid run-in @65536"}));
 }
 
+TEST(MXFReader, APipeShowsThatItHasEnded) {
+    const FileBuilder built = FileBuilder::whole();
+    for (const std::size_t size : {std::size_t{11}, std::size_t{60}, built.file.size() - 1}) {
+        std::istringstream file(built.file.substr(0, size));
+        EXPECT_TRUE(Reading(file).reported);
+        EXPECT_TRUE(file.eof() && file.fail()) << size;
+        PipeStream pipe(built.file.substr(0, size), 1);
+        EXPECT_TRUE(Reading(pipe).reported);
+        EXPECT_EQ(pipe.rdstate(), file.rdstate()) << size;
+    }
+    FailingStream failing(built.file);
+    EXPECT_TRUE(Reading(failing).reported);
+    EXPECT_TRUE(failing.bad());
+}
+
 /// Streams that tell but do not seek, whatever they do instead, and streams with an exception mask.
 TEST(MXFReader, OddStreams) {
     const std::string whole = "x" + FileBuilder::whole().file;

@@ -10,6 +10,7 @@
 #include "mxf/structure/MXFPartitionFilter.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 #include "mxf/structure/MXFStructureValidator.h"
+#include "support/Failure.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
 #include "support/Streams.h"
@@ -343,4 +344,76 @@ TEST(MXFPartitionFilter, TellsPartitionsAndPassesEveryEventOn) {
                          "error invalid partition pack - " + toString(cutKey) + " @" +
                              std::to_string(data.size() - cut.size()),
                          "endStructure"}));
+}
+
+namespace {
+
+/// A validator behind a filter, for one stream after the other.
+struct FilteredStructure {
+    FilteredStructure() {
+        validator.setErrorHandler(&errors);
+        validator.setLocator(partitions.getLocator());
+        partitions.setErrorHandler(&errors);
+        partitions.setHandler(&recorder);
+    }
+
+    /// Returns the position of what could not be read, or -1.
+    std::streamoff parse(const std::string& octets) {
+        log.clear();
+        stop = false;
+        GenericKLVReader reader;
+        reader.setHandler(&partitions);
+        reader.setErrorHandler(&errors);
+        std::istringstream stream(octets);
+        try {
+            reader.parse(stream, 0, stop);
+        } catch (const klvutil::parse_error& error) {
+            return error.position();
+        }
+        return -1;
+    }
+
+    Log log;
+    Log events;
+    bool stop = false;
+    StructureRecorder structure{log};
+    FindingRecorder errors{log};
+    EventRecorder recorder{events};
+    MXFStructureValidator validator{&structure};
+    MXFPartitionFilter partitions{&validator};
+};
+
+} // namespace
+
+TEST(MXFPartitionFilter, TakesAnotherFileAfterOneThatBreaksOff) {
+    const std::string file = FileBuilder::whole().file;
+    FilteredStructure filtered;
+    filtered.parse(file);
+    const Log whole = filtered.log;
+    for (std::size_t size = 1; size < file.size(); ++size) {
+        filtered.parse(file.substr(0, size));
+        std::streamoff broken = 0;
+        ASSERT_EQ(failure([&] { broken = filtered.parse(file); }), "none") << size;
+        EXPECT_EQ(broken, -1);
+        ASSERT_EQ(filtered.log, whole) << size;
+    }
+}
+
+TEST(MXFPartitionFilter, LetsAFileBeStopped) {
+    FilteredStructure filtered;
+    filtered.recorder.onEvent = [&](const std::string& event) { filtered.stop |= event.rfind("localSet", 0) == 0; };
+    filtered.parse(FileBuilder::whole().file);
+    // What has not been read is not missing.
+    EXPECT_EQ(joined(filtered.log), "startStructure; partition 2 0 149; /partition 2; endStructure");
+}
+
+TEST(MXFPartitionFilter, TellsAPositionAfterAFileThatBreaksOff) {
+    const std::string file = FileBuilder::whole().file;
+    for (std::size_t size = 1; size < file.size(); ++size) {
+        FilteredStructure filtered;
+        const std::streamoff broken = filtered.parse(file.substr(0, size));
+        const std::streamoff position = filtered.partitions.getLocator().streampos();
+        EXPECT_LE(position, broken < 0 ? static_cast<std::streamoff>(size) : broken) << size;
+        EXPECT_GE(position, std::max<std::streamoff>(broken - 149, 0)) << size; // the longest triplet
+    }
 }

@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include "klv/parse_error.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/index/MXFIndexParser.h"
 #include "sdk/BRYX.h"
 #include "support/Failure.h"
 #include "support/GoodClip.h"
@@ -213,6 +216,98 @@ TEST(BRYXReader, StaysUsableWhenAHandlerThrows) {
     stream->seekg(0);
     reader->read();
     EXPECT_EQ(std::count_if(log.begin(), log.end(), isFinding), 2);
+}
+
+TEST(BRYXReader, LivesAsLongAsItsReading) {
+    struct Dropper : DullMXFStructureHandler, DullErrorHandler {
+        std::function<void()> drop;
+        std::weak_ptr<std::istream> stream;
+        int calls = 0;
+        void startPartition(const KLVKey&, const MXFPartitionPack&, std::uint64_t) override { dropped(); }
+        void randomIndex(const MXFRandomIndex&) override { dropped(); }
+        void startStream() override { dropped(); }
+        void dropped() {
+            drop();
+            ++calls;
+            EXPECT_FALSE(stream.expired());
+        }
+    };
+    const GoodClip clip;
+    const auto check = [&](auto create, auto read) {
+        auto stream = std::make_shared<std::istringstream>("run-in" + clip.octets);
+        auto reader = create(stream);
+        const std::weak_ptr<std::istream> left = stream;
+        stream.reset();
+        auto dropper = std::make_shared<Dropper>();
+        const std::weak_ptr<Dropper> handler = dropper;
+        dropper->stream = left;
+        // The last references to the reader and, but for the reader's own, to the handler.
+        dropper->drop = [&] {
+            if (reader != nullptr) {
+                reader->setStructureHandler(nullptr);
+                reader->setErrorHandler(nullptr);
+            }
+            dropper.reset();
+            reader.reset();
+            EXPECT_FALSE(handler.expired());
+        };
+        reader->setStructureHandler(dropper);
+        reader->setErrorHandler(dropper);
+        auto& running = *reader;
+        read(running);
+        EXPECT_TRUE(left.expired());
+        EXPECT_TRUE(handler.expired());
+    };
+    const auto whole = [](auto stream) { return createBRYXReader(stream, BRYXValidationMode::Strict); };
+    check(whole, [](BRYXReader& reader) { reader.read(); });
+    const auto partial = [](auto stream) { return createBRYXPartialReader(stream); };
+    check(partial, [](BRYXPartialReader& reader) { EXPECT_EQ(reader.skipRunIn(), 6U); });
+    check(partial, [](BRYXPartialReader& reader) { EXPECT_TRUE(reader.readPartition(6)); });
+    check(partial, [](BRYXPartialReader& reader) { EXPECT_TRUE(reader.readRandomIndexPack()); });
+}
+
+TEST(MXFReader, ItsHandlersTakeAnotherFileAfterOneThatBreaksOff) {
+    const GoodClip clip;
+    Log log;
+    Everything everything(log);
+    BRYXMetadataFactory factory;
+    BRYXMetadataParser metadata(factory, everything);
+    metadata.setErrorHandler(&everything);
+    MXFIndexParser index(everything);
+    index.setErrorHandler(&everything);
+    BRYXSystemParser system;
+    system.setSDTICPSystemHandler(&everything);
+    system.setErrorHandler(&everything);
+    BRYXEssenceSplitter essence;
+    essence.setStructureHandler(&everything);
+    essence.setSystemHandler(&system);
+    essence.setEssenceHandler(&everything);
+    essence.setErrorHandler(&everything);
+    MXFReader reader;
+    reader.setStructureHandler(&everything);
+    reader.setHeaderMetadataHandler(&metadata.handler());
+    reader.setIndexHandler(&index);
+    reader.setBodyHandler(&essence);
+    reader.setErrorHandler(&everything);
+    int broken = 0;
+    const auto read = [&](const std::string& octets) {
+        log.clear();
+        std::istringstream stream(octets);
+        try {
+            reader.read(stream);
+        } catch (const klvutil::parse_error&) {
+            ++broken;
+        }
+        return joined(log);
+    };
+    const std::string whole = read(clip.octets);
+    for (std::size_t size = 1; size < clip.octets.size(); size += clip.octets.size() / 150) {
+        read(clip.octets.substr(0, size));
+        std::string next;
+        ASSERT_EQ(failure([&] { next = read(clip.octets); }), "none") << size;
+        ASSERT_TRUE(next == whole) << size;
+    }
+    EXPECT_GT(broken, 50);
 }
 
 TEST(BRYXReader, PassesGenericStreamsAndClassifiedEssenceOn) {
