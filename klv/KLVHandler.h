@@ -22,7 +22,7 @@ class BRYX_API KLVHandler {
 public:
     virtual ~KLVHandler();
 
-    /// The source of positions for this stream, valid until endStream.
+    /// The source of positions for this stream, valid until endStream, or until an exception ends the stream.
     virtual void setLocator(const Locator& locator) = 0;
 
     /// @param accurateLengths that the lengths of the events to come are those of the stream; a reader passes true

@@ -82,9 +82,6 @@ void MXFSplitter::startStream(bool accurateLengths) {
     util::require(accurateLengths, "has accurate lengths");
     tracker_->start(baseGiven_ ? base_ : start - std::min(runIn_, start));
     tracker_->locator().follow(*locator_);
-    if (validator_) {
-        validator_->setLocator(tracker_->locator());
-    }
     if (errorHandler_ != nullptr) {
         errorHandler_->setLocator(tracker_->locator());
     }
@@ -115,10 +112,7 @@ void MXFSplitter::endStream(bool stopped) {
     }
     endPartition(stopped);
     if (state_ != State::BeforeStart) {
-        if (validator_ && stopped) {
-            validator_->stopRequested();
-        }
-        tracker_->structureHandler().endStructure();
+        tracker_->endStructure(stopped);
     }
     enter(State::BeforeStart);
     runIn_ = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "klv/ErrorHandler.h"
 #include "klv/KLVCoding.h"
@@ -109,8 +110,12 @@ MXFGCEssenceKind MXFGCSplitter::classify(const KLVKey& key) const {
 
 // ---- The stream, and what can be in it ----
 
+void MXFGCSplitter::setLocator(const Locator& /*locator*/) {
+    isLocated_ = true;
+}
+
 void MXFGCSplitter::startStream(bool accurateLengths) {
-    require(state_ == State::GCBeforeStart, "before start");
+    require(std::exchange(isLocated_, false) || state_ == State::GCBeforeStart, "before start");
     require(accurateLengths, "has accurate lengths");
     form_ = passedForm_ = klvutil::automaticBERLengthForm;
     packageOpen_ = inElement_ = false;

@@ -24,8 +24,6 @@ class MXFGCStructureHandler;
 /// A content package begins whenever the key of the very first element comes round again. Fill is passed over. What is
 /// no element of a Generic Container is reported, once for each key, skipped, and touches nothing else.
 ///
-/// After an exception has ended a reading, a splitter is done for.
-///
 /// Essence goes straight into the buffers of the essence handler, if it gives any. An element without one is delivered
 /// where the reader has it, if that has it whole; else it is held in memory of the splitter, up to 16,777,215 octets. A
 /// longer one is reported as "unsupported GC essence element length" and skipped, unless the handler takes chunks.
@@ -54,7 +52,9 @@ public:
     MXFGCEssenceHandler& getEssenceHandler() const;
     void setErrorHandler(ErrorHandler* handler) { errorHandler_ = handler; }
 
-    /// Requires "before start" and "has accurate lengths".
+    void setLocator(const Locator& locator) override;
+    /// Requires "has accurate lengths", and "before start", unless setLocator has come since the stream before began: then
+    /// that is over, ended by an exception.
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override { form_ = form; }
@@ -121,6 +121,7 @@ private:
     ErrorHandler* errorHandler_ = nullptr;
 
     State state_ = State::GCBeforeStart;
+    bool isLocated_ = false; ///< setLocator has come since the last stream began
     KLVKey firstKey_;
     bool packageOpen_ = false;                           ///< an element has come
     MXFGCEssenceKind onlyKind_ = MXFGCEssenceKind::None; ///< of the elements so far, where there is no system item

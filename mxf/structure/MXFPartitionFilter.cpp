@@ -36,13 +36,19 @@ const Locator& MXFPartitionFilter::getLocator() const {
 
 void MXFPartitionFilter::setLocator(const Locator& locator) {
     locator_ = &locator;
-    tracker_->locator().follow(locator);
+    locate();
     next().setLocator(locator);
+}
+
+/// Keeps the position: when an exception ends the stream, which no handler is told of, the stream's locator goes.
+void MXFPartitionFilter::locate() {
+    tracker_->locator().show(locator_->streampos());
 }
 
 void MXFPartitionFilter::startStream(bool accurateLengths) {
     util::require(accurateLengths, "has accurate lengths");
     util::require(locator_ != nullptr, "has locator");
+    locate();
     form_ = klvutil::automaticBERLengthForm;
     depth_ = 0;
     tracker_->start(0);
@@ -54,13 +60,13 @@ void MXFPartitionFilter::startStream(bool accurateLengths) {
 }
 
 void MXFPartitionFilter::endStream(bool stopped) {
+    locate();
     if (!stopped) {
         openPending();
     }
     tracker_->closePartition();
-    tracker_->structureHandler().endStructure();
+    tracker_->endStructure(stopped);
     next().endStream(stopped);
-    tracker_->locator().unfollow();
     locator_ = nullptr;
 }
 
@@ -77,6 +83,7 @@ void MXFPartitionFilter::openPending() {
 
 /// A triplet other than a pack or the fill after it begins.
 void MXFPartitionFilter::enter() {
+    locate();
     if (depth_++ == 0) {
         openPending();
     }
@@ -94,7 +101,8 @@ bool MXFPartitionFilter::startFixedLengthPack(const KLVKey& key, std::uint64_t l
 }
 
 void MXFPartitionFilter::endFixedLengthPack(const KLVKey& key) {
-    if (--depth_ == 0 && MXFPartitionTracker::packOf(key) != Pack::None) {
+    leave();
+    if (depth_ == 0 && MXFPartitionTracker::packOf(key) != Pack::None) {
         const bool collected = tracker_->collecting();
         if (!tracker_->endPack(key, form_)) {
             klvutil::report(tracker_->errorHandler(), findings::invalidPartitionPack, toString(key));
@@ -119,8 +127,15 @@ void MXFPartitionFilter::value(const std::uint8_t* data, std::uint64_t size) {
     }
 }
 
+/// A triplet ends.
+void MXFPartitionFilter::leave() {
+    locate();
+    --depth_;
+}
+
 bool MXFPartitionFilter::startIndividualItem(const KLVKey& key, std::uint64_t length) {
     if (depth_ == 0 && tracker_->pending() && key == klvutil::fillKey) {
+        locate();
         tracker_->fill(MXFTripletPosition::of(*locator_, form_, length).end);
         ++depth_;
     } else {
@@ -129,10 +144,11 @@ bool MXFPartitionFilter::startIndividualItem(const KLVKey& key, std::uint64_t le
     return next().startIndividualItem(key, length);
 }
 void MXFPartitionFilter::endIndividualItem(const KLVKey& key) {
-    --depth_;
+    leave();
     next().endIndividualItem(key);
 }
 bool MXFPartitionFilter::startLabel(const KLVKey& key) {
+    locate();
     if (depth_ == 0) {
         openPending();
     }
@@ -143,7 +159,7 @@ bool MXFPartitionFilter::startUniversalSet(const KLVKey& key, std::uint64_t leng
     return next().startUniversalSet(key, length);
 }
 void MXFPartitionFilter::endUniversalSet(const KLVKey& key) {
-    --depth_;
+    leave();
     next().endUniversalSet(key);
 }
 bool MXFPartitionFilter::startLocalSet(const KLVKey& key, std::uint64_t length, KLVFieldForm tagForm,
@@ -152,7 +168,7 @@ bool MXFPartitionFilter::startLocalSet(const KLVKey& key, std::uint64_t length, 
     return next().startLocalSet(key, length, tagForm, lengthForm);
 }
 void MXFPartitionFilter::endLocalSet(const KLVKey& key) {
-    --depth_;
+    leave();
     next().endLocalSet(key);
 }
 bool MXFPartitionFilter::startVariableLengthPack(const KLVKey& key, std::uint64_t length, KLVFieldForm itemLengthForm) {
@@ -160,7 +176,7 @@ bool MXFPartitionFilter::startVariableLengthPack(const KLVKey& key, std::uint64_
     return next().startVariableLengthPack(key, length, itemLengthForm);
 }
 void MXFPartitionFilter::endVariableLengthPack(const KLVKey& key) {
-    --depth_;
+    leave();
     next().endVariableLengthPack(key);
 }
 bool MXFPartitionFilter::startWrapper(const KLVKey& key, std::uint64_t length, KLVWrapperKind kind) {
@@ -168,6 +184,6 @@ bool MXFPartitionFilter::startWrapper(const KLVKey& key, std::uint64_t length, K
     return next().startWrapper(key, length, kind);
 }
 void MXFPartitionFilter::endWrapper(const KLVKey& key) {
-    --depth_;
+    leave();
     next().endWrapper(key);
 }

@@ -17,6 +17,9 @@ class MXFPartitionTracker;
 /// Packs are looked for among the outermost triplets only. A pack's value is collected first, and passed on as the next
 /// handler asks for it before the end event of the pack. Header starts count from position 0 of the stream.
 ///
+/// It takes one stream after the other, also after one that an exception has ended. If the structure handler is an
+/// MXFStructureValidator, it gets the locator of getLocator at the start of each, and learns of a requested stop.
+///
 /// A pack that cannot be decoded is reported as "invalid partition pack" or "invalid random index pack" and passed
 /// over.
 class BRYX_API MXFPartitionFilter : public DullKLVFilter {
@@ -31,8 +34,9 @@ public:
     /// getLocator.
     void setErrorHandler(ErrorHandler* errorHandler);
 
-    /// Shows what the stream's own locator shows, and the pack while its partition is told of: for a structure handler
-    /// that wants positions, such as MXFStructureValidator. Valid as long as the filter is.
+    /// Shows what the stream's own locator shows as an event passes, and the pack while its partition is told of: for a
+    /// structure handler that wants positions, such as MXFStructureValidator. Between events, and when the stream has
+    /// ended in whatever way, the last position stays. Valid as long as the filter is.
     const Locator& getLocator() const;
 
     void setLocator(const Locator& locator) override;
@@ -59,7 +63,9 @@ public:
     void value(const std::uint8_t* data, std::uint64_t size) override;
 
 private:
+    void locate();
     void enter();
+    void leave();
     void openPending();
 
     std::unique_ptr<MXFPartitionTracker> tracker_;

@@ -1,5 +1,7 @@
 #include "mxf/structure/MXFPrimedSetParser.h"
 
+#include <utility>
+
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFTripletPosition.h"
 
@@ -25,11 +27,12 @@ bool MXFPrimedSetParser::allowsBERLengths(const KLVKey& /*key*/) const {
 
 void MXFPrimedSetParser::setLocator(const Locator& locator) {
     locator_ = &locator;
+    isLocated_ = true;
     next().setLocator(locator);
 }
 
 void MXFPrimedSetParser::startStream(bool accurateLengths) {
-    util::require(state_ == State::BeforeStart, "before start");
+    util::require(std::exchange(isLocated_, false) || state_ == State::BeforeStart, "before start");
     util::require(locator_ != nullptr, "has locator");
     state_ = State::BetweenSets;
     reporter_.clear();

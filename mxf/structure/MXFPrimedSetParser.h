@@ -27,7 +27,8 @@ public:
     void setErrorHandler(ErrorHandler* errorHandler) { errorHandler_ = errorHandler; }
 
     void setLocator(const Locator& locator) override;
-    /// Requires "before start".
+    /// Requires "before start", unless setLocator has come since the stream before began: then that is over, ended by an
+    /// exception.
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
     void berLengthForm(std::uint8_t form) override;
@@ -69,6 +70,7 @@ private:
     ErrorHandler* errorHandler_ = nullptr;
     FindingReporter reporter_;
     const Locator* locator_ = nullptr;
+    bool isLocated_ = false; ///< setLocator has come since the last stream began
     State state_ = State::BeforeStart;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
     MXFPrimedSet set_;

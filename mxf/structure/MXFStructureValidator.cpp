@@ -36,6 +36,19 @@ MXFStructureValidator::MXFStructureValidator(MXFStructureHandler* next) : next_(
 
 MXFStructureValidator::~MXFStructureValidator() = default;
 
+void MXFStructureValidator::setLocator(const Locator& locator) {
+    locator_ = &locator;
+    if (state_ != State::AfterRunIn) {
+        forgetFile();
+    }
+}
+
+void MXFStructureValidator::forgetFile() {
+    state_ = State::Initial;
+    stopped_ = false;
+    file_ = {};
+}
+
 std::int64_t MXFStructureValidator::position() const {
     util::require(locator_ != nullptr, "has locator");
     return locator_->streampos();
@@ -203,8 +216,6 @@ void MXFStructureValidator::endStructure() {
             report(errorHandler_, findings::missingFooterPartition);
         }
     }
-    state_ = State::Initial;
-    stopped_ = false;
-    file_ = {};
+    forgetFile();
     next_.endStructure();
 }

@@ -27,8 +27,9 @@ public:
     /// Where findings go; not owned. Without one, nothing is reported.
     void setErrorHandler(ErrorHandler* errorHandler) { errorHandler_ = errorHandler; }
 
-    /// The positions of the stream that is read; to be set before startStructure. Not owned.
-    void setLocator(const Locator& locator) { locator_ = &locator; }
+    /// The positions of the stream that is read; to be set before runIn and startStructure of each file. What is known of
+    /// a file that an exception has ended is forgotten. Not owned.
+    void setLocator(const Locator& locator);
 
     /// Reading was stopped by request: what has not come is not missing. Holds until endStructure.
     void stopRequested() { stopped_ = true; }
@@ -65,6 +66,7 @@ private:
         MXFRandomIndex partitions;
     };
 
+    void forgetFile();
     void checkOrder(MXFPartitionKind kind);
     void checkVersion(const MXFPartitionPack& pack);
     void checkOffsets(MXFPartitionKind kind, const MXFPartitionPack& pack, std::uint64_t offset);

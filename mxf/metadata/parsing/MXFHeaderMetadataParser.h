@@ -13,7 +13,7 @@ class MXFMetadataHandler;
 ///
 /// Each region has its own primer, which is checked against that of the region before. A tag that the primer lacks is
 /// reported as "tag missing in primer"; a static one is decoded all the same, with any other the item is skipped.
-/// A parser serves one file, and is done for when an exception has ended its reading.
+/// A parser serves one file.
 ///
 /// Everything that is neither the primer pack nor a local set is forwarded to the next handler, if one is set.
 class BRYX_API MXFHeaderMetadataParser : public MXFPrimedSetParser {

@@ -1,5 +1,8 @@
 #include "mxf/structure/internal/HeldLocator.h"
 
 const std::streampos& HeldLocator::streampos() const {
-    return held_ || locator_ == nullptr ? position_ : locator_->streampos();
+    if (held_) {
+        return heldPosition_;
+    }
+    return locator_ == nullptr ? position_ : locator_->streampos();
 }

@@ -2,6 +2,7 @@
 
 #include "mxf/structure/MXFPackLimits.h"
 #include "mxf/structure/MXFStructureFindings.h"
+#include "mxf/structure/MXFStructureValidator.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;
@@ -13,11 +14,25 @@ MXFPartitionTracker::Pack MXFPartitionTracker::packOf(const KLVKey& key) {
     return key == mxfutil::randomIndexPackKey ? Pack::RandomIndex : Pack::None;
 }
 
+MXFPartitionTracker::MXFPartitionTracker(MXFStructureHandler& structureHandler)
+    : structureHandler_(structureHandler), validator_(dynamic_cast<MXFStructureValidator*>(&structureHandler)) {}
+
 void MXFPartitionTracker::start(std::uint64_t base) {
     base_ = base;
     collecting_ = Pack::None;
     pending_ = false;
     open_ = false;
+    locator_.release();
+    if (validator_ != nullptr) {
+        validator_->setLocator(locator_);
+    }
+}
+
+void MXFPartitionTracker::endStructure(bool stopped) {
+    if (validator_ != nullptr && stopped) {
+        validator_->stopRequested();
+    }
+    structureHandler_.endStructure();
 }
 
 bool MXFPartitionTracker::startPack(Pack pack, std::uint64_t length, const MXFTripletPosition& position) {
@@ -50,7 +65,7 @@ bool MXFPartitionTracker::endPack(const KLVKey& key, std::uint8_t form) {
         klvutil::report(errorHandler_, findings::incorrectRandomIndexPackLength);
     }
     if (!index.empty()) {
-        structureHandler_->randomIndex(index);
+        structureHandler_.randomIndex(index);
     }
     return true;
 }
@@ -60,13 +75,13 @@ void MXFPartitionTracker::openPartition() {
     pending_ = false;
     open_ = true;
     locator_.hold(static_cast<std::streamoff>(position_.start));
-    structureHandler_->startPartition(key_, pack_, headerStart_ - base_);
+    structureHandler_.startPartition(key_, pack_, headerStart_ - base_);
     locator_.release();
 }
 
 void MXFPartitionTracker::closePartition() {
     if (open_) {
         open_ = false;
-        structureHandler_->endPartition(key_);
+        structureHandler_.endPartition(key_);
     }
 }

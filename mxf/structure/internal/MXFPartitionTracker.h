@@ -9,6 +9,7 @@
 #include "util/internal/octets.h"
 
 class ErrorHandler;
+class MXFStructureValidator;
 
 /// Collects the partition packs and the random index pack of a stream, as its owner meets them among the outermost
 /// triplets, and makes the calls that follow from them on a structure handler.
@@ -18,11 +19,11 @@ public:
     enum class Pack { None, Partition, RandomIndex };
     static Pack packOf(const KLVKey& key);
 
-    /// The structure handler is not owned.
-    explicit MXFPartitionTracker(MXFStructureHandler& structureHandler) : structureHandler_(&structureHandler) {}
+    /// The structure handler is not owned. If it is an MXFStructureValidator, it gets the locator when a stream starts,
+    /// and learns of a requested stop.
+    explicit MXFPartitionTracker(MXFStructureHandler& structureHandler);
 
-    void setStructureHandler(MXFStructureHandler& structureHandler) { structureHandler_ = &structureHandler; }
-    MXFStructureHandler& structureHandler() const { return *structureHandler_; }
+    MXFStructureHandler& structureHandler() const { return structureHandler_; }
     void setErrorHandler(ErrorHandler* errorHandler) { errorHandler_ = errorHandler; }
     ErrorHandler* errorHandler() const { return errorHandler_; }
 
@@ -30,8 +31,10 @@ public:
     const HeldLocator& locator() const { return locator_; }
     HeldLocator& locator() { return locator_; }
 
-    /// Forgets what was known. Header starts count from stream position @p base.
+    /// A stream starts: forgets what was known. Header starts count from stream position @p base.
     void start(std::uint64_t base);
+    /// The stream has ended.
+    void endStructure(bool stopped);
 
     /// A pack with a value of @p length octets starts; the partition that was open has been closed.
     /// @return whether the value is wanted; not so if it is longer than such a pack can be, which is reported of a
@@ -63,7 +66,8 @@ public:
     std::uint64_t headerStart() const { return headerStart_; }
 
 private:
-    MXFStructureHandler* structureHandler_;
+    MXFStructureHandler& structureHandler_;
+    MXFStructureValidator* validator_; ///< the same, if it is one
     ErrorHandler* errorHandler_ = nullptr;
     HeldLocator locator_;
     std::uint64_t base_ = 0;
