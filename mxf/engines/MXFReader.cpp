@@ -10,6 +10,23 @@
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 
+namespace {
+
+/// Gives a stream the state of another at its end, however that comes.
+class StateOf {
+public:
+    StateOf(const std::istream& from, std::istream& to) : from_(from), to_(to) {}
+    ~StateOf() { to_.setstate(from_.rdstate()); }
+    StateOf(const StateOf&) = delete;
+    StateOf& operator=(const StateOf&) = delete;
+
+private:
+    const std::istream& from_;
+    std::istream& to_;
+};
+
+} // namespace
+
 void MXFReader::read(std::istream& stream) {
     const klvutil::StreamExceptionsOff exceptionsOff(stream);
     if (klvutil::atEnd(stream)) {
@@ -43,6 +60,6 @@ void MXFReader::read(std::istream& stream) {
     }
     PrefixedStreambuf buffer(skipper.prefix(), *stream.rdbuf());
     std::istream prefixed(&buffer);
+    const StateOf shared(prefixed, stream);
     reader.parse(prefixed, start);
-    stream.setstate(prefixed.rdstate());
 }
