@@ -2,6 +2,7 @@
 
 #include <istream>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 #include "mxf/engines/MXFPartialReader.h"
@@ -12,49 +13,68 @@ BRYXPartialReader::~BRYXPartialReader() = default;
 
 namespace {
 
-class BRYXPartialReaderImpl final : public BRYXPartialReader {
+class BRYXPartialReaderImpl final : public BRYXPartialReader,
+                                    public std::enable_shared_from_this<BRYXPartialReaderImpl> {
 public:
     explicit BRYXPartialReaderImpl(std::shared_ptr<std::istream> stream) : stream_(std::move(stream)) {
         util::require(stream_ != nullptr, "stream is present");
         reader_.setInputStream(stream_.get());
     }
 
-    void setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) override { factory_ = std::move(factory); }
+    void setMetadataFactory(std::shared_ptr<MXFMetadataFactory> factory) override {
+        slots_.factory = std::move(factory);
+    }
     void setStructureHandler(std::shared_ptr<MXFStructureHandler> handler) override {
-        structureHandler_ = std::move(handler);
-        reader_.setStructureHandler(structureHandler_.get());
+        slots_.structureHandler = std::move(handler);
     }
     void setMetadataHandler(std::shared_ptr<MXFMetadataHandler> handler) override {
-        metadataHandler_ = std::move(handler);
+        slots_.metadataHandler = std::move(handler);
     }
     void setIndexHandler(std::shared_ptr<MXFIndexHandler> handler) override {
-        indexHandler_ = std::move(handler);
-        reader_.setIndexHandler(indexHandler_.get());
+        slots_.indexHandler = std::move(handler);
     }
-    void setErrorHandler(std::shared_ptr<ErrorHandler> handler) override {
-        errorHandler_ = std::move(handler);
-        reader_.setErrorHandler(errorHandler_.get());
-    }
+    void setErrorHandler(std::shared_ptr<ErrorHandler> handler) override { slots_.errorHandler = std::move(handler); }
 
-    std::uint64_t skipRunIn() override { return reader_.skipRunIn(); }
-    bool readPartition(std::uint64_t position) override {
-        // The parser of a region that an exception has left is done for, so that each call has a new one.
-        std::optional<BRYXMetadataChain> metadata;
-        if (metadataHandler_ != nullptr) {
-            metadata.emplace(factory_, *metadataHandler_, errorHandler_);
-        }
-        reader_.setHeaderMetadataHandler(metadata ? &metadata->handler() : nullptr);
-        return reader_.readPartition(position);
+    std::uint64_t skipRunIn() override {
+        return run([&](const Slots& /*slots*/) { return reader_.skipRunIn(); });
     }
-    bool readRandomIndexPack() override { return reader_.readRandomIndexPack(); }
+    bool readPartition(std::uint64_t position) override {
+        return run([&](const Slots& slots) {
+            std::optional<BRYXMetadataChain> metadata;
+            if (slots.metadataHandler != nullptr) {
+                metadata.emplace(slots.factory, *slots.metadataHandler, slots.errorHandler);
+            }
+            reader_.setHeaderMetadataHandler(metadata ? &metadata->handler() : nullptr);
+            return reader_.readPartition(position);
+        });
+    }
+    bool readRandomIndexPack() override {
+        return run([&](const Slots& /*slots*/) { return reader_.readRandomIndexPack(); });
+    }
 
 private:
+    /// What the caller has set.
+    struct Slots {
+        std::shared_ptr<MXFMetadataFactory> factory;
+        std::shared_ptr<MXFStructureHandler> structureHandler;
+        std::shared_ptr<MXFMetadataHandler> metadataHandler;
+        std::shared_ptr<MXFIndexHandler> indexHandler;
+        std::shared_ptr<ErrorHandler> errorHandler;
+    };
+
+    /// Handlers may set others while @p read runs, and drop the last reference to this.
+    template <class Read>
+    std::invoke_result_t<Read, const Slots&> run(Read read) {
+        const auto self = shared_from_this();
+        const Slots slots = slots_;
+        reader_.setStructureHandler(slots.structureHandler.get());
+        reader_.setIndexHandler(slots.indexHandler.get());
+        reader_.setErrorHandler(slots.errorHandler.get());
+        return read(slots);
+    }
+
     std::shared_ptr<std::istream> stream_;
-    std::shared_ptr<MXFMetadataFactory> factory_;
-    std::shared_ptr<MXFStructureHandler> structureHandler_;
-    std::shared_ptr<MXFMetadataHandler> metadataHandler_;
-    std::shared_ptr<MXFIndexHandler> indexHandler_;
-    std::shared_ptr<ErrorHandler> errorHandler_;
+    Slots slots_;
     MXFPartialReader reader_;
 };
 

@@ -204,5 +204,6 @@ void BRYXReaderImpl::setGenericStreamHandler(std::shared_ptr<KLVHandler> handler
 }
 
 void BRYXReaderImpl::read() {
-    Pipeline(slots_, mode_, locator_).read(*stream_);
+    const std::shared_ptr<std::istream> stream = stream_; // a handler may drop the last reference to this
+    Pipeline(slots_, mode_, locator_).read(*stream);
 }
