@@ -97,7 +97,6 @@ struct MXFIndexCalculator::Segment {
         std::uint8_t flags;
     };
 
-    Table table;
     Range range;        ///< what the segment says it covers
     std::int64_t start; ///< the edit unit of the first entry
     std::uint32_t editUnitByteCount;
@@ -109,9 +108,8 @@ struct MXFIndexCalculator::Segment {
     std::vector<std::uint32_t> sliceOffsets; ///< of all entries, one after the other
 
     explicit Segment(const MXFIndexTableSegment& from)
-        : table{from.indexSID, from.bodySID}, range(rangeOf(from)), start(from.indexStartPosition),
-          editUnitByteCount(from.editUnitByteCount), vbeByteCount(from.vbeByteCount), deltas(from.deltaEntryArray),
-          slices(from.sliceCount) {
+        : range(rangeOf(from)), start(from.indexStartPosition), editUnitByteCount(from.editUnitByteCount),
+          vbeByteCount(from.vbeByteCount), deltas(from.deltaEntryArray), slices(from.sliceCount) {
         if (!hasEntries()) {
             return;
         }
@@ -162,22 +160,19 @@ void MXFIndexCalculator::Collector::indexTableSegment(const MXFIndexTableSegment
     if (known_.count(identity) != 0) {
         return;
     }
-    segments_.push_back(std::make_shared<const Segment>(segment));
+    auto& ofTable = segments_[{segment.indexSID, segment.bodySID}];
+    ofTable.push_back(std::make_shared<const Segment>(segment));
     known_.insert(identity);
-    const auto isSame = [&](const Table& table) {
-        return table.indexSID == segment.indexSID && table.bodySID == segment.bodySID;
-    };
-    if (std::none_of(tables_.begin(), tables_.end(), isSame)) {
+    if (ofTable.size() == 1) {
         tables_.push_back({segment.indexSID, segment.bodySID});
     }
 }
 
 void MXFIndexCalculator::setSegments(const Collector& collector, Table table) {
+    const auto found = collector.segments_.find({table.indexSID, table.bodySID});
     std::vector<std::shared_ptr<const Segment>> segments;
-    for (const auto& segment : collector.segments_) {
-        if (segment->table.indexSID == table.indexSID && segment->table.bodySID == table.bodySID) {
-            segments.push_back(segment);
-        }
+    if (found != collector.segments_.end()) {
+        segments = found->second;
     }
     // Entries know better than a calculation.
     std::stable_partition(segments.begin(), segments.end(),

@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <memory>
 #include <set>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <boost/optional.hpp>
@@ -53,7 +55,8 @@ public:
 
     private:
         friend class MXFIndexCalculator;
-        std::vector<std::shared_ptr<const Segment>> segments_;
+        /// The segments by the SIDs of their tables.
+        std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::shared_ptr<const Segment>>> segments_;
         std::vector<Table> tables_;
         /// Start, duration, octets of an edit unit, SIDs and number of entries of each.
         std::set<std::tuple<std::int64_t, std::int64_t, std::uint32_t, std::uint32_t, std::uint32_t, std::size_t>>
