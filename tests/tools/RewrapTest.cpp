@@ -1,0 +1,221 @@
+#include <algorithm>
+#include <cstdint>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "klv/parse_error.h"
+#include "mxf/engines/MXFReader.h"
+#include "mxf/essence/DullMXFGCStructureHandler.h"
+#include "mxf/essence/MXFGCEssenceHandler.h"
+#include "mxf/essence/MXFGCSplitter.h"
+#include "mxf/index/DullMXFIndexHandler.h"
+#include "mxf/index/MXFIndexParser.h"
+#include "mxf/structure/DullMXFStructureHandler.h"
+#include "support/GoodClip.h"
+#include "support/Octets.h"
+#include "support/Recorders.h"
+#include "tools/Program.h"
+
+namespace {
+
+/// What a file holds, by reading it.
+class Content : public DullMXFStructureHandler,
+                private DullMXFGCStructureHandler,
+                private MXFGCEssenceHandler,
+                private DullMXFIndexHandler {
+public:
+    explicit Content(const std::string& octets) {
+        FindingRecorder errors(findings);
+        MXFGCSplitter splitter(this, nullptr, this);
+        MXFIndexParser index(*this);
+        Log events;
+        EventRecorder generic(events);
+        MXFReader reader;
+        reader.setStructureHandler(this);
+        reader.setBodyHandler(&splitter);
+        reader.setIndexHandler(&index);
+        reader.setGenericStreamHandler(&generic);
+        reader.setErrorHandler(&errors);
+        std::istringstream file(octets);
+        try {
+            reader.read(file);
+        } catch (const klvutil::parse_error& error) {
+            findings.emplace_back(error.what());
+        }
+        genericStream = generic.values.substr(0, generic.values.find('\0')); // the rest is fill
+    }
+
+    std::vector<std::string> packages; ///< the octets of their elements
+    std::string genericStream;         ///< the octets of its values
+    std::vector<MXFPartitionStatus> statuses;
+    std::int64_t indexed = 0; ///< edit units, in the segments of the footer partition
+    Log findings;
+
+private:
+    void startPartition(const KLVKey& key, const MXFPartitionPack& /*pack*/, std::uint64_t /*start*/) override {
+        statuses.push_back(mxfutil::partitionStatus(key));
+        indexed = 0;
+    }
+    void indexTableSegment(const MXFIndexTableSegment& segment) override { indexed += segment.indexDuration; }
+    void startContentPackage() override { packages.emplace_back(); }
+    bool startElement(const KLVKey& /*key*/, std::uint64_t /*length*/, std::uint8_t*& /*buffer*/,
+                      std::uint64_t& /*size*/) override {
+        return true;
+    }
+    void startElement(const KLVKey& /*key*/) override {}
+    void pictureElement(const KLVKey& /*key*/, const std::uint8_t* data, std::uint64_t size,
+                        std::uint64_t /*offset*/) override {
+        packages.back().append(data, data + size);
+    }
+    void soundElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) override {
+        pictureElement(key, data, size, offset);
+    }
+    void dataElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size, std::uint64_t offset) override {
+        pictureElement(key, data, size, offset);
+    }
+    void compoundElement(const KLVKey& key, const std::uint8_t* data, std::uint64_t size,
+                         std::uint64_t offset) override {
+        pictureElement(key, data, size, offset);
+    }
+    void setLengthForm(std::uint8_t /*form*/) override {}
+};
+
+/// A clip whose pictures tell where they come from.
+GoodClip recordedClip(const ClipOptions& options) {
+    GoodClip clip(options);
+    for (const GoodClip::Triplet& picture : clip.all(GoodClip::picture)) {
+        for (std::uint64_t at = picture.value; at < picture.end; ++at) {
+            clip.octets[at] = static_cast<char>(at * 31 % 251);
+        }
+    }
+    return clip;
+}
+
+class Rewrap : public testing::Test {
+protected:
+    /// Writes the first @p size octets of @p file again.
+    Outcome rewrap(const std::string& file, std::uint64_t size, const std::string& options = {}) const {
+        folder.put("in.mxf", file.substr(0, size));
+        return run("rewrap " + folder.path("in.mxf") + ' ' + folder.path("out.mxf") + ' ' + options);
+    }
+    Content written() const { return Content(folder.get("out.mxf")); }
+
+    Folder folder;
+};
+
+} // namespace
+
+TEST_F(Rewrap, KeepsWhatIsWholeOfAFileThatBreaksOff) {
+    ClipOptions withSound;
+    withSound.frames = 3;
+    withSound.pictureSize = 30;
+    withSound.partitionDuration = 2;
+    withSound.hasGenericStream = true;
+    for (const ClipOptions& options : {smallClip(), withSound}) {
+        const GoodClip clip = recordedClip(options);
+        const Content whole(clip.octets);
+        ASSERT_EQ(whole.packages.size(), static_cast<std::size_t>(options.frames));
+        const auto last = clip.all(options.hasSound ? GoodClip::sound2 : GoodClip::picture);
+        const GoodClip::Triplet generic = clip.all(keys::item).front();
+        // From the generic stream on: all places where a triplet begins or ends, those beside them, and some more.
+        std::set<std::uint64_t> places;
+        for (std::uint64_t at = clip.packs().at(1).position; at < clip.octets.size(); at += 149) {
+            places.insert(at);
+        }
+        for (const auto& triplets :
+             {clip.packs(), last, clip.all(GoodClip::picture), clip.all(klvutil::fillKey), clip.all(keys::item)}) {
+            for (const GoodClip::Triplet& triplet : triplets) {
+                places.insert({triplet.position, triplet.position + 1, triplet.value, triplet.end - 1, triplet.end});
+            }
+        }
+        places.erase(places.begin(), places.lower_bound(clip.packs().at(1).position));
+        places.erase(places.lower_bound(clip.packs().back().position), places.end());
+        for (const std::uint64_t place : places) {
+            const std::string what = "cut at " + std::to_string(place) + ": ";
+            const Outcome result = rewrap(clip.octets, place);
+            ASSERT_EQ(result.status, 1) << what << result.text;
+            ASSERT_EQ(result.text.find("assertion failure"), std::string::npos) << what << result.text;
+            const Content content = written();
+            ASSERT_EQ(joined(content.findings), "") << what;
+            const auto packages = static_cast<std::size_t>(std::count_if(
+                last.begin(), last.end(), [&](const GoodClip::Triplet& element) { return element.end <= place; }));
+            ASSERT_EQ(content.packages,
+                      std::vector<std::string>(whole.packages.begin(),
+                                               whole.packages.begin() + static_cast<std::ptrdiff_t>(packages)))
+                << what << result.text;
+            ASSERT_EQ(content.genericStream, generic.end <= place ? "abc" : "") << what << result.text;
+        }
+    }
+}
+
+TEST_F(Rewrap, KeepsTheWholeEditUnitsOfAClip) {
+    ClipOptions options;
+    options.frames = 20;
+    options.pictureSize = 1000;
+    options.hasSystemItems = options.hasSound = false;
+    options.isClip = options.isConstant = true;
+    options.placement = ClipOptions::Placement::BeforeEssence;
+    const GoodClip clip = recordedClip(options);
+    const GoodClip::Triplet element = clip.all(GoodClip::picture).front();
+    for (const std::uint64_t size : {20000U, 19999U, 19000U, 10500U, 1000U, 999U, 0U}) {
+        const std::string what = std::to_string(size) + " octets: ";
+        const Outcome result = rewrap(clip.octets, element.value + size);
+        EXPECT_EQ(result.status, 1) << what << result.text;
+        const std::uint64_t units = size / 1000;
+        const Content content = written();
+        EXPECT_EQ(joined(content.findings), "") << what;
+        ASSERT_EQ(content.packages.size(), units == 0 ? 0U : 1U) << what << result.text;
+        if (units != 0) {
+            EXPECT_TRUE(content.packages.front() == clip.octets.substr(element.value, units * 1000)) << what;
+            EXPECT_EQ(content.indexed, static_cast<std::int64_t>(units)) << what;
+        }
+    }
+}
+
+TEST_F(Rewrap, SaysWhatIsMeantWhenFilesCannotBeUsed) {
+    const GoodClip clip;
+    const std::string in = folder.put("in.mxf", clip.octets);
+    const std::string out = folder.path("out.mxf");
+    const auto expect = [&](const std::string& line, int status, const std::string& text) {
+        const Outcome result = run("cd " + folder.path("") + " && " + line);
+        EXPECT_EQ(result.status, status) << line;
+        EXPECT_EQ(result.text.substr(0, result.text.find('\n')), text) << line << '\n' << result.text;
+    };
+    expect("cat in.mxf | rewrap /dev/stdin out.mxf", 1,
+           "rewrap: /dev/stdin: cannot seek, and is to be read twice; make it a file first");
+    expect("rewrap in.mxf -", 2, "rewrap: OUT must be a file, not standard output");
+    EXPECT_FALSE(folder.has("-"));
+    expect("rewrap in.mxf nowhere/out.mxf", 1, "rewrap: nowhere/out.mxf: No such file or directory");
+    expect("rewrap in.mxf /dev/full", 1, "rewrap: /dev/full: No space left on device");
+    ClipOptions options;
+    options.frames = 100;
+    options.pictureSize = 2000;
+    const GoodClip large(options);
+    folder.put("in.mxf", large.octets);
+    for (const int blocks : {1, 16, 64, 100, 300}) {
+        expect("trap '' XFSZ; ulimit -f " + std::to_string(blocks) + "; rewrap in.mxf out.mxf", 1,
+               "rewrap: out.mxf: File too large");
+    }
+    expect("trap '' XFSZ; ulimit -f 64; rewrap in.mxf out.mxf --verify", 1, "rewrap: out.mxf: File too large");
+    folder.put("in.mxf", "what is no MXF file, and long enough to be looked through for the key of a partition pack");
+    EXPECT_EQ(run("rewrap " + in + ' ' + out).status, 1);
+}
+
+TEST_F(Rewrap, CountsWhatRepeats) {
+    // Labels have no place in header metadata.
+    std::string labels;
+    for (int i = 0; i < 2500; ++i) {
+        labels += octets::key(keys::label);
+    }
+    FileBuilder file;
+    file.partition(MXFPartitionKind::Header, octets::klv(keys::primer, octets::of({0, 0, 0, 0, 0, 0, 0, 18})) + labels);
+    file.partition(MXFPartitionKind::Footer);
+    const Outcome result = rewrap(file.file, file.file.size());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_LT(std::count(result.text.begin(), result.text.end(), '\n'), 20) << result.text.substr(0, 3000);
+    EXPECT_NE(result.text.find(" more like it"), std::string::npos) << result.text.substr(0, 3000);
+}

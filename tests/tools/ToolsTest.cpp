@@ -1,0 +1,49 @@
+#include <algorithm>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/GoodClip.h"
+#include "tools/Program.h"
+
+TEST(Tools, TakeNoOptionForAFile) {
+    const Folder folder;
+    folder.put("in.mxf", GoodClip().octets);
+    const auto expect = [&](const std::string& line, int status, const std::string& begin) {
+        const Outcome result = run("cd " + folder.path("") + " && " + line);
+        EXPECT_EQ(result.status, status) << line;
+        EXPECT_EQ(result.text.substr(0, begin.size()), begin) << line;
+    };
+    expect("make_clip --help", 0, "Writes a clip from nothing");
+    expect("extract --help", 0, "Writes the essence of one track");
+    expect("inspect --help", 0, "Tells what an MXF file holds");
+    expect("rewrap --help", 0, "Writes an MXF file again");
+    for (const std::string line :
+         {"make_clip -x", "make_clip a b", "make_clip a 70000", "make_clip -", "extract in.mxf 1",
+          "inspect in.mxf --html -", "rewrap in.mxf --such", "rewrap in.mxf"}) {
+        expect(line, 2, line.substr(0, line.find(' ')) + ": ");
+    }
+    for (const char* const name : {"--help", "-x", "-", "a", "--such"}) {
+        EXPECT_FALSE(folder.has(name)) << name;
+    }
+}
+
+TEST(Tools, NameTheFileThatCannotBeWritten) {
+    const Folder folder;
+    folder.put("in.mxf", GoodClip().octets);
+    const auto expect = [&](const std::string& line, const std::string& text) {
+        const Outcome result = run("cd " + folder.path("") + " && " + line);
+        EXPECT_EQ(result.status, 1) << line;
+        EXPECT_EQ(result.text, text + '\n') << line;
+    };
+    expect("make_clip nowhere/a", "make_clip: nowhere/a: No such file or directory");
+    expect("make_clip /dev/full", "make_clip: /dev/full: No space left on device");
+    expect("extract in.mxf 0x15010201 nowhere/a", "extract: nowhere/a: No such file or directory");
+    expect("extract in.mxf 0x15010201 /dev/full", "extract: /dev/full: No space left on device");
+    expect("extract in.mxf 0x15010201 - >/dev/full", "extract: standard output: No space left on device");
+    expect("inspect in.mxf --html nowhere/a >/dev/null", "inspect: nowhere/a: No such file or directory");
+    expect("inspect in.mxf >/dev/full", "inspect: standard output: No space left on device");
+    for (const char* const line : {"extract nowhere/a 1 out", "inspect nowhere/a", "rewrap nowhere/a out"}) {
+        expect(line, std::string(line, std::string(line).find(' ')) + ": nowhere/a: No such file or directory");
+    }
+}
