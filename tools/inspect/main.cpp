@@ -22,12 +22,12 @@
 #include "inspect/InspectionJson.h"
 #include "inspect/InspectionText.h"
 #include "sdk/BRYX.h"
+#include "shared/CommandLine.h"
 #include "shared/InputFile.h"
+#include "shared/OutputFile.h"
 #include "shared/ProgressBar.h"
 
 namespace {
-
-enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
 
 /// The inspection outlives the reader, which holds its handlers by shared pointers: these own nothing.
 template <class Handler>
@@ -82,8 +82,7 @@ ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool js
         printText(std::cout, name, inspection);
     }
     if (!std::cout.flush()) {
-        std::cerr << "inspect: the report could not be written\n";
-        return Failure;
+        throw fileFailure("standard output");
     }
     if (!page.empty() && !writeHtml(page, name, file, inspection)) {
         return Failure;
@@ -128,19 +127,9 @@ int main(int argc, char** argv) {
     options.add_options()("json", "print one JSON object")(
         "html", po::value<std::string>()->value_name("PAGE")->default_value("", ""), "write an HTML page as well")(
         "validate", po::value<std::string>()->value_name("MODE")->default_value("standard"),
-        "how strictly to check the file: none, lenient, standard or strict")(
-        "checks", "list the checks in place of a file")("help", "print this text");
-    po::options_description all;
-    all.add(options).add_options()("file", po::value<std::string>());
-    po::positional_options_description positional;
-    positional.add("file", 1);
-    try {
-        po::variables_map arguments;
-        po::store(po::command_line_parser(argc, argv).options(all).positional(positional).run(), arguments);
-        if (arguments.count("help") != 0) {
-            std::cout << options;
-            return Success;
-        }
+        "how strictly to check the file: none, lenient, standard or strict")("checks",
+                                                                             "list the checks in place of a file");
+    return runProgram(argc, argv, {"inspect", options, {"file"}}, [](const po::variables_map& arguments) {
         if (arguments.count("checks") != 0) {
             printChecks();
             return Success;
@@ -148,10 +137,9 @@ int main(int argc, char** argv) {
         if (arguments.count("file") == 0) {
             throw po::error("no file is given");
         }
+        const auto page = arguments["html"].as<std::string>();
+        requireFile(page, "PAGE");
         return inspect(arguments["file"].as<std::string>(), modeOf(arguments["validate"].as<std::string>()),
-                       arguments.count("json") != 0, arguments["html"].as<std::string>());
-    } catch (const po::error& error) {
-        std::cerr << "inspect: " << error.what() << "\nTry inspect --help.\n";
-        return BadUsage;
-    }
+                       arguments.count("json") != 0, page);
+    });
 }

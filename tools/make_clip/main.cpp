@@ -2,11 +2,9 @@
 ///
 ///     make_clip OUT [FRAMES]
 ///
-/// FRAMES is 50 unless given, and at most 65,535.
-///
 /// The file is of operational pattern 1a (ST 378). Each content package holds a system item with the timecode, a picture
 /// of 320 by 180 pixels, uncompressed 4:2:2 with 8 bits (ST 384), and the sound that goes with it, two channels of 16
-/// bits (ST 382); 25 of them make a second. Exits with 0, with 1 if that fails, or with 2 if it was called wrongly.
+/// bits (ST 382); 25 of them make a second.
 ///
 /// This is how a file is written: a model of the header metadata, a writer, and for each content package the calls that
 /// somebody who reads it would get.
@@ -15,16 +13,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <fstream>
-#include <iostream>
 #include <memory>
-#include <stdexcept>
+#include <ostream>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
 #include <boost/lexical_cast.hpp>
 #include <boost/numeric/conversion/cast.hpp>
+#include <boost/program_options/errors.hpp>
 
 #include "klv/KLVKey.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
@@ -43,6 +40,8 @@
 #include "mxf/metadata/structural/TimelineTrack.h"
 #include "sdk/BRYXVersion.h"
 #include "sdk/BRYXWriter.h"
+#include "shared/CommandLine.h"
+#include "shared/OutputFile.h"
 #include "timecode/TimecodeCalculator.h"
 #include "util/byte_order.h"
 
@@ -291,29 +290,36 @@ void writeClip(const std::shared_ptr<std::ostream>& file, std::uint32_t frames) 
     writer->finish(metadata);
 }
 
+std::uint32_t frameCount(const std::string& text) {
+    try {
+        return boost::numeric_cast<std::uint16_t>(boost::lexical_cast<int>(text));
+    } catch (const std::bad_cast&) { // no number, or too large a one
+        throw boost::program_options::error(text + " is no number of frames");
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    std::uint32_t frames = 50;
-    try {
-        if (argc == 3) {
-            frames = boost::numeric_cast<std::uint16_t>(boost::lexical_cast<int>(argv[2]));
+    namespace po = boost::program_options;
+    const po::options_description options(
+        "Writes a clip from nothing: moving bars and a tone, with timecode.\n\n"
+        "  make_clip OUT [FRAMES]\n\n"
+        "FRAMES is 50 unless given, and at most 65,535. Exits with 0, with 1 if that fails, or with 2 if it was called "
+        "wrongly.\n\nOptions");
+    return runProgram(argc, argv, {"make_clip", options, {"out", "frames"}}, [](const po::variables_map& given) {
+        if (given.count("out") == 0) {
+            throw po::error("no file is given");
         }
-    } catch (const std::bad_cast&) { // no number, or too large a one
-        argc = 0;
-    }
-    if (argc != 2 && argc != 3) {
-        std::cerr << "usage: make_clip OUT [FRAMES]\n";
-        return 2;
-    }
-    try {
-        const auto file = std::make_shared<std::ofstream>(argv[1], std::ios::binary);
-        if (!*file) {
-            throw std::runtime_error(std::string(argv[1]) + " cannot be written");
+        const auto out = given["out"].as<std::string>();
+        requireFile(out, "OUT");
+        const std::uint32_t frames = given.count("frames") == 0 ? 50 : frameCount(given["frames"].as<std::string>());
+        const auto file = createOutput(out);
+        try {
+            writeClip(file, frames);
+        } catch (const std::exception&) {
+            rethrow(*file, out);
         }
-        writeClip(file, frames);
-    } catch (const std::exception& error) {
-        std::cerr << "make_clip: " << error.what() << '\n';
-        return 1;
-    }
+        return Success;
+    });
 }
