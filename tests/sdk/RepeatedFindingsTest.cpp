@@ -8,6 +8,7 @@
 #include "klv/parse_error.h"
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "mxf/essence/DullMXFSDTICPSystemHandler.h"
+#include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/index/MXFIndexHandler.h"
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
@@ -44,6 +45,10 @@ struct Index final : MXFIndexHandler {
     void indexTableSegment(const MXFIndexTableSegment& /*segment*/) override {}
 };
 
+struct Proxies final : MXFPDProxySystemHandler {
+    void pdProxyMetadata(const MXFPDProxyMetadata& /*metadata*/, const MXFGCItems& /*items*/) override {}
+};
+
 /// What the public reader finds in a file.
 std::map<std::string, int> found(const std::string& header, const std::string& index = {}, const std::string& body = {},
                                  const std::string& fillAfterPack = {}) {
@@ -57,6 +62,7 @@ std::map<std::string, int> found(const std::string& header, const std::string& i
     reader->setIndexHandler(std::make_shared<Index>());
     reader->setGCStructureHandler(std::make_shared<DullMXFGCStructureHandler>());
     reader->setSDTICPSystemHandler(std::make_shared<DullMXFSDTICPSystemHandler>());
+    reader->setPDProxySystemHandler(std::make_shared<Proxies>());
     reader->setErrorHandler(counter);
     reader->read();
     return counter->counts;
@@ -131,4 +137,17 @@ TEST(RepeatedFindings, ComeOnceForEachThing) {
 
     counts = found({}, {}, {}, repeated(many, [](int) { return octets::klv(klvutil::fillKey, {}); }));
     EXPECT_EQ(counts["adjacent fill items should be concatenated"], 1000);
+
+    // Elements, and segments, that are all wrong in themselves.
+    counts = found({}, {}, repeated(many, [&](int) { return octets::klv(system, octets::of({1, 0, 0, 1, 0, 0})); }));
+    EXPECT_EQ(counts["missing SDTI-CP system metadata"], 1);
+    EXPECT_EQ(counts["incorrect SDTI-CP package metadata block count"] +
+                  counts["unexpected extra SDTI-CP package metadata"],
+              999);
+    const auto proxies = [](const std::string& value) {
+        return repeated(many, [&](int) { return octets::klv(mxfutil::pdProxySetKey, value); });
+    };
+    EXPECT_EQ(found({}, {}, proxies({}))["missing PDProxy frameCount"], 500);
+    counts = found({}, repeated(many, [&](int) { return segment + octets::length(0); }));
+    EXPECT_EQ(counts["missing indexEditRate"], 1000 / static_cast<int>(counts.size()));
 }
