@@ -1,8 +1,10 @@
 #include "klv/FindingReporter.h"
 
+#include <functional>
+
 #include "util/byte_order.h"
 
-bool FindingReporter::isNew(const klvutil::Finding& finding, const Thing& thing) {
+bool FindingReporter::isNew(const klvutil::FindingKind& finding, const Thing& thing) {
     return reported_.size() < mostThings && reported_.emplace(finding.id, thing).second;
 }
 
@@ -26,5 +28,15 @@ void FindingReporter::report(ErrorHandler* errorHandler, const klvutil::Finding&
     util::storeBigEndian(thing.data(), number, sizeof number);
     if (isNew(finding, thing)) {
         klvutil::report(errorHandler, finding, detail);
+    }
+}
+
+void FindingReporter::report(ErrorHandler* errorHandler, const klvutil::SubjectFinding& finding, std::uint64_t number,
+                             const std::string& subject, const std::string& detail) {
+    Thing thing{};
+    util::storeBigEndian(thing.data(), number, sizeof number);
+    util::storeBigEndian(thing.data() + sizeof number, std::hash<std::string>()(subject), sizeof number);
+    if (isNew(finding, thing)) {
+        klvutil::report(errorHandler, finding, subject, detail);
     }
 }

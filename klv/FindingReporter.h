@@ -28,9 +28,12 @@ public:
     void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, const KLVKey& key);
     /// @p finding is about the set with the instance UID @p uid, which is its detail.
     void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, const MXFUID& uid);
-    /// @p finding is about what @p number tells from others, such as a tag or a position.
+    /// @p finding is about what @p number tells from others: a tag, a position, or one of many.
     void report(ErrorHandler* errorHandler, const klvutil::Finding& finding, std::uint64_t number,
-                const std::string& detail);
+                const std::string& detail = {});
+    /// The same for what @p subject names of it.
+    void report(ErrorHandler* errorHandler, const klvutil::SubjectFinding& finding, std::uint64_t number,
+                const std::string& subject, const std::string& detail = {});
 
     /// Forgets what was reported: a stream or a region begins.
     void clear() { reported_.clear(); }
@@ -38,7 +41,7 @@ public:
 private:
     using Thing = std::array<std::uint8_t, 16>;
 
-    bool isNew(const klvutil::Finding& finding, const Thing& thing);
+    bool isNew(const klvutil::FindingKind& finding, const Thing& thing);
 
     std::set<std::pair<util::uuid, Thing>> reported_;
 };

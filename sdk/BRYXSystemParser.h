@@ -16,8 +16,11 @@ public:
     void setPDProxySystemHandler(MXFPDProxySystemHandler* handler) { pdProxy_.setSystemHandler(handler); }
     void setErrorHandler(ErrorHandler* handler);
 
-    /// As MXFSDTICPSystemParser::endSystemItems().
-    void endSystemItems() { sdtiCP_.endSystemItems(); }
+    /// As of both parsers.
+    void endSystemItems() {
+        sdtiCP_.endSystemItems();
+        pdProxy_.endSystemItems();
+    }
 
     bool wantsSystemElement(const KLVKey& key) override;
     void localSet(const KLVKey& key, const MXFGCItems& items) override;

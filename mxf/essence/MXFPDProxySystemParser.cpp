@@ -19,25 +19,26 @@ bool MXFPDProxySystemParser::wantsSystemElement(const KLVKey& key) {
 
 void MXFPDProxySystemParser::localSet(const KLVKey& key, const MXFGCItems& items) {
     util::require(wantsSystemElement(key), "valid PDProxy local set");
+    ++element_;
     MXFPDProxyMetadata metadata;
     bool isComplete = true;
     MXFPDProxyMetadata::properties(metadata, [&](const char* name, std::uint32_t tag, auto& value) {
         const auto item =
             std::find_if(items.begin(), items.end(), [&](const MXFGCItem& candidate) { return candidate.tag == tag; });
         if (item == items.end()) {
-            klvutil::report(errorHandler_, findings::missingPDProxyProperty, name);
+            reporter_.report(errorHandler_, findings::missingPDProxyProperty, element_, name);
             isComplete = false;
             return;
         }
         try {
             value = klvutil::readValue<std::decay_t<decltype(value)>>({item->data, item->data + item->size});
         } catch (const std::length_error& error) {
-            klvutil::report(errorHandler_, findings::invalidPDProxyProperty, name, error.what());
+            reporter_.report(errorHandler_, findings::invalidPDProxyProperty, element_, name, error.what());
             isComplete = false;
         }
     });
     if (isComplete && metadata.frameCount != metadata.timecodes.size()) {
-        klvutil::report(errorHandler_, findings::inconsistentPDProxyTimecodes);
+        reporter_.report(errorHandler_, findings::inconsistentPDProxyTimecodes, element_);
     }
     handler_->pdProxyMetadata(metadata, items);
 }

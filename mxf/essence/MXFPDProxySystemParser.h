@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "klv/FindingReporter.h"
 #include "mxf/essence/MXFGCSystemHandler.h"
 #include "mxf/essence/MXFSystemMetadataPack.h"
 #include "util/Api.h"
@@ -41,7 +42,8 @@ inline constexpr KLVKey pdProxySetKey = klvutil::key("060e2b34.02530101.0d010301
 } // namespace mxfutil
 
 /// Decodes proxy system items, as the system handler of an MXFGCSplitter. Other system elements are declined. Whatever is
-/// missing or wrong in a set is reported, and what there is passed on.
+/// missing or wrong in a set is reported, and what there is passed on. After a thousand findings in a stream there are no
+/// more.
 class BRYX_API MXFPDProxySystemParser : public MXFGCSystemHandler {
 public:
     /// @param handler not owned; if it is null, no element is wanted
@@ -50,6 +52,9 @@ public:
 
     void setSystemHandler(MXFPDProxySystemHandler* handler) { handler_ = handler; }
     void setErrorHandler(ErrorHandler* handler) { errorHandler_ = handler; }
+
+    /// Tells that nothing follows in this stream. Another one may begin.
+    void endSystemItems() { reporter_.clear(); }
 
     bool wantsSystemElement(const KLVKey& key) override;
     // All require "valid PDProxy local set": that the element is wanted, and a local set.
@@ -60,4 +65,6 @@ public:
 private:
     MXFPDProxySystemHandler* handler_;
     ErrorHandler* errorHandler_ = nullptr;
+    FindingReporter reporter_;
+    std::uint64_t element_ = 0; ///< which one is parsed
 };

@@ -43,7 +43,7 @@ bool MXFSDTICPSystemParser::wantsSystemElement(const KLVKey& key) {
     if (key == mxfutil::sdtiCPSystemMetadataKey || mxfutil::isSDTICPElementKey(key)) {
         return true;
     }
-    invalidKeys_.report(errorHandler_, findings::invalidSDTICPSystemElement, key);
+    reporter_.report(errorHandler_, findings::invalidSDTICPSystemElement, key);
     return false;
 }
 
@@ -54,21 +54,22 @@ void MXFSDTICPSystemParser::startSystemItem(Expectation expectation) {
 
 void MXFSDTICPSystemParser::endSystemItems() {
     if (expectation_ == Expectation::ControlDataAwaited) {
-        klvutil::report(errorHandler_, findings::missingSDTICPControlData);
+        reporter_.report(errorHandler_, findings::missingSDTICPControlData, element_);
     }
     startSystemItem(Expectation::ControlDataDone);
-    invalidKeys_.clear();
+    reporter_.clear();
 }
 
 void MXFSDTICPSystemParser::fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) {
     require(handler_ != nullptr && key == mxfutil::sdtiCPSystemMetadataKey, "valid SDTI-CP fixed length pack");
     if (expectation_ == Expectation::ControlDataAwaited) {
-        klvutil::report(errorHandler_, findings::missingSDTICPControlData);
+        reporter_.report(errorHandler_, findings::missingSDTICPControlData, element_);
     }
+    ++element_;
     const bool announces = size > 0 && (data[0] & MXFSystemBitmap::controlData) != 0;
     startSystemItem(announces ? Expectation::ControlDataAwaited : Expectation::NoControlData);
     if (size != MXFSystemMetadataPack::size) {
-        klvutil::report(errorHandler_, findings::invalidSDTICPSystemMetadata, std::to_string(size));
+        reporter_.report(errorHandler_, findings::invalidSDTICPSystemMetadata, element_, std::to_string(size));
         return;
     }
     handler_->systemMetadata(klvutil::OctetReader(data, size).read<MXFSystemMetadataPack>());
@@ -76,15 +77,16 @@ void MXFSDTICPSystemParser::fixedLengthPack(const KLVKey& key, const std::uint8_
 
 void MXFSDTICPSystemParser::localSet(const KLVKey& key, const MXFGCItems& items) {
     require(handler_ != nullptr && mxfutil::isSDTICPElementKey(key), "valid SDTI-CP variable length pack");
+    ++element_;
     if (expectation_ == Expectation::ControlDataDone) {
-        klvutil::report(errorHandler_, findings::missingSDTICPSystemMetadata);
+        reporter_.report(errorHandler_, findings::missingSDTICPSystemMetadata, element_);
         startSystemItem(Expectation::NoControlData);
     }
     const SDTICPElement element = mxfutil::sdtiCPElement(key);
     if (element == SDTICPElement::Control) {
         controlData(items);
     } else if (element == SDTICPElement::None) {
-        invalidKeys_.report(errorHandler_, findings::invalidSDTICPSystemElement, key);
+        reporter_.report(errorHandler_, findings::invalidSDTICPSystemElement, key);
     } else {
         metadata(element, key, items);
     }
@@ -98,10 +100,11 @@ void MXFSDTICPSystemParser::metadata(SDTICPElement element, const KLVKey& key, c
     const MetadataKind kind = kindOf(element);
     const auto flag = static_cast<std::uint8_t>(1U << static_cast<unsigned>(element));
     if ((seen_ & flag) != 0) {
-        klvutil::report(errorHandler_, findings::unexpectedSDTICPMetadata, kind.name);
+        reporter_.report(errorHandler_, findings::unexpectedSDTICPMetadata, element_, kind.name);
     }
     if (key[15] != items.size()) {
-        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, std::string(kind.name) + " metadata");
+        reporter_.report(errorHandler_, findings::incorrectSDTICPBlockCount, element_,
+                         std::string(kind.name) + " metadata");
     }
     seen_ |= flag;
     (handler_->*kind.receive)(items);
@@ -109,10 +112,10 @@ void MXFSDTICPSystemParser::metadata(SDTICPElement element, const KLVKey& key, c
 
 void MXFSDTICPSystemParser::controlData(const MXFGCItems& items) {
     if (expectation_ == Expectation::NoControlData) {
-        klvutil::report(errorHandler_, findings::unexpectedSDTICPControlData);
+        reporter_.report(errorHandler_, findings::unexpectedSDTICPControlData, element_);
     }
     if (items.size() != 1) {
-        klvutil::report(errorHandler_, findings::incorrectSDTICPBlockCount, "control data");
+        reporter_.report(errorHandler_, findings::incorrectSDTICPBlockCount, element_, "control data");
     }
     expectation_ = Expectation::ControlDataDone;
     const MXFGCItem first = items.empty() ? MXFGCItem{} : items.front();

@@ -13,9 +13,9 @@ class ErrorHandler;
 /// Decodes SDTI-CP compatible system items (ST 326, ST 385), as the system handler of an MXFGCSplitter, and checks that
 /// their elements come in order and are complete.
 ///
-/// Whatever is wrong with an element is reported, and the element passed on all the same; save a pack of the wrong size,
-/// and what is no element of a system item. Control data that the last pack of a stream announces is missed when
-/// endSystemItems() is called.
+/// Whatever is wrong with an element is reported, and the element passed on all the same; except a pack of the wrong size,
+/// and what is no element of a system item. After a thousand findings in a stream there are no more. Control data that the
+/// last pack of a stream announces is missed when endSystemItems() is called.
 class BRYX_API MXFSDTICPSystemParser : public MXFGCSystemHandler {
 public:
     /// @param handler not owned; if it is null, no element is wanted
@@ -48,5 +48,6 @@ private:
     ErrorHandler* errorHandler_ = nullptr;
     Expectation expectation_ = Expectation::ControlDataDone;
     std::uint8_t seen_ = 0; ///< the kinds of metadata in this system item, a bit each
-    FindingReporter invalidKeys_;
+    FindingReporter reporter_;
+    std::uint64_t element_ = 0; ///< which one is parsed
 };

@@ -7,7 +7,6 @@
 #include "mxf/structure/MXFStaticTags.h"
 
 namespace findings = mxfutil::findings;
-using klvutil::report;
 
 namespace {
 
@@ -74,44 +73,44 @@ void MXFIndexParser::primedSet(MXFPrimedSet& set) {
         const auto found = set.properties.find(segmentPrimer().at(tag));
         if (found == set.properties.end()) {
             if (presence == Presence::Mandatory) {
-                report(errorHandler(), findings::missingIndexProperty, name);
+                reporter().report(errorHandler(), findings::missingIndexProperty, set.position, name);
             }
             return;
         }
         try {
             readProperty(found->second, segment, value);
         } catch (const std::length_error& error) {
-            report(errorHandler(), findings::invalidIndexProperty, name, error.what());
+            reporter().report(errorHandler(), findings::invalidIndexProperty, set.position, name, error.what());
         }
     });
-    check(segment);
+    check(segment, set.position);
     handler_.indexTableSegment(segment);
 }
 
-void MXFIndexParser::check(const MXFIndexTableSegment& segment) const {
+void MXFIndexParser::check(const MXFIndexTableSegment& segment, std::uint64_t position) {
     const bool hasEntries = !segment.indexEntryArray.empty();
     const bool isConstant = segment.editUnitByteCount != 0;
     if (segment.indexDuration == 0 && !isConstant) {
-        report(errorHandler(), findings::inconsistentDurationAndByteCount);
+        reporter().report(errorHandler(), findings::inconsistentDurationAndByteCount, position);
     }
     if (hasEntries && (segment.indexDuration < 0 ||
                        static_cast<std::uint64_t>(segment.indexDuration) != segment.indexEntryArray.size())) {
-        report(errorHandler(), findings::inconsistentDurationAndEntries);
+        reporter().report(errorHandler(), findings::inconsistentDurationAndEntries, position);
     }
     if (isConstant && segment.indexStartPosition != 0) {
-        report(errorHandler(), findings::inconsistentByteCountAndStart);
+        reporter().report(errorHandler(), findings::inconsistentByteCountAndStart, position);
     }
     if (isConstant == hasEntries) {
-        report(errorHandler(), findings::inconsistentByteCountAndEntries);
+        reporter().report(errorHandler(), findings::inconsistentByteCountAndEntries, position);
     }
     const auto& deltas = segment.deltaEntryArray;
     if (std::any_of(deltas.begin(), deltas.end(),
                     [&](const auto& delta) { return delta.slice > segment.sliceCount; })) {
-        report(errorHandler(), findings::inconsistentSlices);
+        reporter().report(errorHandler(), findings::inconsistentSlices, position);
     }
     if (std::any_of(deltas.begin(), deltas.end(), [&](const auto& delta) {
             return delta.posTableIndex < -1 || delta.posTableIndex > static_cast<int>(segment.posTableCount);
         })) {
-        report(errorHandler(), findings::inconsistentPosTables);
+        reporter().report(errorHandler(), findings::inconsistentPosTables, position);
     }
 }

@@ -25,7 +25,7 @@ private:
     bool allowsBERLengths(const KLVKey& key) const override;
     const KLVKey* unknownTag(std::uint16_t tag) override;
     void primedSet(MXFPrimedSet& set) override;
-    void check(const MXFIndexTableSegment& segment) const;
+    void check(const MXFIndexTableSegment& segment, std::uint64_t position);
 
     MXFIndexHandler& handler_;
 };
