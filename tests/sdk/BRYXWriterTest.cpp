@@ -21,12 +21,11 @@
 #include "support/Models.h"
 #include "support/PackagePlaces.h"
 #include "support/Streams.h"
+#include "support/WrittenPackages.h"
 
 namespace {
 
 using Placement = BRYXWriterConfiguration::IndexPlacement;
-
-constexpr KLVKey soundKey = klvutil::key("060e2b34.01020101.0d010301.16010101");
 
 class CountingUIDs : public MXFUIDGenerator {
 public:
@@ -35,28 +34,6 @@ public:
 private:
     std::uint32_t count_ = 0;
 };
-
-/// Some packages of a picture, whose size varies, and of sound.
-/// @param[out] ends if not null, gets the positions where they end
-void writePackages(BRYXWriter& writer, int count, std::vector<std::uint64_t>* ends = nullptr) {
-    constexpr std::size_t pictureSize = 700;
-    MXFGCStructureHandler& structure = writer.structureReceiver();
-    MXFGCEssenceHandler& essence = writer.essenceReceiver();
-    for (int i = 0; i < count; ++i) {
-        const std::vector<std::uint8_t> octets(pictureSize + static_cast<std::size_t>(i) * 37 % 100, 7);
-        structure.startContentPackage();
-        structure.startElement(keys::picture);
-        essence.pictureElement(keys::picture, octets.data(), octets.size(), 0);
-        structure.endElement(keys::picture);
-        structure.startElement(soundKey);
-        essence.soundElement(soundKey, octets.data(), 192, 0);
-        structure.endElement(soundKey);
-        structure.endContentPackage();
-        if (ends != nullptr) {
-            ends->push_back(writer.position());
-        }
-    }
-}
 
 /// A stream that stands behind @p octets.
 std::shared_ptr<std::stringstream> startedWith(const std::string& octets) {
@@ -186,7 +163,7 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
 TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
     // Room for what header metadata may become; what does not fit leaves the header partition as it was.
     const auto preface = builtModel();
-    for (const std::uint64_t space : {0U, 100000U}) {
+    for (const std::uint64_t space : {0U, 1000U}) {
         const auto file = startedWith("run-in");
         const auto writer = createBRYXWriter(file);
         BRYXWriterConfiguration configuration;
@@ -228,6 +205,9 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     const auto file = std::make_shared<std::stringstream>();
     const auto writer = createVerifyingBRYXWriter(file); // also what fails must leave its notion of the file alone
     const auto failed = [](const auto& call) { return failure(call); };
+    const auto refused = [&](const BRYXEssenceContainer& container) {
+        return failure([&] { writer->startEssence(container); });
+    };
     BRYXWriterConfiguration configuration;
     configuration.metadataLengthForm = 2;
     EXPECT_EQ(failed([&] { writer->setConfiguration(configuration); }), "valid BER length form");
@@ -251,7 +231,16 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { writer->structureReceiver().startContentPackage(); }), "in essence");
     EXPECT_EQ(failed([&] { writer->essenceReceiver().pictureElement(keys::picture, nullptr, 0, 0); }), "in essence");
     EXPECT_EQ(failed([&] { writer->endEssence(); }), "in essence");
-    EXPECT_EQ(failed([&] { writer->startEssence({0, 2, {25, 1}, false, {}, {}}); }), "unique body SID");
+    EXPECT_EQ(refused({0, 2, {25, 1}, false, {}, {}}), "unique body SID");
+    EXPECT_EQ(refused({1, 1, {25, 1}, false, {}, {}}), "unique index SID");
+    for (const Rational rate : {Rational{0, 0}, {25, 0}, {0, 1}, {-25, 1}, {25, -1}, {-25, -1}}) {
+        EXPECT_EQ(refused({1, 2, rate, false, {}, {}}), "valid edit rate");
+    }
+    MXFIndexTableSegment wrong;
+    wrong.indexEntryArray.resize(2); // one of them has slices that the segment does not announce
+    wrong.indexEntryArray.back().sliceOffsets = {1};
+    EXPECT_NE(refused({1, 2, {25, 1}, false, {}, {wrong}}), "none");
+    EXPECT_EQ(writer->position(), file->str().size());
     writer->startEssence({});
     MXFGCStructureHandler& structure = writer->structureReceiver();
     EXPECT_EQ(failed([&] { structure.startElement(keys::picture); }), "in content package");
@@ -260,6 +249,12 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "content package has elements");
     EXPECT_EQ(failed([&] { writer->essenceReceiver().pictureElement(keys::picture, nullptr, 0, 0); }), "in element");
     EXPECT_EQ(failed([&] { writer->systemReceiver().fixedLengthPack(keys::fixedPack, nullptr, 0); }), "in element");
+    for (const KLVKey& none :
+         {KLVKey{}, klvutil::fillKey, keys::primer, mxfutil::randomIndexPackKey, mxfutil::indexTableSegmentKey,
+          mxfutil::partitionPackKey(MXFPartitionKind::Body, MXFPartitionStatus::ClosedComplete)}) {
+        EXPECT_EQ(failed([&] { structure.startElement(none); }), "valid element key");
+    }
+    EXPECT_EQ(failed([&] { structure.endContentPackage(); }), "content package has elements");
     structure.startElement(keys::picture);
     EXPECT_EQ(failed([&] { structure.endElement(keys::picture); }), "complete element");
     std::uint64_t size = 0;
@@ -280,7 +275,12 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "not in essence");
     writer->endEssence();
     EXPECT_EQ(failed([&] { writer->startGenericStream(1); }), "unique body SID");
-    EXPECT_EQ(failed([&] { writer->startEssence({3, 2, {25, 1}, false, {}, {}}); }), "unique index SID");
+    EXPECT_EQ(failed([&] { writer->startGenericStream(2); }), "unique body SID");
+    EXPECT_EQ(refused({2, 5, {25, 1}, false, {}, {}}), "unique body SID");
+    EXPECT_EQ(refused({3, 2, {25, 1}, false, {}, {}}), "unique index SID");
+    EXPECT_EQ(refused({3, 1, {25, 1}, false, {}, {}}), "unique index SID");
+    writer->startEssence({3, 4, {25, 1}, false, {}, {}}); // what was refused is free
+    writer->endEssence();
     KLVHandler& stream = writer->startGenericStream(7);
     writer->endGenericStream();
     EXPECT_EQ(failed([&] { stream.startLabel(keys::label); }), "in essence");
@@ -288,6 +288,43 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "not finished");
     std::istringstream input(file->str());
     EXPECT_EQ(joined(Reading(input).log), "");
+
+    const auto other = createBRYXWriter(std::make_shared<std::stringstream>());
+    EXPECT_EQ(failed([&] { other->start({}); }), "header metadata is present");
+    other->start(metadata());
+    EXPECT_EQ(failed([&] { other->finish({}); }), "header metadata is present");
+    EXPECT_TRUE(other->finish(metadata()));
+}
+
+/// A table that comes before its essence is held to what comes.
+TEST(BRYXWriter, ComparesEssenceWithATableBeforeIt) {
+    constexpr std::uint32_t first = 20 + 700 + 20 + 192;
+    const auto write = [](const std::vector<std::uint32_t>& sizes, std::int64_t duration, int packages) {
+        std::vector<MXFIndexTableSegment> segments;
+        for (const std::uint32_t size : sizes) {
+            MXFIndexTableSegment segment;
+            segment.indexStartPosition = static_cast<std::int64_t>(segments.size());
+            segment.indexDuration = duration;
+            segment.editUnitByteCount = size;
+            segments.push_back(segment);
+        }
+        const auto writer = createBRYXWriter(std::make_shared<std::stringstream>());
+        BRYXWriterConfiguration configuration;
+        configuration.indexPlacement = Placement::BeforeEssence;
+        writer->setConfiguration(configuration);
+        writer->start(metadata());
+        writer->startEssence({1, 2, {25, 1}, false, {}, segments});
+        writePackages(*writer, packages);
+        return failure([&] { writer->endEssence(); });
+    };
+    const std::string wrong = "edit units have the size announced";
+    EXPECT_EQ(write({first}, 1, 1), "none");
+    EXPECT_EQ(write({first + 1}, 1, 1), wrong);
+    EXPECT_EQ(write({100}, 9, 1), "none"); // they are wrapped as a clip
+    EXPECT_EQ(write({first, first + 37}, 1, 2), "none");
+    EXPECT_EQ(write({first, first + 36}, 1, 2), wrong);
+    EXPECT_EQ(write({first + 37, first}, 1, 2), wrong); // as much in all
+    EXPECT_EQ(write({first + 37}, 0, 3), wrong);        // the same
 }
 
 TEST(BRYXWriter, LeavesAReadableFileWhereverItIsStopped) {
@@ -345,7 +382,7 @@ TEST(BRYXWriter, HidesNoFailureOfTheStream) {
     writePackages(*writer, 3);
     writer->endEssence();
     std::string octets = lying->str();
-    octets[octets.rfind(octets::key(soundKey))] = 7;
+    octets[octets.rfind(octets::key(writtenSound))] = 7;
     lying->str(octets);
     lying->seekp(0, std::ios::end);
     EXPECT_THROW(writer->finish(metadata()), VerifyingKLVHandler::exception);

@@ -55,8 +55,9 @@ inline std::shared_ptr<Preface> builtModel() {
 
     const auto timecode = TimecodeComponent::create();
     timecode->setRoundedTimecodeBase(25);
-    timecode->setDuration(-1);
+    timecode->setDuration(15);
     const auto sequence = Sequence::create();
+    sequence->setDuration(15);
     sequence->addComponent(timecode);
     sequence->addComponent(Filler::create());
     const auto track = TimelineTrack::create();
@@ -81,6 +82,11 @@ inline std::shared_ptr<Preface> builtModel() {
     const auto video = MPEGVideoDescriptor::create();
     video->setVideoLineMap({7, 320});
     video->setFrameLayout(MXFFrameLayout::SeparateFields);
+    video->setStoredWidth(720);
+    video->setStoredHeight(304);
+    video->setAspectRatio({16, 9});
+    video->setComponentDepth(8);
+    video->setHorizontalSubsampling(2);
     video->setProfileAndLevel(0x44);
     video->addLocator(NetworkLocator::create());
     const auto avc = AVCVideoSubDescriptor::create();
@@ -92,11 +98,17 @@ inline std::shared_ptr<Preface> builtModel() {
     video->addGenericSubDescriptor(mpeg4);
     multiple->addSubDescriptor(video);
     const auto rgba = RGBAPictureDescriptor::create();
+    rgba->setStoredWidth(720);
+    rgba->setStoredHeight(608);
+    rgba->setAspectRatio({16, 9});
     rgba->setPixelLayout({{{{'R', 8}, {'G', 8}, {'B', 8}}}});
     rgba->setPalette(std::vector<std::uint8_t>(65535, 7));
     rgba->setMasteringDisplayPrimaries({{1, 2}, {3, 4}, {5, 6}});
     multiple->addSubDescriptor(rgba);
     const auto sound = AES3AudioDescriptor::create();
+    sound->setAudioSamplingRate({48000, 1});
+    sound->setChannelCount(2);
+    sound->setQuantizationBits(24);
     sound->setChannelStatusDataMode({MXFChannelStatusMode::Fixed, MXFChannelStatusMode::Essence});
     sound->setFixedChannelStatusData(std::vector<std::byte>(24, std::byte{0x85}));
     sound->setPeakEnvelopeTimestamp(klvutil::currentTimestamp());

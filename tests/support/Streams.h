@@ -148,6 +148,64 @@ private:
     }
 };
 
+/// An output stream that tells its position and cannot seek.
+class TellingOutput : private std::stringbuf, public std::ostream {
+public:
+    TellingOutput() : std::ostream(static_cast<std::stringbuf*>(this)) {}
+
+    std::string octets() const { return std::stringbuf::str(); }
+
+private:
+    std::stringbuf::pos_type seekoff(std::stringbuf::off_type offset, std::ios::seekdir way,
+                                     std::ios::openmode mode) override {
+        return offset == 0 && way == std::ios::cur ? std::stringbuf::seekoff(offset, way, mode) : seekpos(0, mode);
+    }
+    std::stringbuf::pos_type seekpos(std::stringbuf::pos_type, std::ios::openmode) override {
+        return std::stringbuf::off_type(-1);
+    }
+};
+
+/// An output stream that gathers octets, and appends them to its file when it is flushed or sought.
+class AppendingOutput : private std::streambuf, public std::ostream {
+public:
+    AppendingOutput() : std::ostream(static_cast<std::streambuf*>(this)) {}
+
+    const std::string& octets() const { return octets_; }
+
+private:
+    std::streamsize xsputn(const char* data, std::streamsize size) override {
+        gathered_.append(data, static_cast<std::size_t>(size));
+        return size;
+    }
+    std::streambuf::int_type overflow(std::streambuf::int_type octet) override {
+        gathered_ += std::streambuf::traits_type::to_char_type(octet);
+        return octet;
+    }
+    int sync() override {
+        octets_ += gathered_;
+        place_ = gathered_.empty() ? place_ : octets_.size();
+        gathered_.clear();
+        return 0;
+    }
+    std::streambuf::pos_type seekoff(std::streambuf::off_type offset, std::ios::seekdir way,
+                                     std::ios::openmode mode) override {
+        if (offset == 0 && way == std::ios::cur) {
+            return static_cast<std::streamoff>(place_ + gathered_.size());
+        }
+        const auto from = way == std::ios::end ? octets_.size() : way == std::ios::cur ? place_ : 0;
+        return seekpos(static_cast<std::streamoff>(from) + offset, mode);
+    }
+    std::streambuf::pos_type seekpos(std::streambuf::pos_type place, std::ios::openmode) override {
+        sync();
+        place_ = static_cast<std::size_t>(std::streamoff{place});
+        return place;
+    }
+
+    std::string octets_;
+    std::string gathered_;
+    std::size_t place_ = 0;
+};
+
 /// An output stream whose device takes a number of writes, and fails at the next one and all that follow.
 class FailingOutput : private std::stringbuf, public std::ostream {
 public:
