@@ -4,6 +4,7 @@
 #include <limits>
 #include <ostream>
 
+#include "klv/internal/StreamAccess.h"
 #include "util/assertion_failure.h"
 
 using util::require;
@@ -39,6 +40,7 @@ void GenericKLVWriter::startStream(bool accurateLengths) {
 void GenericKLVWriter::endStream(bool /*stopped*/) {
     requireStarted();
     started_ = false;
+    const klvutil::StreamExceptionsOff exceptionsOff(stream_);
     require(static_cast<bool>(stream_.flush()), "successful write()");
 }
 
@@ -50,8 +52,7 @@ void GenericKLVWriter::berLengthForm(std::uint8_t form) {
 
 void GenericKLVWriter::write(const std::uint8_t* octets, std::uint64_t size) {
     // A stream that has failed takes nothing more.
-    require(static_cast<bool>(stream_.write(reinterpret_cast<const char*>(octets), static_cast<std::streamsize>(size))),
-            "successful write()");
+    require(klvutil::put(stream_, octets, size), "successful write()");
 }
 
 bool GenericKLVWriter::startTriplet(const KLVKey& key, std::uint64_t length) {
@@ -67,6 +68,7 @@ bool GenericKLVWriter::startIndividualItem(const KLVKey& key, std::uint64_t leng
     if (length != klvutil::unknownLength) {
         return startTriplet(key, length);
     }
+    const klvutil::StreamExceptionsOff exceptionsOff(stream_);
     const std::streamoff position = stream_.tellp();
     require(position >= 0, "unbuffered output is possible");
     startTriplet(key, 0);
@@ -84,6 +86,7 @@ void GenericKLVWriter::endIndividualItem(const KLVKey& /*key*/) {
     isLengthUnknown_ = false;
     std::uint8_t field[9];
     const std::uint8_t size = klvutil::storeBERLength(field, form_, valueSize_);
+    const klvutil::StreamExceptionsOff exceptionsOff(stream_);
     const std::streampos end = stream_.tellp();
     stream_.seekp(lengthPosition_);
     write(field, size);

@@ -8,8 +8,8 @@
 
 /// Writes the events of a KLV stream (ST 336) to an output stream, from where that stands. Wants every value.
 ///
-/// Every event requires "has started", and "successful write()": that the stream has taken all octets so far. After a
-/// failure nothing more is written. The stream may hold octets back until it is flushed, which endStream does.
+/// Every event requires "has started", and "successful write()": that the stream has taken all octets so far, which is
+/// told so whatever the stream's exception mask. After a failure nothing more is written. The stream may hold octets back until it is flushed, which endStream does.
 class BRYX_API GenericKLVWriter : public KLVHandler {
 public:
     /// @param stream outlives the writer

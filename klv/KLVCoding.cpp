@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "klv/internal/StreamAccess.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
@@ -51,8 +52,7 @@ void writeField(std::ostream& stream, KLVFieldForm form, std::uint32_t value) {
     util::require(value >> ((8U * size) % 32U) == 0, "enough octets");
     std::uint8_t octets[4];
     util::storeBigEndian(octets, value, size);
-    stream.write(reinterpret_cast<const char*>(octets), size);
-    util::require(stream.good(), "successful write()");
+    util::require(put(stream, octets, size) && stream.good(), "successful write()");
 }
 
 } // namespace klvutil

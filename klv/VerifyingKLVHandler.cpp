@@ -7,6 +7,7 @@
 #include "klv/GenericKLVReader.h"
 #include "klv/GroupValidatorFilter.h"
 #include "klv/internal/KLVEventLog.h"
+#include "klv/internal/StreamAccess.h"
 #include "klv/parse_error.h"
 
 namespace klvutil::detail {
@@ -38,6 +39,7 @@ void VerifyingPass::verify() {
         throw VerifyingKLVHandler::exception("triplet at " + std::to_string(start_) + " with key " +
                                              toString(sent_->key()) + " does not read back as written: " + what);
     };
+    const klvutil::StreamExceptionsOff exceptionsOff(written_);
     const std::streamoff end = written_.flush().tellp();
     KLVEventLog read;
     GenericKLVReader reader;

@@ -3,14 +3,15 @@
 #include <cstdint>
 #include <istream>
 #include <limits>
+#include <ostream>
 
 #if defined(__GLIBCXX__)
 #    include <cxxabi.h>
 #endif
 
 /// @file
-/// The one home of what the library asks of a caller's input stream beside its octets. Nothing here throws what a
-/// stream buffer or the stream's exception mask would.
+/// The one home of what the library asks of a caller's stream beside its octets. Nothing here throws what a stream buffer
+/// or the stream's exception mask would.
 
 namespace klvutil {
 
@@ -28,6 +29,13 @@ bool runs(Operation operation) {
     } catch (...) {
         return false;
     }
+}
+
+/// Writes octets to @p stream, and returns whether that has taken all octets so far. Costs less than to take its
+/// exception mask off each time.
+inline bool put(std::ostream& stream, const std::uint8_t* octets, std::uint64_t size) {
+    return runs([&] { stream.write(reinterpret_cast<const char*>(octets), static_cast<std::streamsize>(size)); }) &&
+           static_cast<bool>(stream);
 }
 
 /// What a stream buffer holds ready. The members that tell are protected: this derives from it only to name them.
@@ -50,7 +58,7 @@ public:
 /// has its own way of telling them. The mask is put back without acting on the state.
 class StreamExceptionsOff {
 public:
-    explicit StreamExceptionsOff(std::istream& stream) : stream_(stream), mask_(stream.exceptions()) {
+    explicit StreamExceptionsOff(std::ios& stream) : stream_(stream), mask_(stream.exceptions()) {
         stream.exceptions(std::ios::goodbit);
     }
     ~StreamExceptionsOff() {
@@ -66,7 +74,7 @@ public:
     StreamExceptionsOff& operator=(const StreamExceptionsOff&) = delete;
 
 private:
-    std::istream& stream_;
+    std::ios& stream_;
     std::ios::iostate mask_;
 };
 
