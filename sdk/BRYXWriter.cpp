@@ -4,6 +4,7 @@
 #include "mxf/metadata/structural/Preface.h"
 #include "sdk/BRYXMetadataFactory.h"
 #include "sdk/internal/BRYXWriterImpl.h"
+#include "sdk/internal/VerifyingBRYXWriterImpl.h"
 #include "util/assertion_failure.h"
 
 BRYXWriter::~BRYXWriter() = default;

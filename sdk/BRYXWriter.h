@@ -83,7 +83,7 @@ struct BRYXWriterConfiguration {
 struct BRYXEssenceContainer {
     std::uint32_t bodySID = 1;
     std::uint32_t indexSID = 2; ///< 0 for no index table
-    Rational editRate{25, 1};   ///< of the index table
+    Rational editRate{25, 1};   ///< of the index table: content packages a second
 
     /// Whether all edit units have one size, so that one index table segment without entries will do. If it turns out
     /// that they do not, there are entries all the same.
@@ -113,10 +113,10 @@ struct BRYXEssenceContainer {
 ///
 /// Calls out of this order fail: "before start", "after start", "in essence", "not in essence", "in generic stream", "not
 /// finished", and those that MXFGCMuxer refuses; and so does a partition that would end within an element, "complete
-/// element". What was written is a readable file whenever a partition ends. A write
-/// that fails throws util::assertion_failure "successful write()"; nothing is written after it. A writer that has thrown
-/// anything but a call out of order is done for; after a failure within a partition's pack, metadata or index table,
-/// further calls fail "no failure before". It is used by one thread at a time.
+/// element". What was written is a readable file whenever a partition ends. A write that fails throws
+/// util::assertion_failure "successful write()", whatever the stream's exception mask; nothing is written after it. A
+/// writer that has thrown anything but a call out of order must not be used afterwards; after a failure within a
+/// partition's pack, metadata or index table, further calls fail "no failure before". It is used by one thread at a time.
 class BRYX_API BRYXWriter {
 public:
     virtual ~BRYXWriter();
@@ -125,13 +125,16 @@ public:
     /// "valid header space", and "valid partition status": none that of a generic stream.
     virtual void setConfiguration(const BRYXWriterConfiguration& configuration) = 0;
 
-    /// Writes the header partition, from where the stream stands. Metadata that cannot be coded fails before anything is
-    /// written.
+    /// Writes the header partition, from where the stream stands. Requires "header metadata is present", and of a stream
+    /// that can seek "stream writes where it stands", which one opened for appending does not: to find out, the first key
+    /// is written twice. Metadata that is absent or cannot be coded fails before anything is written.
     virtual void start(const BRYXHeaderMetadata& metadata) = 0;
 
     /// Begins an essence container with a partition of its own; or goes on in another partition with one that was begun
-    /// before, of which only the body SID counts then. Requires "unique body SID", which is not 0, "unique index SID", and
-    /// "index table segments are given" for BeforeEssence.
+    /// before, of which only the body SID counts then. Requires "unique body SID", which is not 0, and "unique index SID":
+    /// none that is that of any essence, index table or generic stream of the file; "valid edit rate", both parts of which
+    /// are above 0; "index table segments are given" for BeforeEssence; and that segments which are given can be coded.
+    /// What fails so has begun nothing.
     virtual void startEssence(const BRYXEssenceContainer& container) = 0;
 
     // For the calls that an MXFGCSplitter makes: a content package starts, its elements come and end, it ends. Stream
@@ -152,7 +155,9 @@ public:
     /// Ends the partition that is written, and goes on in another one. Not within a content package.
     virtual void startBodyPartition() = 0;
 
-    /// Requires "edit units have the size announced" where a table for BeforeEssence said so.
+    /// Requires "edit units have the size announced" where a table for BeforeEssence said so: each content package begins
+    /// where the table has it, and the last one ends there. A single one, where the table has more edit units, is taken
+    /// for essence wrapped as a clip, and not compared.
     virtual void endEssence() = 0;
 
     /// Begins a partition with a generic stream (ST 410), and takes its triplets until endGenericStream(). Requires
@@ -162,8 +167,6 @@ public:
 
     /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition. Metadata that
     /// cannot be coded fails before anything is written.
-    ///
-    /// Requires of a stream that can seek "stream writes where it stands", which one opened for appending does not.
     ///
     /// @return whether the header partition is closed and complete now. It stays as it was, but for the offset of the
     ///     footer partition, if @p metadata does not fit the space in it; and altogether if the stream cannot seek.

@@ -1,15 +1,32 @@
 #include "mxf/essence/MXFGCMuxer.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "klv/KLVFilter.h"
 #include "mxf/essence/MXFGCEssenceCoder.h"
 #include "mxf/essence/MXFGCIndexer.h"
 #include "mxf/essence/MXFGCKeys.h"
 #include "mxf/essence/MXFGCStructurePadder.h"
 #include "mxf/essence/MXFGCSystemCoder.h"
+#include "mxf/index/MXFIndexTableSegment.h"
+#include "mxf/structure/MXFPartitionPack.h"
+#include "mxf/structure/MXFPrimer.h"
+#include "mxf/structure/MXFRandomIndex.h"
 
 using util::require;
 
 namespace {
+
+/// Whether a triplet with @p key may be an element. Essence of private and of encrypted kinds has keys of its own, so any
+/// SMPTE key may be that of one, except those that mean something else wherever they stand.
+bool isElementKey(const KLVKey& key) {
+    constexpr std::uint8_t smpte[] = {0x06, 0x0E, 0x2B, 0x34};
+    return mxfutil::isGCEssenceElement(key) || mxfutil::isGCSystemElement(key) ||
+           (std::equal(std::begin(smpte), std::end(smpte), key.octets.begin()) && key != klvutil::fillKey &&
+            key != mxfutil::primerPackKey && key != mxfutil::randomIndexPackKey &&
+            key != mxfutil::indexTableSegmentKey && !mxfutil::isPartitionPackKey(key));
+}
 
 /// Where the calls stand that write a container. They come as a splitter makes them, or are refused: what an index table
 /// says follows from them.
@@ -30,6 +47,7 @@ public:
     }
     void startElement(const KLVKey& key) {
         requireBetweenElements();
+        require(isElementKey(key), "valid element key");
         state_ = State::BeforeTriplet;
         hasElements_ = true;
         key_ = key;

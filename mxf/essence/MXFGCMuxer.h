@@ -17,7 +17,7 @@ class MXFGCSystemHandler;
 ///
 /// An element has one triplet, which comes between its start and its end in the structure, within a content package. Calls
 /// out of this order fail, and nothing is written: "in content package", "not in content package", "content package has
-/// elements", "in element", "one triplet in element", "correct element key", and "complete element", which is what one must
+/// elements", "valid element key" (a SMPTE key, and none that means something else, such as fill), "in element", "one triplet in element", "correct element key", and "complete element", which is what one must
 /// be when it ends, or anything else of the structure comes.
 ///
 /// The receivers live as long as the muxer and are not to be deleted.
