@@ -50,11 +50,21 @@ struct BRYXWriterConfiguration {
 
     /// Octets of the KLV alignment grid, at most 2^20; 0 and 1 for none.
     std::uint32_t kagSize = 1;
-    /// Least octets of header metadata in the header partition, for what may change later; at most 2^32.
-    std::uint64_t headerSpace = 0;
+    /// Octets that the header partition keeps free behind its header metadata at least, for what that becomes until the
+    /// end; at most 2^32. 4 KiB are enough for some hundred properties that are added, each of which takes 4 octets and
+    /// its value, and 18 more if the file has no other of its name: such as durations, or an identification. 0 where
+    /// nothing is to be added.
+    std::uint64_t headerSpace = 4096;
+
+    // What the caller says of the status of partitions. A weaker one is written if less holds: complete means that no
+    // best-effort property of the header metadata has its value for "unknown", such as a duration of -1, and that all
+    // timeline tracks have durations; closed, that the durations of tracks and descriptors of the file packages are those
+    // of the essence that has been written, as far as the writer knows that. (ST 377-1, Partition Status)
+
     /// Of the header partition until it is rewritten, which happens at the end if the stream can seek.
     MXFPartitionStatus headerStatus = MXFPartitionStatus::OpenIncomplete;
     MXFPartitionStatus bodyStatus = MXFPartitionStatus::ClosedComplete;
+    /// Of what finish() is given: in the footer partition, and in the header partition when that is rewritten.
     MXFPartitionStatus footerStatus = MXFPartitionStatus::ClosedComplete;
     /// Of ST 377-1.
     std::uint16_t minorVersion = 3;
@@ -100,7 +110,7 @@ struct BRYXEssenceContainer {
 };
 
 /// Writes an MXF file in one pass. The stream need not be able to seek; if it is, the header partition is rewritten at the
-/// end, closed and complete, and body partitions learn where the footer partition is.
+/// end, with what is known by then, and body partitions learn where the footer partition is.
 ///
 /// @code
 /// auto writer = createBRYXWriter(stream);
@@ -168,8 +178,11 @@ public:
     /// Writes the footer partition with @p metadata, and the random index; rewrites the header partition. Metadata that
     /// cannot be coded fails before anything is written.
     ///
-    /// @return whether the header partition is closed and complete now. It stays as it was, but for the offset of the
-    ///     footer partition, if @p metadata does not fit the space in it; and altogether if the stream cannot seek.
+    /// The header partition stays as it was, but for the offset of the footer partition, if @p metadata does not fit the
+    /// space in it or has another number of essence containers: it is open then, since the footer partition says more. It
+    /// stays as it was altogether if the stream cannot seek.
+    ///
+    /// @return whether the header partition has been rewritten, and is closed and complete now
     virtual bool finish(const BRYXHeaderMetadata& metadata) = 0;
 
     /// Where the next octet goes, in octets from the header partition pack.

@@ -28,8 +28,11 @@ public:
         MXFGCIntraIndexer::startBody(position, octetsBefore);
         bodyStart_ = position;
         octetsBefore_ = octetsBefore;
+        end_ = position;
     }
+    void endBody(std::uint64_t position) { isAll_ = isAll_ && position == end_; }
     std::uint64_t contentPackages() const noexcept { return contentPackages_; }
+    bool isAll() const noexcept { return isAll_; }
 
     bool isAsAnnounced(std::uint64_t octets) const {
         if (!announced_ || contentPackages_ == 0 || announced_->ranges().empty()) {
@@ -47,6 +50,8 @@ public:
 private:
     void indexContentPackage(std::uint64_t start, const Offsets& offsets) override {
         const auto editUnit = static_cast<std::int64_t>(contentPackages_++);
+        isAll_ = isAll_ && start == end_;
+        end_ = position();
         if (announced_ && announced_->contains(editUnit)) {
             isAsAnnounced_ = isAsAnnounced_ && announced_->streamOffset(editUnit) == start - bodyStart_ + octetsBefore_;
         }
@@ -67,6 +72,8 @@ private:
     std::uint64_t contentPackages_ = 0;
     std::uint64_t bodyStart_ = 0;
     std::uint64_t octetsBefore_ = 0;
+    std::uint64_t end_ = 0; ///< position behind the last content package
+    bool isAll_ = true;     ///< nothing has been written beside content packages
     boost::optional<MXFIndexCalculator> announced_;
     bool isAsAnnounced_ = true; ///< each content package began where it should
 };
@@ -88,6 +95,15 @@ MXFGCIndexer& BRYXIndexWriter::indexer() {
 
 std::uint64_t BRYXIndexWriter::contentPackages() const {
     return indexer_->contentPackages();
+}
+
+boost::optional<std::uint64_t> BRYXIndexWriter::editUnits(std::uint64_t octets) const {
+    const bool areKnown = octets == 0 || (indexer_->isAll() && contentPackages() > 1);
+    return boost::make_optional(areKnown, contentPackages());
+}
+
+void BRYXIndexWriter::endBody(std::uint64_t position) {
+    indexer_->endBody(position);
 }
 
 void BRYXIndexWriter::startBody(std::uint64_t position, std::uint64_t octetsBefore) {

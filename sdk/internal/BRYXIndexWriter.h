@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include <boost/optional.hpp>
+
 #include "mxf/essence/MXFGCIndexer.h"
 #include "sdk/BRYXWriter.h"
 
@@ -36,9 +38,14 @@ public:
     MXFGCIndexer& indexer();
     std::uint64_t contentPackages() const;
 
+    /// The edit units in @p octets of essence; none if it is not only content packages that have been written, or a single
+    /// one, in which all may be wrapped as a clip.
+    boost::optional<std::uint64_t> editUnits(std::uint64_t octets) const;
+
     /// The next content package comes into another partition: where its body begins, and how many octets of the essence
     /// container came before.
     void startBody(std::uint64_t position, std::uint64_t octetsBefore);
+    void endBody(std::uint64_t position);
 
     /// Whether there is an index table, which the writer makes.
     bool isOwn() const { return exists() && container_.segments.empty(); }

@@ -1,5 +1,6 @@
 #include "sdk/internal/BRYXWriterImpl.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "mxf/structure/MXFStructureCoder.h"
+#include "sdk/internal/BRYXMetadataSurvey.h"
 #include "sdk/internal/BRYXRegion.h"
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
@@ -23,6 +25,20 @@ void sendMetadata(KLVHandler& handler, const BRYXHeaderMetadata& metadata, std::
     MXFFormatMetadataCoder coder(handler);
     coder.setBERLengthForm(form);
     metadata.send(coder);
+}
+
+bool isClosed(MXFPartitionStatus status) {
+    return status == MXFPartitionStatus::ClosedIncomplete || status == MXFPartitionStatus::ClosedComplete;
+}
+
+bool isComplete(MXFPartitionStatus status) {
+    return status == MXFPartitionStatus::OpenComplete || status == MXFPartitionStatus::ClosedComplete;
+}
+
+MXFPartitionStatus statusOf(bool isClosed, bool isComplete) {
+    return isClosed     ? isComplete ? MXFPartitionStatus::ClosedComplete : MXFPartitionStatus::ClosedIncomplete
+           : isComplete ? MXFPartitionStatus::OpenComplete
+                        : MXFPartitionStatus::OpenIncomplete;
 }
 
 } // namespace
@@ -94,6 +110,19 @@ void BRYXWriterImpl::requireCodable(const BRYXHeaderMetadata& metadata) const {
     sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
 }
 
+/// The weaker of the caller's word and what can be seen of @p metadata and of the essence that has been written.
+MXFPartitionStatus BRYXWriterImpl::heldStatus(const BRYXHeaderMetadata& metadata, MXFPartitionStatus word) const {
+    const BRYXMetadataSurvey survey(metadata);
+    const bool areTrue = std::all_of(containers_.begin(), containers_.end(), [&](const auto& each) {
+        const Container& written = *each.second;
+        const auto editUnits = written.index.editUnits(written.octets);
+        // Without an index table nobody need have told the rate.
+        const Rational rate = written.container.indexSID == 0 ? Rational() : written.container.editRate;
+        return !editUnits || survey.fits(each.first, *editUnits, rate);
+    });
+    return statusOf(isClosed(word) && areTrue, isComplete(word) && survey.isComplete());
+}
+
 /// Streams of whatever kind share one set of SIDs.
 void BRYXWriterImpl::requireFree(std::uint32_t sid, const char* condition) const {
     require(sid != 0 && sids_.count(sid) == 0, condition);
@@ -138,7 +167,8 @@ void BRYXWriterImpl::endPartition() {
 void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     require(state_ == State::BeforeStart, "before start");
     requireCodable(metadata);
-    output_.start(mxfutil::partitionPackKey(MXFPartitionKind::Header, configuration_.headerStatus));
+    headerStatus_ = heldStatus(metadata, configuration_.headerStatus);
+    output_.start(mxfutil::partitionPackKey(MXFPartitionKind::Header, headerStatus_));
     chain_ = std::make_unique<BRYXWriterChain>(output_.stream(), written_, configuration_);
     MXFWriter& writer = chain_->writer;
     gate_.setReceiver(writer.bodyReceiver());
@@ -153,7 +183,7 @@ void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     headerPack_.operationalPattern = metadata.operationalPattern;
     headerPack_.essenceContainers = metadata.essenceContainers;
     writer.structureReceiver().startStructure();
-    startPartition(MXFPartitionKind::Header, configuration_.headerStatus, &metadata, {}, 0);
+    startPartition(MXFPartitionKind::Header, headerStatus_, &metadata, {}, 0);
     endPartition();
     headerPack_ = writer.structureReceiver().lastPack();
     state_ = State::Between;
@@ -214,6 +244,7 @@ void BRYXWriterImpl::openBody(const Part& index) {
 
 void BRYXWriterImpl::closeBody() {
     current_->octets += position() - current_->bodyStart;
+    current_->index.endBody(position());
     endPartition();
 }
 
@@ -306,6 +337,7 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     requireBetween();
     // What cannot be coded or described fails before anything is written.
     requireCodable(metadata);
+    const MXFPartitionStatus status = heldStatus(metadata, configuration_.footerStatus);
     std::vector<Part> indexes;
     for (const auto& [bodySID, container] : containers_) {
         if (container.get() != current_) {
@@ -317,7 +349,7 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     for (const Part& index : indexes) {
         writeIndexPartition(index);
     }
-    startPartition(MXFPartitionKind::Footer, configuration_.footerStatus, &metadata, last, 0);
+    startPartition(MXFPartitionKind::Footer, status, &metadata, last, 0);
     endPartition();
     MXFStructureCoder& structure = chain_->writer.structureReceiver();
     const std::uint64_t footer = structure.lastPack().thisPartition;
@@ -329,9 +361,12 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     }
     const std::uint64_t end = position();
     tellFooter(footer);
-    const bool isClosed = closeHeader(metadata, footer);
+    const bool isRewritten = rewriteHeader(metadata, status, footer);
+    if (!isRewritten) {
+        openHeader();
+    }
     output_.seek(end);
-    return isClosed;
+    return isRewritten && status == MXFPartitionStatus::ClosedComplete;
 }
 
 /// Writes the offset of the footer partition into the packs of all partitions before it.
@@ -349,8 +384,9 @@ void BRYXWriterImpl::tellFooter(std::uint64_t footer) {
     }
 }
 
-/// Writes the header partition again, closed and complete, if @p metadata fits in it.
-bool BRYXWriterImpl::closeHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer) {
+/// Writes the header partition again, if @p metadata fits in it.
+bool BRYXWriterImpl::rewriteHeader(const BRYXHeaderMetadata& metadata, MXFPartitionStatus status,
+                                   std::uint64_t footer) {
     const auto sendSets = [&](KLVHandler& handler) {
         sendMetadata(handler, metadata, configuration_.metadataLengthForm);
     };
@@ -367,11 +403,21 @@ bool BRYXWriterImpl::closeHeader(const BRYXHeaderMetadata& metadata, std::uint64
     pack.footerPartition = footer;
     pack.operationalPattern = metadata.operationalPattern;
     pack.essenceContainers = metadata.essenceContainers;
-    const KLVKey key = mxfutil::partitionPackKey(MXFPartitionKind::Header, MXFPartitionStatus::ClosedComplete);
+    const KLVKey key = mxfutil::partitionPackKey(MXFPartitionKind::Header, status);
     structure.startStructure();
     structure.startPartition(key, pack, 0);
     sendRegion(chain.writer.headerMetadataReceiver(), sendSets);
     structure.endPartition(key);
     structure.endStructure();
     return true;
+}
+
+/// What a header partition says that stays as it was is out of date now.
+void BRYXWriterImpl::openHeader() {
+    if (isClosed(headerStatus_)) {
+        constexpr std::size_t statusOctet = 14;
+        const KLVKey key =
+            mxfutil::partitionPackKey(MXFPartitionKind::Header, statusOf(false, isComplete(headerStatus_)));
+        output_.overwrite(statusOctet, &key.octets[statusOctet], 1);
+    }
 }

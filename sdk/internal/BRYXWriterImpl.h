@@ -11,9 +11,9 @@
 #include "mxf/structure/MXFRandomIndex.h"
 #include "sdk/BRYXWriter.h"
 #include "sdk/internal/BRYXBodyGate.h"
-#include "sdk/internal/BRYXPartitionCutter.h"
 #include "sdk/internal/BRYXIndexWriter.h"
 #include "sdk/internal/BRYXOutput.h"
+#include "sdk/internal/BRYXPartitionCutter.h"
 #include "sdk/internal/BRYXWriterChain.h"
 
 class BRYXWriterImpl : public BRYXWriter {
@@ -60,6 +60,7 @@ private:
     void requireBetweenPackages() const;
     void requireCodable(const BRYXHeaderMetadata& metadata) const;
     void requireFree(std::uint32_t sid, const char* condition) const;
+    MXFPartitionStatus heldStatus(const BRYXHeaderMetadata& metadata, MXFPartitionStatus word) const;
     MXFGCMuxer& muxer() const;
     void startPartition(MXFPartitionKind kind, MXFPartitionStatus status, const BRYXHeaderMetadata* metadata,
                         const Part& index, std::uint32_t bodySID);
@@ -70,7 +71,8 @@ private:
     void closeBody();
     void nextBody();
     void cutBody();
-    bool closeHeader(const BRYXHeaderMetadata& metadata, std::uint64_t footer);
+    bool rewriteHeader(const BRYXHeaderMetadata& metadata, MXFPartitionStatus status, std::uint64_t footer);
+    void openHeader();
     void tellFooter(std::uint64_t footer);
 
     BRYXOutput output_;
@@ -82,6 +84,7 @@ private:
 
     State state_ = State::BeforeStart;
     MXFPartitionPack headerPack_;
+    MXFPartitionStatus headerStatus_ = MXFPartitionStatus::OpenIncomplete; ///< as it was first written
     KLVKey partitionKey_;
     MXFRandomIndex randomIndex_;
     std::unique_ptr<KLVFiller> genericStreamFiller_;

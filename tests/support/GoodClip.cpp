@@ -259,6 +259,7 @@ void GoodClip::write(BRYXWriter& writer) const {
     const auto preface = model(options_);
     BRYXWriterConfiguration configuration;
     configuration.kagSize = 16;
+    configuration.headerSpace = 0; // all is known in the beginning
     configuration.partitionDuration = options_.partitionDuration;
     configuration.indexPlacement = options_.placement;
     writer.setConfiguration(configuration);
