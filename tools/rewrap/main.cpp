@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
     described.add_options()("kag", value(configuration.kagSize), "octets of the KLV alignment grid")                 //
         ("partition-duration", value(configuration.partitionDuration), "content packages of a partition; 0 for all") //
         ("partition-size", value(configuration.partitionSize), "octets of essence of a partition; 0 for all")        //
-        ("header-space", value(configuration.headerSpace), "least octets of header metadata")                        //
+        ("header-space", value(configuration.headerSpace), "octets kept free for header metadata")                   //
         ("index", value(placement), "none, footer, or after its essence")                                            //
         ("keep-layout", "copy grid, partitions and fill of the essence, and the index table")                        //
         ("fixed-uids", "make identifiers that are the same each time")                                               //
