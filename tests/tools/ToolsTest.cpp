@@ -47,3 +47,28 @@ TEST(Tools, NameTheFileThatCannotBeWritten) {
         expect(line, std::string(line, std::string(line).find(' ')) + ": nowhere/a: No such file or directory");
     }
 }
+
+TEST(Tools, TellPeopleFirstHowAFileEnds) {
+    const Folder folder;
+    const GoodClip clip;
+    const GoodClip::Triplet third = clip.all(GoodClip::picture).at(2);
+    folder.put("in.mxf", clip.octets.substr(0, third.value + 10));
+    const std::string end = "the file ends within a picture element; 2 whole content packages before it\n";
+    const std::string place = " at octet " + std::to_string(third.position) + '\n';
+    const auto outputOf = [&](const std::string& line) { return run("cd " + folder.path("") + " && " + line).text; };
+    EXPECT_EQ(outputOf("extract in.mxf 0x15010201 out"), "extract: " + end + "extract: unsuccessful read()" + place);
+    EXPECT_EQ(outputOf("rewrap in.mxf out"), "rewrap: " + end + "rewrap: unsuccessful seekg()" + place +
+                                                 "rewrap: what is whole up to there is copied\n");
+    const std::string report = outputOf("inspect in.mxf");
+    const std::string beginning = "File: in.mxf\nNot read to its end: " + end;
+    EXPECT_EQ(report.substr(0, beginning.size()), beginning);
+    EXPECT_NE(report.find("unsuccessful seekg()"), std::string::npos);
+
+    // What is wrong with a file that does not end early is told once.
+    folder.put("in.mxf", clip.octets + "what is no key");
+    for (const char* const tool : {"extract in.mxf 0x15010201 out", "rewrap in.mxf out"}) {
+        const std::string text = outputOf(tool);
+        const std::string line = text.substr(text.find(": ") + 2, text.find(" at octet") - text.find(": ") - 2);
+        EXPECT_EQ(text.find(line, text.find(line) + 1), std::string::npos) << text;
+    }
+}
