@@ -129,7 +129,7 @@ TEST_F(Rewrap, KeepsWhatIsWholeOfAFileThatBreaksOff) {
         for (const auto& triplets :
              {clip.packs(), last, clip.all(GoodClip::picture), clip.all(klvutil::fillKey), clip.all(keys::item)}) {
             for (const GoodClip::Triplet& triplet : triplets) {
-                places.insert({triplet.position, triplet.position + 1, triplet.value, triplet.end - 1, triplet.end});
+                places.insert({triplet.position + 1, triplet.end - 1, triplet.end});
             }
         }
         places.erase(places.begin(), places.lower_bound(clip.packs().at(1).position));

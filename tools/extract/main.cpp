@@ -15,11 +15,14 @@
 #include "extract/Extractor.h"
 #include "extract/Output.h"
 #include "extract/Selection.h"
+#include "klv/parse_error.h"
 #include "mxf/engines/MXFReader.h"
 #include "sdk/BRYXEssenceSplitter.h"
 #include "shared/CommandLine.h"
 #include "shared/ErrorPrinter.h"
+#include "shared/FileEnd.h"
 #include "shared/InputFile.h"
+#include "shared/PackageCounter.h"
 
 namespace {
 
@@ -42,7 +45,8 @@ ExitCode extract(std::istream& file, const Selection& selection, Output& out) {
     ErrorPrinter errors("extract", progress);
     Extractor extractor(selection, out, progress, errors);
     const Classifier classifier(selection);
-    BRYXEssenceSplitter splitter(nullptr, nullptr, &extractor);
+    PackageCounter packages;
+    BRYXEssenceSplitter splitter(&packages, nullptr, &extractor);
     splitter.setEssenceKeyClassifier(&classifier);
     MXFReader reader;
     reader.setStructureHandler(&extractor);
@@ -57,6 +61,8 @@ ExitCode extract(std::istream& file, const Selection& selection, Output& out) {
         } else {
             out.finish();
         }
+    } catch (const klvutil::parse_error& error) {
+        errors.readingEnded(error, describeEnd(error, packages.element(), packages.wholePackages()));
     } catch (const std::exception& error) {
         problem = error.what();
     }

@@ -5,7 +5,7 @@
 ///     inspect --checks
 ///
 /// Exits with 0 if there is no error, with 1 if there is one or if the file cannot be read whole, and with 2 if it was
-/// called wrongly. The steps of using the library are in inspectFile(), the handlers it needs in Inspection.h.
+/// called wrongly. The steps of using the library are in Inspection::read().
 
 #include <algorithm>
 #include <exception>
@@ -17,10 +17,10 @@
 
 #include <boost/program_options.hpp>
 
+#include "inspect/HtmlReport.h"
 #include "inspect/Inspection.h"
-#include "inspect/InspectionHtml.h"
-#include "inspect/InspectionJson.h"
-#include "inspect/InspectionText.h"
+#include "inspect/JsonReport.h"
+#include "inspect/TextReport.h"
 #include "sdk/BRYX.h"
 #include "shared/CommandLine.h"
 #include "shared/InputFile.h"
@@ -28,42 +28,6 @@
 #include "shared/ProgressBar.h"
 
 namespace {
-
-/// The inspection outlives the reader, which holds its handlers by shared pointers: these own nothing.
-template <class Handler>
-std::shared_ptr<Handler> unowned(Handler& handler) {
-    return {std::shared_ptr<void>(), &handler};
-}
-
-/// Reads @p file from its beginning to its end.
-void inspectFile(std::ifstream& file, BRYXValidationMode::Enum mode, Inspection& inspection) {
-    const auto reader = createBRYXReader(unowned<std::istream>(file), mode);
-    reader->setEssenceKeyClassifier(unowned(inspection.classifier));
-    reader->setStructureHandler(unowned(inspection.structure));
-    reader->setMetadataHandler(unowned(inspection.metadata));
-    reader->setIndexHandler(unowned(inspection.index));
-    reader->setGCStructureHandler(unowned(inspection.body));
-    reader->setSDTICPSystemHandler(unowned(inspection.body));
-    reader->setPDProxySystemHandler(unowned(inspection.body));
-    reader->setEssenceHandler(unowned(inspection.body));
-    reader->setGenericStreamHandler(unowned(inspection.genericStreams));
-    reader->setErrorHandler(unowned(inspection.findings));
-    try {
-        // The reader takes a stream without octets for no file at all, and calls no handler.
-        if (file.peek() == std::istream::traits_type::eof() && !file.bad()) {
-            inspection.findings.readingEnded(findings::emptyFile);
-        } else {
-            reader->read();
-        }
-    } catch (const klvutil::parse_error& error) {
-        // What was read up to here has reached the handlers, so that there is something to show.
-        inspection.metadata.readingEnded();
-        inspection.findings.readingEnded(error);
-    } catch (const std::exception& error) {
-        inspection.metadata.readingEnded();
-        inspection.findings.readingEnded(findings::readingFailed, error.what());
-    }
-}
 
 /// @param page where to write an HTML page; empty for nowhere
 ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool json, const std::string& page) {
@@ -74,7 +38,7 @@ ExitCode inspect(const std::string& name, BRYXValidationMode::Enum mode, bool js
     const auto size = sizeOf(file);
     ProgressBar progress(size);
     Inspection inspection(size, progress);
-    inspectFile(file, mode, inspection);
+    inspection.read(file, mode);
     progress.clear();
     if (json) {
         printJson(std::cout, inspection);

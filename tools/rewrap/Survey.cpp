@@ -49,9 +49,8 @@ void Survey::read(std::istream& file) {
         for (const auto& container : containers_) {
             packages += container.second.packages;
         }
-        errors_.error(describeEnd(error, element_, static_cast<std::uint64_t>(packages)));
-        errors_.remark(std::string(error.what()) + " at octet " + std::to_string(*brokenAt) +
-                       "; what is whole up to there is copied");
+        errors_.readingEnded(error, describeEnd(error, element_, static_cast<std::uint64_t>(packages)));
+        errors_.remark("what is whole up to there is copied");
     }
 }
 

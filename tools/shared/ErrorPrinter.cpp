@@ -21,19 +21,30 @@ std::string inThousands(std::uint64_t number) {
 
 void ErrorPrinter::error(const util::uuid& id, const std::string& message) {
     Kind& kind = kinds_[id];
-    if (++kind.count <= mostOfAKind) {
+    kind.latest = message;
+    if (++kind.count == 1) {
+        kind.first = message;
+    }
+    if (kind.count <= mostOfAKind) {
         error(locator_ == nullptr ? message : message + " at octet " + std::to_string(position()));
     } else {
         ++errors_;
-    }
-    if (kind.count == 1) {
-        kind.message = message;
     }
 }
 
 void ErrorPrinter::error(const std::string& message) {
     ++errors_;
     remark(message);
+}
+
+void ErrorPrinter::readingEnded(const klvutil::parse_error& failure, const std::string& summary) {
+    if (summary != failure.what()) {
+        remark(summary);
+    }
+    const auto reported = kinds_.find(failure.id());
+    if (reported == kinds_.end() || reported->second.latest != failure.what()) {
+        error(failure.what() + (" at octet " + std::to_string(std::streamoff{failure.position()})));
+    }
 }
 
 void ErrorPrinter::remark(const std::string& message) {
@@ -44,7 +55,7 @@ void ErrorPrinter::remark(const std::string& message) {
 void ErrorPrinter::finish() {
     for (const auto& [id, kind] : kinds_) {
         if (kind.count > mostOfAKind) {
-            remark(kind.message + ": ... and " + inThousands(kind.count - mostOfAKind) + " more like it");
+            remark(kind.first + ": ... and " + inThousands(kind.count - mostOfAKind) + " more like it");
         }
     }
     kinds_.clear();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "klv/DullErrorHandler.h"
+#include "klv/parse_error.h"
 #include "shared/ProgressBar.h"
 #include "util/uuid.h"
 
@@ -21,6 +22,9 @@ public:
 
     /// Something else that is wrong with the file.
     void error(const std::string& message);
+    /// Reading has ended with @p failure, which may have been reported just before it was thrown.
+    /// @param summary what that means for the file
+    void readingEnded(const klvutil::parse_error& failure, const std::string& summary);
     /// What is no error.
     void remark(const std::string& message);
     /// Nothing more is to come.
@@ -34,7 +38,8 @@ private:
     /// Findings of one kind.
     struct Kind {
         std::uint64_t count = 0;
-        std::string message; ///< of the first one
+        std::string first;  ///< message
+        std::string latest; ///< message
     };
 
     const char* program_;
