@@ -10,10 +10,15 @@ than two for a large element or than one for some of the small ones, or if essen
 then there would be an instruction for each few octets. At last, a sparse file of 100 GiB with a partition for each 10 seconds
 of 50 Mbit/s is scanned by its random index; that fails if it takes a second, or if more is read than the partition packs and
 what a stream's buffer takes in with them.
+
+Before that, files that nobody would write are read, with 2,000 and with 20,000 of something in one place: index tables, elements
+of one content package with keys of their own, and sets, in as many chains of 25 and of 250 levels, that come in any order. It
+fails if ten times as many take more than 13 times the instructions.
 """
 
 import argparse
 import os
+import random
 import re
 import struct
 import subprocess
@@ -30,14 +35,18 @@ def output(*command):
     return subprocess.run([str(part) for part in command], check=True, capture_output=True, text=True).stderr
 
 
+def instructions_of(command):
+    callgrind = output("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command)
+    return int(re.search(r"Collected : (\d+)", callgrind)[1])
+
+
 def counts(command, folder):
     """Instructions, allocations and system calls of one run."""
-    callgrind = output("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command)
     heap = output("valgrind", "--undef-value-errors=no", "--leak-check=no", *command)
     trace = os.path.join(folder, "trace")
     output("strace", "-f", "-o", trace, *command)
     with open(trace, encoding="ascii", errors="replace") as calls:
-        return (int(re.search(r"Collected : (\d+)", callgrind)[1]),
+        return (instructions_of(command),
                 int(re.search(r"total heap usage: ([\d,]+) allocs", heap)[1].replace(",", "")),
                 sum(1 for _ in calls))
 
@@ -47,6 +56,12 @@ def pack(octet, value):
     return bytes.fromhex("060e2b34020501010d01020101") + octet + b"\0\x88" + len(value).to_bytes(8, "big") + value
 
 
+def partition(kind, place, previous=0, footer=0, header=0, index=0, body_offset=0, body_sid=0):
+    """A partition pack; @p header and @p index are the octets of what follows it."""
+    return pack(kind, struct.pack(">HHIQQQQQIQI", 1, 3, 1, place, previous, footer, header, index, 2 if index else 0,
+                                  body_offset, body_sid) + OP1A + struct.pack(">II", 0, 16))
+
+
 def sparse_file(path, size, distance):
     """Partitions at equal distances, between which there is fill of zeros that no disk holds."""
     offsets = range(0, size, distance)
@@ -54,8 +69,7 @@ def sparse_file(path, size, distance):
         for number, offset in enumerate(offsets):
             file.seek(offset)
             kind = b"\x02\x04" if number == 0 else b"\x03\x04"
-            file.write(pack(kind, struct.pack(">HHIQQQQQIQI", 1, 3, 1, offset, max(0, offset - distance), 0, 0, 0, 0,
-                                              offset, 1) + OP1A + struct.pack(">II", 0, 16)))
+            file.write(partition(kind, offset, previous=max(0, offset - distance), body_offset=offset, body_sid=1))
             end = min(offset + distance, size)
             fill = end - file.tell() - 25
             file.write(bytes.fromhex("060e2b34010101010301021001000000") + b"\x88" + fill.to_bytes(8, "big"))
@@ -64,6 +78,97 @@ def sparse_file(path, size, distance):
         file.write(pack(b"\x11\x01", entries + (len(entries) + 29).to_bytes(4, "big")))
     return len(offsets)
 
+
+# ---- Growth ----
+
+SEQUENCE = "060e2b34025301010d01010101010f00"
+SEQUENCE_TAGS = {0x3C0A: "060e2b34010101010101150200000000", 0x0201: "060e2b34010101020407010000000000",
+                 0x0202: "060e2b34010101020702020101030000", 0x1001: "060e2b34010101020601010406090000"}
+SOUND = bytes.fromhex("060e2b34040101010103020202000000")
+CHAINS = 80
+
+
+def klv(key, value):
+    return bytes.fromhex(key) + b"\x83" + len(value).to_bytes(3, "big") + value
+
+
+def local_set(key, *items):
+    return klv(key, b"".join(struct.pack(">HH", tag, len(value)) + value for tag, value in items))
+
+
+def uid(number):
+    return b"growth.." + number.to_bytes(8, "big")
+
+
+def write_file(path, header=b"", index=b"", body=b""):
+    """Three partitions and the random index."""
+    with open(path, "wb") as file:
+        file.write(partition(b"\x02\x04", 0, header=len(header)) + header)
+        place = file.tell()
+        file.write(partition(b"\x03\x04", place, index=len(index), body_sid=1) + index + body)
+        footer = file.tell()
+        file.write(partition(b"\x04\x04", footer, previous=place, footer=footer))
+        file.write(pack(b"\x11\x01", struct.pack(">IQIQIQI", 0, 0, 1, place, 0, footer, 65)))
+
+
+def sequence(own, below):
+    return local_set(SEQUENCE, (0x3C0A, uid(own)), (0x0201, SOUND), (0x0202, struct.pack(">q", 1)),
+                     (0x1001, struct.pack(">II", len(below), 16) + b"".join(map(uid, below))))
+
+
+def sets(count, levels):
+    """Header metadata of chains of sets."""
+    primer = struct.pack(">II", len(SEQUENCE_TAGS), 18) + b"".join(
+        struct.pack(">H", tag) + bytes.fromhex(label) for tag, label in SEQUENCE_TAGS.items())
+    chained = [sequence(own, [own + 1] if (own + 1) % levels else []) for own in range(count)]
+    random.shuffle(chained)
+    return klv("060e2b34020501010d01020101050100", primer) + b"".join(chained)
+
+
+def index_tables(path, count):
+    """Segments of tables with SIDs of their own."""
+    write_file(path, index=b"".join(local_set(
+        "060e2b34025301010d01020101100100", (0x3C0A, uid(number)), (0x3F0B, struct.pack(">ii", 25, 1)),
+        (0x3F0C, struct.pack(">q", 0)), (0x3F0D, struct.pack(">q", 1)), (0x3F05, struct.pack(">I", 100)),
+        (0x3F06, random.randbytes(4)), (0x3F07, random.randbytes(4))) for number in range(count)))
+
+
+def elements(path, count):
+    """One content package of elements of picture, sound and data. The header metadata is there for rewrap."""
+    keys = [b"\x15\x01\x05\x00"] + [random.choice(b"\x15\x16\x17").to_bytes(1, "big") + random.randbytes(3)
+                                     for _ in range(count - 1)]
+    write_file(path, header=sets(1, 1),
+               body=b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys))
+
+
+def nested_sets(path, count):
+    write_file(path, header=sets(count, count // CHAINS))
+
+
+def grow(work, rewrap, folder):
+    """What takes far more than ten times the work for ten times as much."""
+    random.seed(1)
+    counted = [2000, 20000]
+    made = [(index_tables, [(work, "index"), (work, "validate")]), (elements, [(work, "validate"), (rewrap,)]),
+            (nested_sets, [(work, "metadata"), (work, "validate")])]
+    failures = []
+    print(f"{'instructions for each of':>26}")
+    print(f"{counted[0]:12}  {counted[1]:12}  {'times':>11}  work")
+    for make, commands in made:
+        files = [os.path.join(folder, f"{count}.mxf") for count in counted]
+        for file, count in zip(files, counted):
+            make(file, count)
+        for command in commands:
+            out = [os.path.join(folder, "out.mxf")] if command == (rewrap,) else []
+            first, second = (instructions_of([*command, file, *out]) for file in files)
+            title = f"{os.path.basename(' '.join(command))}, {make.__name__.replace('_', ' ')}"
+            print(f"{first / counted[0]:12.0f}  {second / counted[1]:12.0f}  {second / first:11.2f}  {title}", flush=True)
+            if second > 13 * first:
+                failures.append(f"{title}: ten times as many take {second / first:.1f} times the instructions")
+    return failures
+
+
+# ---- A huge file ----
 
 def scan(work, folder):
     """Whether a huge file is scanned without reading much of it."""
@@ -107,6 +212,7 @@ def main():
                       f"{calls:11.4f} {calls / octets * 2**20:10.2f}  {name}, {size} elements", flush=True)
             for file in files:
                 os.remove(file)
+        failures += grow(work, os.path.join(options.build, "tools", "rewrap"), folder)
         if not scan(work, folder):
             failures.append("scan takes too long, or reads too much or nothing")
     sys.exit("\n".join(failures) or 0)
