@@ -5,7 +5,8 @@
 #include "util/byte_order.h"
 
 bool FindingReporter::isNew(const klvutil::FindingKind& finding, const Thing& thing) {
-    return reported_.size() < mostThings && reported_.emplace(finding.id, thing).second;
+    std::set<Thing>& things = reported_[finding.id];
+    return things.size() < mostThings && things.insert(thing).second;
 }
 
 void FindingReporter::report(ErrorHandler* errorHandler, const klvutil::Finding& finding, const KLVKey& key) {

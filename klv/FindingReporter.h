@@ -3,9 +3,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
-#include <utility>
 
 #include "klv/Finding.h"
 #include "klv/KLVKey.h"
@@ -18,8 +18,8 @@ class ErrorHandler;
 /// Reports findings that damage can repeat without end: each once for each thing that it is about, such as a key, a tag or
 /// a set. What is wrong with one of them is as a rule wrong wherever it comes.
 ///
-/// After a thousand things nothing more is reported, until clear(): neither the reports nor the memory that they take grow
-/// with what is wrong.
+/// Of each kind, nothing more is reported after a thousand things, until clear(): neither the reports nor the memory that
+/// they take grow with what is wrong.
 class BRYX_API FindingReporter {
 public:
     static constexpr std::size_t mostThings = 1000;
@@ -43,5 +43,5 @@ private:
 
     bool isNew(const klvutil::FindingKind& finding, const Thing& thing);
 
-    std::set<std::pair<util::uuid, Thing>> reported_;
+    std::map<util::uuid, std::set<Thing>> reported_; ///< by the identifier of the kind
 };

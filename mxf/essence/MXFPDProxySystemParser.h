@@ -42,8 +42,8 @@ inline constexpr KLVKey pdProxySetKey = klvutil::key("060e2b34.02530101.0d010301
 } // namespace mxfutil
 
 /// Decodes proxy system items, as the system handler of an MXFGCSplitter. Other system elements are declined. Whatever is
-/// missing or wrong in a set is reported, and what there is passed on. After a thousand findings in a stream there are no
-/// more.
+/// missing or wrong in a set is reported, and what there is passed on. After a thousand findings of a kind in a stream there
+/// are no more.
 class BRYX_API MXFPDProxySystemParser : public MXFGCSystemHandler {
 public:
     /// @param handler not owned; if it is null, no element is wanted

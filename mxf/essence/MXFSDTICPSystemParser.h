@@ -14,8 +14,8 @@ class ErrorHandler;
 /// their elements come in order and are complete.
 ///
 /// Whatever is wrong with an element is reported, and the element passed on all the same; except a pack of the wrong size,
-/// and what is no element of a system item. After a thousand findings in a stream there are no more. Control data that the
-/// last pack of a stream announces is missed when endSystemItems() is called.
+/// and what is no element of a system item. After a thousand findings of a kind in a stream there are no more. Control data
+/// that the last pack of a stream announces is missed when endSystemItems() is called.
 class BRYX_API MXFSDTICPSystemParser : public MXFGCSystemHandler {
 public:
     /// @param handler not owned; if it is null, no element is wanted
