@@ -51,13 +51,13 @@ struct Proxies final : MXFPDProxySystemHandler {
 
 /// What the public reader finds in a file.
 std::map<std::string, int> found(const std::string& header, const std::string& index = {}, const std::string& body = {},
-                                 const std::string& fillAfterPack = {}) {
+                                 const std::string& fillAfterPack = {},
+                                 BRYXValidationMode::Enum mode = BRYXValidationMode::None) {
     FileBuilder file;
     file.fillAfterPack = fillAfterPack;
     file.partition(MXFPartitionKind::Header, header, index, body).partition(MXFPartitionKind::Footer);
     const auto counter = std::make_shared<Counter>();
-    const auto reader =
-        createBRYXReader(std::make_shared<std::istringstream>(file.randomIndexPack().file), BRYXValidationMode::None);
+    const auto reader = createBRYXReader(std::make_shared<std::istringstream>(file.randomIndexPack().file), mode);
     reader->setMetadataHandler(std::make_shared<Metadata>());
     reader->setIndexHandler(std::make_shared<Index>());
     reader->setGCStructureHandler(std::make_shared<DullMXFGCStructureHandler>());
@@ -149,4 +149,27 @@ TEST(RepeatedFindings, ComeOnceForEachThing) {
     EXPECT_EQ(found({}, {}, proxies({}))["missing PDProxy frameCount"], 500);
     counts = found({}, repeated(many, [&](int) { return segment + octets::length(0); }));
     EXPECT_EQ(counts["missing indexEditRate"], 200); // and four others that are missing
+
+    // One system item that differs makes all others differ from it; and all may do what none should.
+    const auto pack = [](int n) {
+        std::string value(57, '\0');
+        value[7] = static_cast<char>(n == 0 ? 1 : 2); // label
+        value[1] = static_cast<char>(n == 0 ? 4 : 6); // rate
+        return octets::klv(mxfutil::sdtiCPSystemMetadataKey, value);
+    };
+    counts = found({}, {}, repeated(many, pack), {}, BRYXValidationMode::Strict);
+    EXPECT_EQ(counts["label of system item differs from that of the first one"], 1);
+    EXPECT_EQ(counts["rate of system item differs from that of the first one"], 1);
+    EXPECT_EQ(counts["discontinuous continuityCount"], 1);
+    const auto noTimecode = [](int n) {
+        std::string value(57, '\0');
+        value[1] = 4;
+        value[6] = static_cast<char>(n % 2 * 2);
+        value[40] = static_cast<char>(0x81); // a user stamp that is a timecode
+        value[41] = static_cast<char>(0xFF);
+        return octets::klv(mxfutil::sdtiCPSystemMetadataKey, value);
+    };
+    counts = found({}, {}, repeated(many, noTimecode), {}, BRYXValidationMode::Strict);
+    EXPECT_EQ(counts["invalid timecode in system item"], 1000);
+    EXPECT_EQ(counts["discontinuous continuityCount"], 1000);
 }
