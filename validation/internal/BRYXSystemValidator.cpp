@@ -123,16 +123,18 @@ void BRYXSystemValidator::checkPack(const MXFSystemMetadataPack& pack) const {
         }
         return;
     }
-    if (pack.label != first->label) {
+    if (pack.label != first->label && pack.label != container_->label) {
         reportAt(position(), checks::inconsistentSystemItem, "label", toString(pack.label));
     }
-    if (pack.rate != first->rate) {
+    if (pack.rate != first->rate && pack.rate != container_->rate) {
         reportAt(position(), checks::inconsistentSystemItem, "rate", std::to_string(pack.rate));
     }
-    if (pack.continuityCount != static_cast<std::uint16_t>(container_->continuityCount + 1U)) {
+    const auto step = static_cast<std::uint16_t>(pack.continuityCount - container_->continuityCount);
+    if (step != 1 && step != container_->step) {
         report(checks::discontinuousCount,
                std::to_string(pack.continuityCount) + " after " + std::to_string(container_->continuityCount));
     }
+    container_->step = step;
 }
 
 bool BRYXSystemValidator::follows(const Timecode& timecode, const Timecode& next, std::uint8_t rate) {
@@ -190,6 +192,8 @@ void BRYXSystemValidator::systemMetadata(const MXFSystemMetadataPack& pack) {
         if (!container_->first) {
             container_->first = pack;
         }
+        container_->label = pack.label;
+        container_->rate = pack.rate;
         container_->continuityCount = pack.continuityCount;
     }
     next_.systemMetadata(pack);

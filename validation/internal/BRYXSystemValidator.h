@@ -50,7 +50,11 @@ private:
         bool miscountsElements = false; ///< reported
         std::uint8_t wrongBits = 0;     ///< of bitmaps; reported
         boost::optional<MXFSystemMetadataPack> first;
-        std::uint16_t continuityCount = 0;  ///< of the last one
+        // Of the last one. What it has in common with the one before has been told.
+        KLVKey label;
+        std::uint8_t rate = 0;
+        std::uint16_t continuityCount = 0;
+        std::uint16_t step = 1;             ///< of the continuity count
         boost::optional<Timecode> timecode; ///< of the last one
     };
 

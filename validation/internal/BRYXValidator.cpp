@@ -36,15 +36,15 @@ void BRYXValidator::at(std::uint64_t position, const BRYXCheck& check, Report re
 
 void BRYXValidator::report(const BRYXPlainCheck& check, const std::string& detail) const {
     if (makes(check)) {
-        klvutil::report(errorHandler_.get(), check.report(), detail);
+        reporter_.report(errorHandler_.get(), check.report(), reports_++, detail);
     }
 }
 
 void BRYXValidator::reportAt(std::uint64_t position, const BRYXPlainCheck& check, const std::string& detail) const {
-    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.report(), detail); });
+    at(position, check, [&] { reporter_.report(errorHandler_.get(), check.report(), reports_++, detail); });
 }
 
 void BRYXValidator::reportAt(std::uint64_t position, const BRYXSubjectCheck& check, const std::string& subject,
                              const std::string& detail) const {
-    at(position, check, [&] { klvutil::report(errorHandler_.get(), check.report(), subject, detail); });
+    at(position, check, [&] { reporter_.report(errorHandler_.get(), check.report(), reports_++, subject, detail); });
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "klv/ErrorHandler.h"
+#include "klv/FindingReporter.h"
 #include "validation/BRYXChecks.h"
 #include "validation/BRYXOverridableLocator.h"
 
@@ -32,7 +33,8 @@ public:
     /// Of the KLV triplet that is being read.
     std::uint64_t position() const;
 
-    /// Reports that @p check has failed at the current position, if the mode has it made.
+    /// Reports that @p check has failed at the current position, if the mode has it made, and unless it has failed a thousand
+    /// times before: whoever calls says it once for each thing.
     void report(const BRYXPlainCheck& check, const std::string& detail = {}) const;
     /// The same for what stands at @p position.
     void reportAt(std::uint64_t position, const BRYXPlainCheck& check, const std::string& detail = {}) const;
@@ -48,6 +50,8 @@ private:
     void at(std::uint64_t position, const BRYXCheck& check, Report report) const;
 
     BRYXValidationMode::Enum mode_;
+    mutable FindingReporter reporter_;
+    mutable std::uint64_t reports_ = 0;
     std::shared_ptr<ErrorHandler> errorHandler_;
     std::shared_ptr<BRYXOverridableLocator> locator_;
 };
