@@ -483,3 +483,66 @@ TEST(BRYXWriter, WritesFilesBeyond4GiB) {
     EXPECT_GT(reading.body.partitions.pack.thisPartition, 6 * length);
     reading.checkIndex("");
 }
+
+TEST(BRYXWriter, LivesAsLongAsItsCalls) {
+    // Whatever the writer asks the caller, the answer may drop the last reference to it.
+    const auto dropAt = [](int call, auto create) {
+        auto stream = std::make_shared<std::stringstream>();
+        const std::weak_ptr<std::stringstream> left = stream;
+        std::shared_ptr<BRYXWriter> writer = create(stream);
+        stream.reset();
+        const auto called = [&] {
+            if (--call == 0) {
+                writer.reset();
+            }
+            EXPECT_FALSE(left.expired());
+        };
+        BRYXHeaderMetadata asking = metadata();
+        asking.send = [&, send = asking.send](MXFMetadataHandler& handler) {
+            called();
+            send(handler);
+        };
+        const auto describe = [&](std::int64_t /*editUnit*/, MXFIndexEntry& /*entry*/) { called(); };
+        const std::function<void(BRYXWriter&)> steps[] = {
+            [&](BRYXWriter& w) { w.start(asking); },
+            [&](BRYXWriter& w) {
+                w.startEssence({1, 2, {25, 1}, false, describe, {}});
+            },
+            [&](BRYXWriter& w) { writePackages(w, 2); },
+            [&](BRYXWriter& w) { w.structureReceiver().startContentPackage(); },
+            [&](BRYXWriter& w) {
+                w.structureReceiver().startElement(keys::picture);
+                w.essenceReceiver().pictureElement(keys::picture, nullptr, 0, 0);
+                w.structureReceiver().endElement(keys::picture);
+                w.structureReceiver().endContentPackage();
+            },
+            [&](BRYXWriter& w) { w.startBodyPartition(); },
+            [&](BRYXWriter& w) { writePackages(w, 1); },
+            [&](BRYXWriter& w) { w.endEssence(); },
+            [&](BRYXWriter& w) {
+                w.startEssence({3, 4, {25, 1}, false, describe, {}});
+            },
+            [&](BRYXWriter& w) { writePackages(w, 1); },
+            [&](BRYXWriter& w) { w.endEssence(); },
+            [&](BRYXWriter& w) { w.finish(asking); },
+        };
+        BRYXWriterConfiguration configuration;
+        configuration.partitionDuration = 2;
+        writer->setConfiguration(configuration);
+        for (const auto& step : steps) {
+            if (writer != nullptr) {
+                step(*writer);
+            }
+        }
+        EXPECT_EQ(writer == nullptr, left.expired());
+        return call <= 0;
+    };
+    const auto plain = [](auto stream) { return createBRYXWriter(stream); };
+    const auto verifying = [](auto stream) { return createVerifyingBRYXWriter(stream); };
+    int calls = 0;
+    while (dropAt(calls + 1, plain)) {
+        ++calls;
+        EXPECT_TRUE(dropAt(calls, verifying));
+    }
+    EXPECT_GT(calls, 20);
+}
