@@ -13,7 +13,7 @@ void BRYXPartitionCutter::endStream() {}
 
 void BRYXPartitionCutter::startContentPackage() {
     MXFGCStructureHandler& receiver = next();
-    beforePackage_();
+    const std::shared_ptr<void> held = beforePackage_();
     receiver.startContentPackage();
 }
 

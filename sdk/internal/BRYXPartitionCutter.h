@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <utility>
 
 #include "mxf/essence/MXFGCStructureHandler.h"
@@ -9,8 +10,9 @@
 /// and passes calls on as long as essence is written.
 class BRYXPartitionCutter final : public MXFGCStructureHandler {
 public:
-    /// @param beforePackage called before a content package starts
-    explicit BRYXPartitionCutter(std::function<void()> beforePackage) : beforePackage_(std::move(beforePackage)) {}
+    /// @param beforePackage called before a content package starts; what it returns is held until then
+    explicit BRYXPartitionCutter(std::function<std::shared_ptr<void>()> beforePackage)
+        : beforePackage_(std::move(beforePackage)) {}
 
     void open(MXFGCStructureHandler& next) { next_ = &next; }
     void close() { next_ = nullptr; }
@@ -31,6 +33,6 @@ private:
     /// Requires "in essence".
     MXFGCStructureHandler& next() const;
 
-    std::function<void()> beforePackage_;
+    std::function<std::shared_ptr<void>()> beforePackage_;
     MXFGCStructureHandler* next_ = nullptr;
 };

@@ -44,7 +44,11 @@ MXFPartitionStatus statusOf(bool isClosed, bool isComplete) {
 } // namespace
 
 BRYXWriterImpl::BRYXWriterImpl(std::shared_ptr<std::ostream> stream, std::iostream* written)
-    : output_(std::move(stream)), written_(written), cutter_([this] { cutBody(); }) {
+    : output_(std::move(stream)), written_(written), cutter_([this] {
+          auto self = shared_from_this();
+          cutBody();
+          return self;
+      }) {
     setConfiguration({});
 }
 
@@ -165,6 +169,7 @@ void BRYXWriterImpl::endPartition() {
 }
 
 void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
+    const auto self = shared_from_this();
     require(state_ == State::BeforeStart, "before start");
     requireCodable(metadata);
     headerStatus_ = heldStatus(metadata, configuration_.headerStatus);
@@ -209,6 +214,7 @@ std::unique_ptr<BRYXWriterImpl::Container> BRYXWriterImpl::newContainer(const BR
 }
 
 void BRYXWriterImpl::startEssence(const BRYXEssenceContainer& container) {
+    const auto self = shared_from_this();
     requireBetween();
     const auto known = containers_.find(container.bodySID);
     std::unique_ptr<Container> added = known == containers_.end() ? newContainer(container) : nullptr;
@@ -270,6 +276,7 @@ void BRYXWriterImpl::cutBody() {
 }
 
 void BRYXWriterImpl::startBodyPartition() {
+    const auto self = shared_from_this();
     require(state_ == State::InEssence, "in essence");
     requireBetweenPackages();
     nextBody();
@@ -334,6 +341,7 @@ void BRYXWriterImpl::writeIndexPartition(const Part& index) {
 // ---- The end ----
 
 bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
+    const auto self = shared_from_this();
     requireBetween();
     // What cannot be coded or described fails before anything is written.
     requireCodable(metadata);

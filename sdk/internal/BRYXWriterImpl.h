@@ -16,7 +16,8 @@
 #include "sdk/internal/BRYXPartitionCutter.h"
 #include "sdk/internal/BRYXWriterChain.h"
 
-class BRYXWriterImpl : public BRYXWriter {
+/// What it asks the caller for may drop the last reference to it: calls that ask hold it until they return.
+class BRYXWriterImpl : public BRYXWriter, public std::enable_shared_from_this<BRYXWriterImpl> {
 public:
     /// @param written the same stream, to read back from; null for no verification
     explicit BRYXWriterImpl(std::shared_ptr<std::ostream> stream, std::iostream* written = nullptr);

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <istream>
+#include <memory>
 
 #include "sdk/internal/BRYXWriterImpl.h"
 
 /// Reads the file as a whole when it is finished.
-class VerifyingBRYXWriterImpl : public VerifyingBRYXWriter {
+class VerifyingBRYXWriterImpl : public VerifyingBRYXWriter,
+                                public std::enable_shared_from_this<VerifyingBRYXWriterImpl> {
 public:
     explicit VerifyingBRYXWriterImpl(std::shared_ptr<std::iostream> stream);
     ~VerifyingBRYXWriterImpl() override;
@@ -27,5 +29,5 @@ public:
 private:
     std::shared_ptr<std::iostream> stream_;
     std::streampos start_ = 0;
-    BRYXWriterImpl writer_;
+    std::shared_ptr<BRYXWriterImpl> writer_; ///< whose calls hold it
 };
