@@ -16,7 +16,7 @@ struct Outcome {
 
 /// Runs a line of shell. The programs are found by their names alone.
 inline Outcome run(const std::string& line) {
-    const std::string command = "PATH='" BRYX_TOOLS "':\"$PATH\"; { " + line + "\n} 2>&1";
+    const std::string command = "PATH='" BRYX_PROGRAMS "':\"$PATH\"; { " + line + "\n} 2>&1";
     FILE* const pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) {
         throw std::runtime_error("no shell");

@@ -55,6 +55,14 @@ public:
     std::int64_t indexed = 0; ///< edit units, in the segments of the footer partition
     Log findings;
 
+    /// Whether the header or the footer partition is.
+    bool isClosed() const {
+        const auto closed = [](MXFPartitionStatus status) {
+            return status == MXFPartitionStatus::ClosedComplete || status == MXFPartitionStatus::ClosedIncomplete;
+        };
+        return closed(statuses.front()) || closed(statuses.back());
+    }
+
 private:
     void startPartition(const KLVKey& key, const MXFPartitionPack& /*pack*/, std::uint64_t /*start*/) override {
         statuses.push_back(mxfutil::partitionStatus(key));
@@ -147,6 +155,7 @@ TEST_F(Rewrap, KeepsWhatIsWholeOfAFileThatBreaksOff) {
                       std::vector<std::string>(whole.packages.begin(),
                                                whole.packages.begin() + static_cast<std::ptrdiff_t>(packages)))
                 << what << result.text;
+            ASSERT_FALSE(content.isClosed()) << what;
             ASSERT_EQ(content.genericStream, generic.end <= place ? "abc" : "") << what << result.text;
         }
     }
@@ -168,6 +177,7 @@ TEST_F(Rewrap, KeepsTheWholeEditUnitsOfAClip) {
         const std::uint64_t units = size / 1000;
         const Content content = written();
         EXPECT_EQ(joined(content.findings), "") << what;
+        EXPECT_FALSE(content.isClosed()) << what;
         ASSERT_EQ(content.packages.size(), units == 0 ? 0U : 1U) << what << result.text;
         if (units != 0) {
             EXPECT_TRUE(content.packages.front() == clip.octets.substr(element.value, units * 1000)) << what;
