@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 #include "support/Failure.h"
 #include "support/Models.h"
 #include "support/Samples.h"
+#include "support/SmallStack.h"
 #include "util/hex.h"
 
 namespace {
@@ -93,6 +95,23 @@ bool isOtherCodingOf(Octets shorter, const Octets& original) {
     }
     shorter.resize(original.size());
     return shorter == original;
+}
+
+/// Sequences, each in the one before: @p levels of them below the first.
+std::vector<std::shared_ptr<Sequence>> chain(std::size_t levels, bool topDown = true) {
+    std::vector<std::shared_ptr<Sequence>> sets{Sequence::create()};
+    for (std::size_t i = 0; i < levels; ++i) {
+        const auto added = Sequence::create();
+        (topDown ? sets.back() : added)->addComponent(topDown ? added : sets.back());
+        sets.push_back(added);
+    }
+    if (!topDown) {
+        std::reverse(sets.begin(), sets.end());
+    }
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        sets[i]->setInstanceUID(uid(static_cast<std::uint32_t>(i)));
+    }
+    return sets;
 }
 
 /// Whether a batch of references names one of @p sets.
@@ -316,7 +335,10 @@ TEST(MetadataModel, UnresolvedReferencesAreTold) {
     const auto track = reader.readSets({primed(TimelineTrack::classKey, 1, {{0x4803, octetsOf(7)}})}).front();
     EXPECT_EQ(as<TimelineTrack>(track)->getSegment(), nullptr);
     EXPECT_EQ(track->getUnresolvedReferences(labelOf(0x4803)), std::vector<MXFUID>{uid(7)});
-    EXPECT_EQ(failure([&] { coded(track, factory); }), "Track.segment is present");
+    // What leads nowhere is coded as it was.
+    EXPECT_EQ(factory.code(storage).first.properties.at(labelOf(0x1901)).size(), 8U + 3 * 16);
+    EXPECT_EQ(factory.code(track).first.properties.at(labelOf(0x4803)), octetsOf(7));
+    EXPECT_EQ(coded(reader.readRegion(coded(track, factory)).front(), factory), coded(track, factory));
 }
 
 TEST(MetadataModel, TellsValuesAsText) {
@@ -394,6 +416,145 @@ TEST(MetadataModel, DepthAndSizeAreLimited) {
     EXPECT_EQ(reader.readSets(many).size(), 100000U);
     EXPECT_LT(reader.log.back().size(), 1000U);
     EXPECT_NE(reader.log.back().find("and 99989 more"), std::string::npos) << reader.log.back();
+}
+
+TEST(MetadataModel, OwnershipHas256LevelsAtMost) {
+    const std::string tooDeep = "ownership has at most 256 levels";
+    for (const bool topDown : {true, false}) {
+        const auto sets = chain(256, topDown);
+        const auto filler = Filler::create();
+        EXPECT_EQ(failure([&] { sets.back()->addComponent(filler); }), tooDeep);
+        EXPECT_EQ(failure([&] { sets.back()->setReferenceDarkProperty(keys::item, filler); }), tooDeep);
+        EXPECT_EQ(failure([&] { Sequence::create()->addComponent(sets.front()); }), tooDeep);
+        EXPECT_EQ(failure([&] { CommentMarker::create()->setReferenceDarkProperty(keys::item, sets.front()); }),
+                  tooDeep);
+        EXPECT_EQ(sets.back()->getComponentCount(), 0U);
+        EXPECT_FALSE(sets.front()->hasOwner());
+        EXPECT_EQ(failure([&] { sets.back()->addComponent(sets.front()); }), "object does not own this");
+        sets[255]->addComponent(filler); // beside the last
+    }
+
+    // A tree that takes another place counts as it is then.
+    const auto upper = chain(100);
+    const auto lower = chain(200);
+    EXPECT_EQ(failure([&] { upper[100]->addComponent(lower[0]); }), tooDeep);
+    lower[156]->removeComponentAt(0);
+    EXPECT_EQ(failure([&] { upper[100]->addComponent(lower[0]); }), tooDeep);
+    lower[155]->removeComponentAt(0);
+    upper[100]->addComponent(lower[0]);
+    EXPECT_EQ(failure([&] { lower[155]->addComponent(lower[156]); }), tooDeep);
+    upper[100]->removeComponentAt(0);
+    upper[99]->addComponent(lower[0]);
+    lower[155]->addComponent(lower[156]);
+    EXPECT_EQ(failure([&] { Sequence::create()->addComponent(upper[0]); }), tooDeep);
+    // What an owner that is gone leaves has the levels that are left.
+    auto root = TimelineTrack::create();
+    const auto left = chain(255);
+    root->setSegment(left[0]);
+    EXPECT_EQ(failure([&] { MaterialPackage::create()->addTrack(root); }), tooDeep);
+    root.reset();
+    const auto again = TimelineTrack::create();
+    again->setSegment(left[0]);
+    EXPECT_EQ(failure([&] { left[255]->addComponent(Filler::create()); }), tooDeep);
+}
+
+TEST(MetadataModel, DeepModelsNeedLittleStack) {
+    BRYXMetadataFactory factory;
+    auto a = chain(256);
+    auto b = chain(256);
+    const std::string octets = coded(a[0], factory);
+    const auto last = b[256];
+    std::string difference = "none was looked for";
+    onStackOf(96U * 1024U, [&] {
+        EXPECT_EQ(coded(b[0], factory), octets);
+        EXPECT_EQ(mxfutil::firstDifference(*a[0], *b[0]), "");
+        last->setDuration(1);
+        difference = mxfutil::firstDifference(*a[0], *b[0]);
+        a = {a[0]};
+        a.clear();
+        b = {b[0]};
+        b.clear();
+    });
+    const std::string end = "Sequence.components[0] Component.duration";
+    EXPECT_EQ(difference.substr(difference.size() - std::min(difference.size(), end.size())), end);
+    EXPECT_FALSE(last->hasOwner());
+    EXPECT_EQ(last.use_count(), 1);
+}
+
+TEST(MetadataModel, SetsParsedAloneKeepTheirReferences) {
+    BRYXMetadataFactory factory;
+    const MXFPrimedSet storage =
+        primed(ContentStorage::classKey, 1, {{0x1901, batchOf({2, 3})}, {0x1902, batchOf({})}});
+    const MXFPrimedSet preface = primed(Preface::classKey, 1, {{0x3B03, octetsOf(4)}, {0x3B08, octetsOf(5)}});
+    for (const MXFPrimedSet& set : {storage, preface}) {
+        const auto parsed = factory.parse(set).first;
+        const MXFProperties properties = factory.code(parsed).first.properties;
+        for (const auto& [label, octets] : set.properties) {
+            ASSERT_EQ(properties.count(label), 1U) << toString(label);
+            EXPECT_EQ(properties.at(label), octets) << toString(label);
+        }
+        EXPECT_EQ(mxfutil::firstDifference(*parsed, *factory.parse(set).first), "");
+    }
+    MXFPrimedSet other = storage;
+    other.properties[labelOf(0x1901)] = batchOf({2, 4});
+    EXPECT_EQ(mxfutil::firstDifference(*factory.parse(storage).first, *factory.parse(other).first),
+              "ContentStorage.packages");
+    // A tree with such a set in it.
+    const auto marker = CommentMarker::create();
+    marker->setReferenceDarkProperty(keys::item, factory.parse(storage).first);
+    EXPECT_FALSE(coded(marker, factory).empty());
+}
+
+TEST(MetadataModel, ReferencesAreResolvedToWhatTheyMayLeadTo) {
+    BRYXMetadataFactory factory;
+    auto [parsed, pending] =
+        factory.parse(primed(ContentStorage::classKey, 1, {{0x1901, batchOf({2, 3, 4})}, {0x1902, batchOf({5})}}));
+    const auto storage = as<ContentStorage>(parsed);
+    const auto resolve = [&](std::uint32_t number, const std::shared_ptr<MetadataRoot>& target) {
+        return failure([&] { pending.find(uid(number))->second->resolve(target); });
+    };
+    EXPECT_EQ(resolve(2, Sequence::create()), "object is of the class referred to");
+    EXPECT_EQ(resolve(2, nullptr), "object is of the class referred to");
+    EXPECT_EQ(storage->getUnresolvedReferences(labelOf(0x1901)).size(), 3U);
+    const auto three = MaterialPackage::create();
+    EXPECT_EQ(resolve(3, three), "none");
+    EXPECT_EQ(resolve(3, MaterialPackage::create()), "none"); // has been resolved
+    EXPECT_EQ(three->getOwner(), storage);
+    EXPECT_EQ(storage->getPackageAt(1), three);
+
+    // A property that is set meanwhile has what it was set to.
+    storage->removePackageAt(2);
+    storage->removeEssenceContainerData();
+    EXPECT_EQ(storage->getPackageCount(), 1U);
+    for (const std::uint32_t number : {2U, 4U}) {
+        const auto late = MaterialPackage::create();
+        EXPECT_EQ(resolve(number, late), "none");
+        EXPECT_FALSE(late->hasOwner());
+    }
+    EXPECT_EQ(resolve(5, EssenceContainerData::create()), "none");
+    for (const auto& reference : pending) {
+        reference.second->removeUnresolved();
+    }
+    EXPECT_EQ(storage->getPackageCount(), 1U);
+    EXPECT_EQ(storage->getPackageAt(0), three);
+    EXPECT_FALSE(storage->hasEssenceContainerData());
+
+    std::tie(parsed, pending) = factory.parse(primed(TimelineTrack::classKey, 1, {{0x4803, octetsOf(2)}}));
+    const auto track = as<TimelineTrack>(parsed);
+    EXPECT_EQ(resolve(2, Filler::create()), "object is of the class referred to");
+    const auto segment = Sequence::create();
+    track->setSegment(segment);
+    const auto late = Sequence::create();
+    EXPECT_EQ(resolve(2, late), "none");
+    EXPECT_EQ(track->getSegment(), segment);
+    EXPECT_FALSE(late->hasOwner());
+
+    // Reading a set again lets go of what it had.
+    MXFPendingReferences again;
+    TimelineTrackFactory().parseProperties(primed(TimelineTrack::classKey, 1, {{0x4803, octetsOf(3)}}).properties,
+                                           track, again);
+    EXPECT_FALSE(segment->hasOwner());
+    EXPECT_EQ(track->getUnresolvedReferences(labelOf(0x4803)), std::vector<MXFUID>{uid(3)});
 }
 
 TEST(MetadataModel, ValuesOfWrongLengthAreReportedAndKept) {
