@@ -29,8 +29,7 @@ public:
     std::shared_ptr<FindingRecorder> errors = std::make_shared<FindingRecorder>(log);
     MXFMetadataFactory& factory;
     std::vector<Model> models;
-    std::vector<MXFPrimedSet> sets;      ///< those of known classes
-    std::vector<MXFPrimedSet> unhandled; ///< the others
+    std::vector<MXFPrimedSet> sets; ///< those of known classes
     MXFMetadataHandler::Primer lastPrimer;
 
     /// Reads a file.
@@ -80,10 +79,7 @@ private:
         sets.push_back(set);
         modelParser_.primedSet(set);
     }
-    void unhandledSet(const MXFPrimedSet& set) override {
-        unhandled.push_back(set);
-        modelParser_.unhandledSet(set);
-    }
+    void unhandledSet(const MXFPrimedSet& set) override { modelParser_.unhandledSet(set); }
 
     Sink sink_{models};
     MXFMetadataModelParser modelParser_{factory, sink_};

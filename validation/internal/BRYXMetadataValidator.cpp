@@ -32,14 +32,15 @@ std::uint64_t digestOf(const MXFPrimedSet& set) {
     return digest.value();
 }
 
-/// Calls @p visit with @p set and all that it owns. Models are not deeper than 256 sets.
+/// Calls @p visit with @p root and all that it owns, depth first.
 template <class Visit>
-void forEachSet(const MetadataRoot& set, const Visit& visit) {
-    visit(set);
-    for (const MXFProperty* const property : set.getDescription().properties()) {
-        if (property->kind() == MXFProperty::Kind::StrongReference) {
-            mxfutil::forEachReference(property->value(set), [&](const auto& owned) { forEachSet(*owned, visit); });
-        }
+void forEachSet(const std::shared_ptr<const MetadataRoot>& root, const Visit& visit) {
+    MXFOwnedSets work{root};
+    while (!work.empty()) {
+        const std::shared_ptr<const MetadataRoot> set = work.front();
+        work.pop_front();
+        visit(*set);
+        work.splice(work.begin(), mxfutil::ownedSets(*set));
     }
 }
 
@@ -127,7 +128,7 @@ void BRYXMetadataValidator::model(const Model& model) {
         }
     }
     for (const auto& root : model) {
-        forEachSet(*root, [&](const MetadataRoot& set) { checkReferences(set, generations); });
+        forEachSet(root, [&](const MetadataRoot& set) { checkReferences(set, generations); });
     }
     if (preface != nullptr) {
         checkModel(*preface);

@@ -38,7 +38,8 @@ public:
     ///
     /// Requires "valid model", "can handle object" and "unique MetadataRoot.instanceUID" of each set, "consistent primer
     /// entry" of each property, "single primed set order" and "no repeated properties in order hint", "dynamic tag
-    /// available", and what MXFMetadataFactory::code() does. Weak references to sets outside the model are left out.
+    /// available", and what MXFMetadataFactory::code() does. Weak references to sets outside the model are left out;
+    /// references that were read and are not resolved are coded as they were.
     void model(const Model& model) override;
 
     /// Adds the entries of @p setPrimer that @p set makes use of to @p combined. A property with a tag from 0x8000 up

@@ -99,8 +99,13 @@ private:
     }
     void read(const std::shared_ptr<MetadataRoot>& set, const std::vector<std::uint8_t>& octets,
               MXFPendingReferences& pending) const override {
-        pending.emplace(klvutil::readValue<MXFUID>(octets),
-                        std::make_shared<dangling_ref_t<MetadataRoot, Target>>(set, label(), member_));
+        const auto uid = klvutil::readValue<MXFUID>(octets);
+        if constexpr (isStrong) {
+            release(*set, (*set).*member_);
+        }
+        ((*set).*member_).reset();
+        noteUnresolved(*set, 0, uid);
+        pending.emplace(uid, std::make_shared<dangling_ref_t<MetadataRoot, Target>>(set, label(), member_));
     }
     void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const override {
         const std::shared_ptr<Target> target = targetOf(set.*member_);
@@ -137,8 +142,12 @@ private:
               MXFPendingReferences& pending) const override {
         const auto uids = klvutil::readValue<std::vector<MXFUID>>(octets);
         SharedList<Target>& targets = writableElements((*set).*member_);
-        targets.resize(uids.size());
+        for (const auto& target : targets) {
+            release(*set, target);
+        }
+        targets.assign(uids.size(), nullptr);
         for (std::size_t i = 0; i < uids.size(); ++i) {
+            noteUnresolved(*set, i, uids[i]);
             pending.emplace(uids[i],
                             std::make_shared<dangling_vector_ref_t<MetadataRoot, Target>>(set, label(), targets, i));
         }

@@ -110,6 +110,7 @@ void MetadataRootFactory::addToPrimer(const PropertyList& list) {
 void MetadataRootFactory::parseList(const PropertyList& list, const MXFProperties& properties,
                                     const std::shared_ptr<MetadataRoot>& object, MXFPendingReferences& pending) {
     for (const auto& property : list) {
+        object->forgetReading(property->label());
         const auto found = properties.find(property->label());
         if (found == properties.end()) {
             if (property->isRequired()) {
@@ -164,10 +165,10 @@ void MetadataRootFactory::codeList(const PropertyList& list, const MetadataRoot&
                                    MXFOwnedSets& owned) {
     for (const auto& property : list) {
         if (property->isCodable(object)) {
-            property->write(object, properties[property->label()], owned);
+            property->code(object, properties[property->label()], owned);
         } else if (property->isRequired() && !property->holdsValue(object) &&
                    !object.hasDarkProperty(property->label())) {
-            property->failPresent(); // a reference without a target
+            property->failPresent(); // a reference that was never there
         }
     }
 }

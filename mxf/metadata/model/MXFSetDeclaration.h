@@ -38,8 +38,8 @@
 ///     optional references    hasP and removeP, of all together, as well
 ///
 /// A strong reference owns its target: setting it requires what MetadataRoot::swapOwnership() does. A required value that
-/// was missing where the set was read is that of a new set, and is not coded until it is set; one that could not be read
-/// is coded as it was. A required reference without a target cannot be coded.
+/// was missing where the set was read is that of a new set, and is not coded until it is set; one that could not be read,
+/// and a reference that leads nowhere, is coded as it was. A required reference that was never there cannot be coded.
 ///
 /// An application adds sets of its own in the same way. Then mxf/metadata/factories/MXFSetFactory.h must be included
 /// where such sets are made, and an MXFMetadataModelFactory lists their factories.
@@ -47,6 +47,7 @@
 template <class Set, bool concrete = Set::isConcrete>
 class MXFSetFactory;
 class MXFSetDescription;
+class MetadataRoot;
 
 namespace mxfutil {
 
@@ -83,7 +84,10 @@ constexpr PropertyLine<Set, Member> propertyLine(const char* name, MXFPropertyLa
     return {name, label, required, member};
 }
 
-/// Lets allocate_shared construct sets, whose constructors are protected.
+/// Ends the life of a set, and then that of the sets that nothing but it held, without recursion.
+BRYX_API void endSet(MetadataRoot& set) noexcept;
+
+/// Lets allocate_shared construct sets, whose constructors are protected, and end them by endSet().
 template <class T>
 struct SetAllocator {
     using value_type = T;
@@ -98,6 +102,7 @@ struct SetAllocator {
     void construct(U* place) {
         ::new (static_cast<void*>(place)) U();
     }
+    void destroy(MetadataRoot* set) noexcept { endSet(*set); }
 
     friend bool operator==(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return true; }
     friend bool operator!=(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return false; }
@@ -273,12 +278,12 @@ public:                                                                         
         ::mxfutil::detail::requireIndex(index, get##Name##Count() + 1, className, #name);                              \
         ::mxfutil::detail::requirePresent(target != nullptr, className, #name);                                        \
         insertElement(name##_, index, target);                                                                         \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasChanged(name##_, MXFPropertyLabel(__VA_ARGS__));                                                            \
     }                                                                                                                  \
     void remove##Name##At(std::size_t index) {                                                                         \
         ::mxfutil::detail::requireIndex(index, get##Name##Count(), className, #name);                                  \
         removeElement(name##_, index);                                                                                 \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasChanged(name##_, MXFPropertyLabel(__VA_ARGS__));                                                            \
     }
 
 /// A value that every set of the class has.

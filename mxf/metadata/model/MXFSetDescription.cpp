@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "klv/ValueCoding.h"
 #include "util/assertion_failure.h"
 
 MXFProperty::MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind)
@@ -37,7 +38,7 @@ bool MXFProperty::isKnown(const MetadataRoot& set) const {
 
 bool MXFProperty::isCodable(const MetadataRoot& set) const {
     if (!isKnown(set)) {
-        return false;
+        return set.isUnresolved(label_);
     }
     bool isInModel = true;
     if (kind_ == Kind::WeakReference) {
@@ -49,11 +50,15 @@ bool MXFProperty::isCodable(const MetadataRoot& set) const {
 
 bool MXFProperty::isPresent(const MetadataRoot& set) const {
     requireProperty(set, this);
-    return isKnown(set) || set.unresolved_.count(label_) != 0;
+    return isKnown(set) || set.isUnresolved(label_);
 }
 
 MXFPropertyValue MXFProperty::value(const MetadataRoot& set) const {
     requireProperty(set, this);
+    return wholeValue(set);
+}
+
+MXFPropertyValue MXFProperty::wholeValue(const MetadataRoot& set) const {
     MXFPropertyValue value = getValue(set);
     const auto unresolved = set.unresolved_.find(label_);
     if (unresolved == set.unresolved_.end()) {
@@ -62,17 +67,47 @@ MXFPropertyValue MXFProperty::value(const MetadataRoot& set) const {
     if (std::holds_alternative<MXFScalar>(value)) {
         return MXFScalar(unresolved->second.begin()->second);
     }
-    auto& elements = std::get<std::vector<MXFScalar>>(value);
     std::vector<MXFScalar> all;
-    auto element = elements.begin();
-    for (const auto& [index, uid] : unresolved->second) {
-        while (all.size() < index && element != elements.end()) {
-            all.push_back(std::move(*element++));
+    auto next = unresolved->second.begin();
+    const auto end = unresolved->second.end();
+    mxfutil::forEachReference(value, [&](const auto& target) {
+        for (; next != end && next->first <= all.size(); ++next) {
+            all.emplace_back(next->second);
         }
-        all.emplace_back(uid);
-    }
-    std::move(element, elements.end(), std::back_inserter(all));
+        all.emplace_back(target);
+    });
+    std::transform(next, end, std::back_inserter(all), [](const auto& reference) { return reference.second; });
     return all;
+}
+
+void MXFProperty::code(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const {
+    if (!set.isUnresolved(label_)) {
+        return write(set, octets, owned);
+    }
+    const MXFPropertyValue value = wholeValue(set);
+    klvutil::OctetWriter writer(octets);
+    if (const auto* const single = std::get_if<MXFScalar>(&value)) {
+        return writer.write(std::get<MXFUID>(*single));
+    }
+    std::vector<MXFUID> uids;
+    for (const MXFScalar& element : std::get<std::vector<MXFScalar>>(value)) {
+        if (const auto* const target = std::get_if<std::shared_ptr<const MetadataRoot>>(&element)) {
+            uids.push_back((*target)->getInstanceUID());
+            owned.push_back(*target);
+        } else {
+            uids.push_back(std::get<MXFUID>(element));
+        }
+    }
+    writer.write(uids);
+}
+
+void MXFProperty::noteUnresolved(MetadataRoot& set, std::size_t index, const MXFUID& uid) const {
+    auto& unresolved = set.unresolved_[label_];
+    unresolved.emplace_hint(unresolved.end(), index, uid);
+}
+
+void MXFProperty::release(MetadataRoot& set, const std::shared_ptr<MetadataRoot>& target) {
+    set.releaseOwnership(target);
 }
 
 MXFSetDescription::MXFSetDescription(const char* name, const KLVKey& key, const std::type_info& type,
@@ -81,29 +116,33 @@ MXFSetDescription::MXFSetDescription(const char* name, const KLVKey& key, const 
 
 namespace {
 
-using Targets = std::vector<std::shared_ptr<const MetadataRoot>>;
+/// Two sets that have to be equal, and what leads to them from the two that own them.
+struct Compared {
+    const MetadataRoot* a;
+    const MetadataRoot* b;
+    std::size_t owners; ///< where they stand in the list
+    std::string step;
+};
 
-Targets targets(const MXFPropertyValue& value) {
-    Targets result;
-    mxfutil::forEachReference(value, [&](const auto& target) { result.push_back(target); });
-    return result;
-}
+using ComparedSets = std::vector<Compared>;
 
-/// Compares the sets that two properties own, one by one.
-std::string firstDifference(const Targets& a, const Targets& b) {
+/// Adds the sets that two properties own, one by one. What is before them is named by @p step.
+/// @return what differs
+std::string compareOwned(const MXFOwnedSets& a, const MXFOwnedSets& b, std::size_t owners, const std::string& step,
+                         ComparedSets& sets) {
     if (a.size() != b.size()) {
-        return "different number of sets";
+        return step + "different number of sets";
     }
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::string difference = mxfutil::firstDifference(*a[i], *b[i]);
-        if (!difference.empty()) {
-            return "[" + std::to_string(i) + "] " + difference;
-        }
+    std::size_t index = 0;
+    auto other = b.begin();
+    for (const auto& set : a) {
+        sets.push_back({set.get(), other->get(), owners, step + "[" + std::to_string(index++) + "] "});
+        ++other;
     }
     return {};
 }
 
-std::string firstDarkDifference(const MetadataRoot& a, const MetadataRoot& b) {
+std::string compareDark(const MetadataRoot& a, const MetadataRoot& b, std::size_t owners, ComparedSets& sets) {
     auto other = b.beginDarkProperties();
     for (auto dark = a.beginDarkProperties(); dark != a.endDarkProperties(); ++dark, ++other) {
         if (other == b.endDarkProperties() || dark->first.octets != other->first.octets ||
@@ -111,10 +150,7 @@ std::string firstDarkDifference(const MetadataRoot& a, const MetadataRoot& b) {
             return toString(dark->first);
         }
         if (const auto* owned = std::get_if<std::shared_ptr<MetadataRoot>>(&dark->second)) {
-            std::string difference = firstDifference({*owned}, {std::get<1>(other->second)});
-            if (!difference.empty()) {
-                return toString(dark->first) + difference;
-            }
+            compareOwned({*owned}, {std::get<1>(other->second)}, owners, toString(dark->first), sets);
         } else if (dark->second != other->second) {
             return toString(dark->first);
         }
@@ -125,35 +161,66 @@ std::string firstDarkDifference(const MetadataRoot& a, const MetadataRoot& b) {
 } // namespace
 
 std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& b) {
-    const MXFSetDescription& description = a.getDescription();
-    if (description.type() != b.getDescription().type()) {
-        return std::string(description.name()) + " against " + b.getDescription().name();
-    }
-    if (a.getInstanceUID() != b.getInstanceUID()) {
-        return "MetadataRoot.instanceUID";
-    }
-    for (const MXFProperty* const property : description.properties()) {
-        if (property->isCodable(a) != property->isCodable(b)) {
-            return property->fullName();
+    ComparedSets sets{{&a, &b, 0, {}}};
+    // What is found of two sets themselves; the sets that they own are added.
+    const auto compare = [&](const MetadataRoot& one, const MetadataRoot& other, std::size_t owners) -> std::string {
+        const MXFSetDescription& description = one.getDescription();
+        if (description.type() != other.getDescription().type()) {
+            return std::string(description.name()) + " against " + other.getDescription().name();
         }
-        if (!property->isCodable(a)) {
-            continue;
+        if (one.getInstanceUID() != other.getInstanceUID()) {
+            return "MetadataRoot.instanceUID";
         }
-        // References are compared as the instance UIDs that they are coded as, and then by what they lead to.
-        std::vector<std::uint8_t> octets;
-        std::vector<std::uint8_t> otherOctets;
-        MXFOwnedSets owned;
-        property->write(a, octets, owned);
-        property->write(b, otherOctets, owned);
-        if (octets != otherOctets) {
-            return property->fullName();
-        }
-        if (property->kind() == MXFProperty::Kind::StrongReference) {
-            std::string difference = ::firstDifference(targets(property->getValue(a)), targets(property->getValue(b)));
-            if (!difference.empty()) {
-                return property->fullName() + difference;
+        for (const MXFProperty* const property : description.properties()) {
+            if (property->isCodable(one) != property->isCodable(other)) {
+                return property->fullName();
+            }
+            if (!property->isCodable(one)) {
+                continue;
+            }
+            // References are compared as the instance UIDs that they are coded as, and then by what they lead to.
+            std::vector<std::uint8_t> octets;
+            std::vector<std::uint8_t> otherOctets;
+            MXFOwnedSets owned;
+            MXFOwnedSets otherOwned;
+            property->code(one, octets, owned);
+            property->code(other, otherOctets, otherOwned);
+            if (octets != otherOctets) {
+                return property->fullName();
+            }
+            if (!owned.empty() || !otherOwned.empty()) {
+                std::string difference = compareOwned(owned, otherOwned, owners, property->fullName(), sets);
+                if (!difference.empty()) {
+                    return difference;
+                }
             }
         }
+        return compareDark(one, other, owners, sets);
+    };
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        std::string difference = compare(*sets[i].a, *sets[i].b, i);
+        if (!difference.empty()) {
+            for (; i != 0; i = sets[i].owners) {
+                difference.insert(0, sets[i].step);
+            }
+            return difference;
+        }
     }
-    return firstDarkDifference(a, b);
+    return {};
+}
+
+MXFOwnedSets mxfutil::ownedSets(const MetadataRoot& set) {
+    MXFOwnedSets owned;
+    const auto add = [&](const auto& target) { owned.push_back(target); };
+    for (auto dark = set.beginDarkProperties(); dark != set.endDarkProperties(); ++dark) {
+        if (const auto* const target = std::get_if<std::shared_ptr<MetadataRoot>>(&dark->second)) {
+            add(*target);
+        }
+    }
+    for (const MXFProperty* const property : set.getDescription().properties()) {
+        if (property->kind() == MXFProperty::Kind::StrongReference) {
+            forEachReference(property->getValue(set), add);
+        }
+    }
+    return owned;
 }

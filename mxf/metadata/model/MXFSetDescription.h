@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -13,19 +14,23 @@
 #include "mxf/metadata/model/dangling_ref.h"
 #include "util/Api.h"
 
-namespace mxfutil {
-
-/// Where the model below @p a differs from that below @p b first, as the way that leads there with the name of the
-/// property, or an empty text if they are equal: in every set, instance UID, property and dark property, to the octet.
-BRYX_API std::string firstDifference(const MetadataRoot& a, const MetadataRoot& b);
-
-} // namespace mxfutil
-
 /// The values of the properties of one set, as they are coded, by label.
 using MXFProperties = std::map<KLVKey, std::vector<std::uint8_t>>;
 
 /// Sets that another set owns, in the order of its references.
 using MXFOwnedSets = std::list<std::shared_ptr<const MetadataRoot>>;
+
+namespace mxfutil {
+
+/// Where the model below @p a differs from that below @p b, as the way that leads there with the name of the property,
+/// or an empty text if they are equal: in every set, instance UID, property and dark property, to the octet. Of several
+/// differences it is one that is next to the roots.
+BRYX_API std::string firstDifference(const MetadataRoot& a, const MetadataRoot& b);
+
+/// The sets that @p set owns itself, by dark properties and then by others, in their order.
+BRYX_API MXFOwnedSets ownedSets(const MetadataRoot& set);
+
+} // namespace mxfutil
 
 /// A property of a class of sets, for working with sets whatever class they have. Lives as long as the library.
 class BRYX_API MXFProperty {
@@ -58,14 +63,26 @@ public:
 protected:
     MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind);
 
+    // What reading does with references.
+
+    /// Notes that the reference at @p index leads to @p uid and is not resolved.
+    void noteUnresolved(MetadataRoot& set, std::size_t index, const MXFUID& uid) const;
+    static void release(MetadataRoot& set, const std::shared_ptr<MetadataRoot>& target);
+
 private:
     friend class MetadataRootFactory;
     friend std::string mxfutil::firstDifference(const MetadataRoot& a, const MetadataRoot& b);
+    friend MXFOwnedSets mxfutil::ownedSets(const MetadataRoot& set);
 
     /// Whether the value is one that was set or could be read.
     bool isKnown(const MetadataRoot& set) const;
-    /// Whether it can be coded too: a weak reference leads to a set of the same model.
+    /// Whether it can be coded: it is known and a weak reference leads to a set of the same model, or it is a reference
+    /// that is not resolved.
     bool isCodable(const MetadataRoot& set) const;
+    /// The value, with unresolved references as the instance UIDs of their targets.
+    MXFPropertyValue wholeValue(const MetadataRoot& set) const;
+    /// Appends the coded value in @p set, where it is codable, to @p octets, and what it owns by it to @p owned.
+    void code(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const;
 
     [[noreturn]] void failPresent() const;
 
@@ -74,7 +91,7 @@ private:
     /// Reads the value into @p set. Throws std::exception, and leaves the set as it is, if that is not possible.
     virtual void read(const std::shared_ptr<MetadataRoot>& set, const std::vector<std::uint8_t>& octets,
                       MXFPendingReferences& pending) const = 0;
-    /// Appends the coded value in @p set, which holds one, to @p octets, and what it owns by it to @p owned.
+    /// The same as code() for a value that is held, all of whose references are resolved.
     virtual void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& owned) const = 0;
 
     const char* setName_;

@@ -1,28 +1,44 @@
 #include "mxf/metadata/model/MetadataRoot.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "util/assertion_failure.h"
 #include "util/fresh_uuid.h"
 
 using util::require;
 
-namespace {
-
-/// The last set from owner to owner; @p set itself is not looked at.
-template <class Set>
-std::shared_ptr<Set> topOwner(std::shared_ptr<Set> set) {
-    while (std::shared_ptr<Set> owner = set->getOwner()) {
-        set = std::move(owner);
-    }
-    return set;
-}
-
-} // namespace
-
 MetadataRoot::MetadataRoot() : instanceUID_{util::freshUUID().octets} {}
 
 MetadataRoot::~MetadataRoot() = default;
+
+void mxfutil::detail::endSet(MetadataRoot& set) noexcept {
+    struct Waiting {
+        MetadataRoot* set;
+        std::weak_ptr<MetadataRoot> storage;
+    };
+    thread_local std::vector<Waiting>* waiting = nullptr;
+    if (waiting != nullptr) {
+        // What owned this set is ending, and would be on the stack meanwhile.
+        try {
+            waiting->push_back({&set, set.weak_from_this()});
+            return;
+        } catch (const std::bad_alloc&) {
+            return set.~MetadataRoot();
+        }
+    }
+    std::vector<Waiting> ending;
+    waiting = &ending;
+    set.~MetadataRoot();
+    while (!ending.empty()) {
+        const Waiting next = std::move(ending.back());
+        ending.pop_back();
+        next.set->~MetadataRoot();
+    }
+    waiting = nullptr;
+}
 
 const MetadataRoot::DarkValue& MetadataRoot::darkValue(const KLVKey& key) const {
     const auto at = dark_.find(key);
@@ -94,12 +110,52 @@ std::streampos MetadataRoot::present(const boost::optional<std::streampos>& posi
     return *position;
 }
 
+MetadataRoot::Place MetadataRoot::place() const noexcept {
+    Place place{this, 0};
+    while (place.top->hasOwner()) {
+        place.top = place.top->ownerAddress_;
+        ++place.owners;
+    }
+    return place;
+}
+
 std::shared_ptr<MetadataRoot> MetadataRoot::getTopOwner() {
-    return topOwner<MetadataRoot>(shared_from_this());
+    return std::const_pointer_cast<MetadataRoot>(place().top->shared_from_this());
 }
 
 std::shared_ptr<const MetadataRoot> MetadataRoot::getTopOwner() const {
-    return topOwner<const MetadataRoot>(shared_from_this());
+    return place().top->shared_from_this();
+}
+
+unsigned MetadataRoot::levels() const {
+    if (levels_ != unknownLevels) {
+        return levels_;
+    }
+    unsigned levels = 0;
+    MXFOwnedSets level = mxfutil::ownedSets(*this);
+    while (!level.empty()) {
+        ++levels;
+        MXFOwnedSets below;
+        for (const auto& set : level) {
+            below.splice(below.end(), mxfutil::ownedSets(*set));
+        }
+        level = std::move(below);
+    }
+    return levels;
+}
+
+MetadataRoot::OwningFault MetadataRoot::owningFault(const MetadataRoot& target) const {
+    return owningFault(place(), target);
+}
+
+MetadataRoot::OwningFault MetadataRoot::owningFault(const Place& place, const MetadataRoot& target) {
+    if (target.hasOwner()) {
+        return OwningFault::IsOwned;
+    }
+    if (&target == place.top) {
+        return OwningFault::OwnsThis;
+    }
+    return place.owners + 1 + target.levels() > maxLevels ? OwningFault::TooDeep : OwningFault::None;
 }
 
 void MetadataRoot::takeOwnership(const std::shared_ptr<MetadataRoot>& added) {
@@ -112,14 +168,33 @@ void MetadataRoot::releaseOwnership(const std::shared_ptr<MetadataRoot>& removed
 
 void MetadataRoot::swapOwnership(const std::shared_ptr<MetadataRoot>& removed,
                                  const std::shared_ptr<MetadataRoot>& added) {
-    require(removed == nullptr || removed->getOwner().get() == this, "current owner is this");
-    require(added == nullptr || !added->hasOwner(), "object is not owned");
-    require(added == nullptr || added != getTopOwner(), "object does not own this");
+    require(removed == nullptr || (removed->hasOwner() && removed->ownerAddress_ == this), "current owner is this");
+    if (removed == nullptr && added == nullptr) {
+        return;
+    }
+    const Place place = this->place();
+    MetadataRoot& top = const_cast<MetadataRoot&>(*place.top);
+    unsigned levels = top.levels_;
+    std::weak_ptr<MetadataRoot> self;
+    if (added != nullptr) {
+        const OwningFault fault = owningFault(place, *added);
+        require(fault != OwningFault::IsOwned, "object is not owned");
+        require(fault != OwningFault::OwnsThis, "object does not own this");
+        require(fault != OwningFault::TooDeep, "ownership has at most 256 levels");
+        self = shared_from_this();
+        if (levels != unknownLevels) {
+            levels = std::max(levels, place.owners + 1 + added->levels());
+        }
+    }
     if (removed != nullptr) {
         removed->owner_.reset();
+        levels = unknownLevels;
     }
+    top.levels_ = levels;
     if (added != nullptr) {
-        added->owner_ = shared_from_this();
+        added->owner_ = std::move(self);
+        added->ownerAddress_ = this;
+        added->levels_ = unknownLevels;
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <ios>
@@ -20,7 +21,7 @@
 /// A model is a tree. A set owns the sets to which it has strong references, and a set has one owner at a time; the
 /// root of the tree, usually a Preface, has none. An owner holds its sets by shared pointer, a set its owner by weak
 /// pointer only, so that the whole tree goes with the last pointer to its root. Weak references lead to sets without
-/// owning them.
+/// owning them. A root has at most maxLevels levels of sets below it, and a tree goes without recursion.
 ///
 /// Properties that a class does not know are kept as dark properties, exactly as they were read, and written back.
 ///
@@ -36,6 +37,9 @@ public:
     static constexpr const char* className = "MetadataRoot";
     /// Whether sets of the class may also be coded with BER item lengths, as those that hold long texts.
     static constexpr bool allowsBERLengths = false;
+
+    /// The levels of sets that a root can have below it.
+    static constexpr unsigned maxLevels = 256;
 
     virtual ~MetadataRoot();
     MetadataRoot(const MetadataRoot&) = delete;
@@ -58,8 +62,8 @@ public:
 
     /// Whether a dark property refers to a set. Requires "property is present".
     bool isReferenceDarkProperty(const KLVKey& key) const;
-    /// Sets a dark property to a strong reference. Requires what every new strong reference does: "object is not owned"
-    /// and "object does not own this".
+    /// Sets a dark property to a strong reference. Requires what every new strong reference does: "object is not owned",
+    /// "object does not own this" and "ownership has at most 256 levels".
     void setReferenceDarkProperty(const KLVKey& key, const std::shared_ptr<MetadataRoot>& target);
     /// The set that a dark property refers to. Requires "property is present" and "property is a reference".
     std::shared_ptr<MetadataRoot> getReferenceDarkProperty(const KLVKey& key) const;
@@ -72,7 +76,7 @@ public:
     bool isMissing(const KLVKey& label) const noexcept;
 
     /// Where the references of a property lead that could not be resolved where the set was read, if it has not been
-    /// set since: the instance UIDs of the targets, in the order of the references. They are not coded.
+    /// set since: the instance UIDs of the targets, in the order of the references. They are coded as they were read.
     std::vector<MXFUID> getUnresolvedReferences(const KLVKey& label) const;
 
     /// Where the set was read: the stream position of the first octet of its key, and of the octet after it. Each is
@@ -94,10 +98,21 @@ public:
     std::shared_ptr<MetadataRoot> getTopOwner();
     std::shared_ptr<const MetadataRoot> getTopOwner() const;
 
+    /// What forbids that a set gets a strong reference to another.
+    enum class OwningFault : std::uint8_t {
+        None,
+        IsOwned,  ///< the other set has an owner
+        OwnsThis, ///< the other set owns this one, or one of its owners, or is this one
+        TooDeep   ///< there would be more than maxLevels levels below the root
+    };
+    /// What forbids that this set gets a strong reference to @p target.
+    OwningFault owningFault(const MetadataRoot& target) const;
+
 protected:
     MetadataRoot();
 
-    /// This set gets a strong reference to @p added. Requires "object is not owned" and "object does not own this".
+    /// This set gets a strong reference to @p added. Requires "object is not owned", "object does not own this" and
+    /// "ownership has at most 256 levels".
     void takeOwnership(const std::shared_ptr<MetadataRoot>& added);
     /// This set gives up its strong reference to @p removed. Requires "current owner is this".
     void releaseOwnership(const std::shared_ptr<MetadataRoot>& removed);
@@ -158,22 +173,47 @@ protected:
             forgetReading(property.label());
         }
     }
+    /// The same of a list, whose elements that wait for their targets are past as well.
+    template <class Member>
+    void wasChanged(Member& member, const MXFPropertyLabel& property) {
+        if (!unresolved_.empty() && isUnresolved(property.label())) {
+            auto& list = mxfutil::detail::writableElements(member);
+            list.erase(std::remove(list.begin(), list.end(), nullptr), list.end());
+        }
+        wasSet(property);
+    }
 
 private:
     friend class MetadataRootFactory; // which notes what it could not read
     friend class dangling_ref_base;   // which gives references their targets
-    friend class MXFProperty;         // which shows what could not be read
+    friend class MXFProperty;         // which notes and shows what is not resolved
 
     /// UIDs by the places of the references in their property.
     using UnresolvedReferences = std::map<std::size_t, MXFUID>;
 
+    struct Place {
+        const MetadataRoot* top;
+        unsigned owners; ///< how many there are up to the top one
+    };
+
+    Place place() const noexcept;
+    /// How many levels of sets this one owns.
+    unsigned levels() const;
+    static OwningFault owningFault(const Place& place, const MetadataRoot& target);
+
+    bool isUnresolved(const KLVKey& label) const { return unresolved_.count(label) != 0; }
     void setMissing(const KLVKey& label) { missing_.push_back(label); }
     void forgetReading(const KLVKey& label);
     void swapOwnership(const KLVKey& key, const std::shared_ptr<MetadataRoot>& added);
     const DarkValue& darkValue(const KLVKey& key) const;
     static std::streampos present(const boost::optional<std::streampos>& position);
 
+    /// Levels that have to be counted when they are asked for.
+    static constexpr unsigned unknownLevels = ~0U;
+
     std::weak_ptr<MetadataRoot> owner_;
+    MetadataRoot* ownerAddress_ = nullptr; ///< what owner_ leads to, unless that is gone
+    unsigned levels_ = 0;                  ///< of sets that this one owns; unknown when it has or had an owner
     MXFUID instanceUID_;
     DarkProperties dark_;
     std::vector<KLVKey> missing_; ///< labels of required properties

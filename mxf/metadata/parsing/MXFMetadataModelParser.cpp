@@ -13,11 +13,23 @@ using klvutil::report;
 
 namespace {
 
-/// Levels of sets below the root.
-constexpr unsigned maxDepth = 256;
-
 /// The sets that a message lists.
 constexpr std::size_t maxListed = 10;
+
+/// What is found when a reference would have @p fault; null for none.
+const klvutil::Finding* findingOf(MetadataRoot::OwningFault fault) {
+    switch (fault) {
+    case MetadataRoot::OwningFault::IsOwned:
+        return &findings::alreadyOwned;
+    case MetadataRoot::OwningFault::OwnsThis:
+        return &findings::cyclicReference;
+    case MetadataRoot::OwningFault::TooDeep:
+        return &findings::ownedTooDeeply;
+    case MetadataRoot::OwningFault::None:
+        break;
+    }
+    return nullptr;
+}
 
 /// Calls @p visit with each identifier that the value of an unknown property may be, or be a batch of.
 template <class Visit>
@@ -52,8 +64,7 @@ void MXFMetadataModelParser::clear() {
     objects_.clear();
     pending_.clear();
     byUID_.clear();
-    unresolved_.clear();
-    levels_.clear();
+    refused_.clear();
     reporter_.clear();
     unhandled_.clear();
     unhandledTargets_.clear();
@@ -117,53 +128,28 @@ void MXFMetadataModelParser::resolve(const Reference& reference, const std::shar
     if (!reference->accepts(*target)) {
         refused = &findings::unexpectedClass;
     } else if (reference->isStrong()) {
-        refused = target->hasOwner() ? &findings::alreadyOwned : placeBelow(*reference->referencing(), *target);
+        refused = findingOf(reference->referencing()->owningFault(*target));
         if (refused == nullptr && backward) {
             reporter_.report(errorHandler_, findings::backwardReference, target->getInstanceUID());
         }
     }
     if (refused != nullptr) {
         reporter_.report(errorHandler_, *refused, target->getInstanceUID());
-        unresolved_.emplace_back(target->getInstanceUID(), reference);
+        refused_.push_back(reference);
     } else {
         reference->resolve(target);
     }
 }
 
-const klvutil::Finding* MXFMetadataModelParser::placeBelow(const MetadataRoot& owner, const MetadataRoot& owned) {
-    const auto below = levels_.find(&owned);
-    unsigned level = below == levels_.end() ? 1 : below->second + 1;
-    above_.clear();
-    for (const MetadataRoot* set = &owner; set != nullptr; set = set->getOwner().get()) {
-        above_.push_back(set);
-    }
-    if (above_.back() == &owned) {
-        return &findings::cyclicReference;
-    }
-    if (above_.size() - 1 + level > maxDepth) {
-        return &findings::ownedTooDeeply;
-    }
-    for (const MetadataRoot* const set : above_) {
-        unsigned& known = levels_[set];
-        if (known >= level) {
-            break; // and so do all above
-        }
-        known = level++;
-    }
-    return nullptr;
-}
-
 void MXFMetadataModelParser::leaveUnresolved() {
-    unresolved_.insert(unresolved_.end(), pending_.begin(), pending_.end());
-    for (const auto& [uid, reference] : unresolved_) {
-        reference->leaveUnresolved(uid);
-    }
     std::set<const void*> lists;
-    for (const auto& unresolved : unresolved_) {
-        if (lists.insert(unresolved.second->list()).second) {
-            unresolved.second->removeUnresolved();
+    const auto leave = [&](const Reference& reference) {
+        if (lists.insert(reference->list()).second) {
+            reference->removeUnresolved();
         }
-    }
+    };
+    std::for_each(refused_.begin(), refused_.end(), leave);
+    std::for_each(pending_.begin(), pending_.end(), [&](const auto& pending) { leave(pending.second); });
 }
 
 void MXFMetadataModelParser::reportDangling() {

@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 #include "klv/Finding.h"
@@ -21,8 +20,8 @@ class ErrorHandler;
 /// Reported are, once for each key or instance UID: sets of unknown classes; sets with the instance UID of an earlier one, which are
 /// left out; references that lead nowhere, to a set that is owned already, of another class than expected or above the
 /// referencing one, which are left unresolved; sets besides the first one that nothing owns, which follow it in the
-/// model. What leads to sets of unknown classes, or is led to by them, is not complained of. Unresolved references are
-/// not in the model that is handed on. No set is owned at a depth of more than 256.
+/// model. What leads to sets of unknown classes, or is led to by them, is not complained of. Unresolved references
+/// read as empty pointers, or are not in the lists of the model that is handed on; the sets keep their UIDs.
 ///
 /// Memory is in proportion to the sets of one region, time nearly so.
 class BRYX_API MXFMetadataModelParser : public MXFMetadataHandler {
@@ -51,9 +50,6 @@ private:
 
     /// Leads @p reference to @p target if that is lawful, else reports why not.
     void resolve(const Reference& reference, const std::shared_ptr<MetadataRoot>& target, bool backward);
-    /// Notes how deep the sets are when @p owner owns @p owned, unless that must not be.
-    /// @return null, or why it must not be
-    const klvutil::Finding* placeBelow(const MetadataRoot& owner, const MetadataRoot& owned);
     void leaveUnresolved();
     void reportDangling();
     void reportUnreferenced();
@@ -66,11 +62,7 @@ private:
     MXFMetadataModelHandler::Model objects_; ///< those that had no owner when they came
     MXFPendingReferences pending_;
     std::map<MXFUID, std::shared_ptr<MetadataRoot>> byUID_;
-    std::vector<std::pair<MXFUID, Reference>> unresolved_; ///< refused
-
-    /// How many levels of sets a set owns, for those that own any.
-    std::unordered_map<const MetadataRoot*, unsigned> levels_;
-    std::vector<const MetadataRoot*> above_; ///< from a set to its top owner; kept for its memory
+    std::vector<Reference> refused_;
 
     FindingReporter reporter_;          ///< of this region
     std::set<MXFUID> unhandled_;        ///< instance UIDs of sets of unknown classes
