@@ -98,7 +98,8 @@ std::uint64_t BRYXIndexWriter::contentPackages() const {
 }
 
 boost::optional<std::uint64_t> BRYXIndexWriter::editUnits(std::uint64_t octets) const {
-    const bool areKnown = octets == 0 || (indexer_->isAll() && contentPackages() > 1);
+    const bool arePackages = container_.segments.empty() || isBefore();
+    const bool areKnown = octets == 0 || (arePackages && indexer_->isAll() && contentPackages() > 1);
     return boost::make_optional(areKnown, contentPackages());
 }
 

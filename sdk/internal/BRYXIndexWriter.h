@@ -38,8 +38,8 @@ public:
     MXFGCIndexer& indexer();
     std::uint64_t contentPackages() const;
 
-    /// The edit units in @p octets of essence; none if it is not only content packages that have been written, or a single
-    /// one, in which all may be wrapped as a clip.
+    /// The edit units in @p octets of essence: the content packages. None if something else has been written as well, or a
+    /// single one, in which all may be wrapped as a clip, or if the caller's table behind them may have others.
     boost::optional<std::uint64_t> editUnits(std::uint64_t octets) const;
 
     /// The next content package comes into another partition: where its body begins, and how many octets of the essence
