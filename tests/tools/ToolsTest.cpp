@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include "mxf/essence/MXFSDTICPSystemHandler.h"
+#include "mxf/index/MXFIndexTableSegment.h"
 #include "support/GoodClip.h"
+#include "support/Octets.h"
 #include "tools/Program.h"
 
 TEST(Tools, TakeNoOptionForAFile) {
@@ -71,4 +74,42 @@ TEST(Tools, TellPeopleFirstHowAFileEnds) {
         const std::string line = text.substr(text.find(": ") + 2, text.find(" at octet") - text.find(": ") - 2);
         EXPECT_EQ(text.find(line, text.find(line) + 1), std::string::npos) << text;
     }
+}
+
+TEST(Tools, SayWithinWhatAFileEnds) {
+    const Folder folder;
+    const std::string octets = GoodClip().octets;
+    const auto place = [&](const KLVKey& key, int count) {
+        std::size_t found = octets.find(octets::key(key));
+        for (; count > 1; --count) {
+            found = octets.find(octets::key(key), found + 1);
+        }
+        return found;
+    };
+    const auto expect = [&](std::size_t size, const std::string& within, int packages) {
+        folder.put("cut.mxf", octets.substr(0, size));
+        const std::string before = "; " + (packages == 0 ? "no" : std::to_string(packages)) + " whole content package" +
+                                   (packages == 1 ? "" : "s") + " before it\n";
+        const auto begins = [&](const std::string& line, const std::string& text) {
+            const Outcome result = run("cd " + folder.path("") + " && " + line);
+            EXPECT_EQ(result.status, 1) << line;
+            EXPECT_EQ(result.text.substr(0, text.size()), text) << line;
+        };
+        begins("extract cut.mxf 0x15010201 essence", "extract: the file ends within " + within + before);
+        begins("inspect cut.mxf", "File: cut.mxf\nNot read to its end: the file ends within " + within + before);
+        // Of a pipe it is known for elements alone.
+        const bool isElement = within.find("element") != std::string::npos;
+        begins("cat cut.mxf | inspect /dev/stdin", "File: /dev/stdin\nNot read to its end: the file ends within " +
+                                                       (isElement ? within : "a KLV triplet") + before);
+    };
+    expect(place(GoodClip::picture, 8) + 50, "a picture element", 7);
+    expect(place(GoodClip::sound1, 1) + 30, "a sound element", 0);
+    expect(place(mxfutil::sdtiCPSystemMetadataKey, 9) + 30, "a system element", 8);
+    expect(place(klvutil::key("060e2b34.02530101.0d010101.01012f00"), 1) + 30, "header metadata", 0);
+    expect(place(klvutil::key("060e2b34.02050101.0d010201.01030400"), 2) + 30, "a partition pack", 5);
+    expect(place(mxfutil::randomIndexPackKey, 1) + 30, "the random index pack", 10);
+    expect(place(mxfutil::indexTableSegmentKey, 1) + 30, "an index table segment", 5);
+    // Within the key of the next content package, and of an element.
+    expect(place(mxfutil::sdtiCPSystemMetadataKey, 4) + 8, "a KLV triplet", 3);
+    expect(place(GoodClip::picture, 8) + 8, "a KLV triplet", 7);
 }
