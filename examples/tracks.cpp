@@ -4,10 +4,13 @@
 ///
 /// This is how little it takes to get at header metadata: a reader, and a handler that gets the models.
 
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
+#include "klv/KLVFindings.h"
 #include "sdk/BRYX.h"
 #include "util/utf8.h"
 
@@ -59,12 +62,18 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto file = std::make_shared<std::ifstream>(argv[1], std::ios::binary);
+    if (!*file) {
+        std::cerr << argv[1] << ": " << std::generic_category().message(errno) << '\n';
+        return 1;
+    }
     const auto reader = createBRYXReader(file, BRYXValidationMode::None);
     reader->setMetadataHandler(std::make_shared<TrackLister>());
     try {
         reader->read();
     } catch (const klvutil::parse_error& error) {
-        std::cerr << error.what() << " at octet " << std::streamoff{error.position()} << '\n';
+        const bool isCut = error.id() == klvutil::findings::unsuccessfulRead.id;
+        std::cerr << argv[1] << ": " << (isCut ? "the file ends within the KLV triplet" : error.what()) << " at octet "
+                  << std::streamoff{error.position()} << '\n';
         return 1;
     }
 }

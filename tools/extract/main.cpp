@@ -62,7 +62,7 @@ ExitCode extract(std::istream& file, const Selection& selection, Output& out) {
             out.finish();
         }
     } catch (const klvutil::parse_error& error) {
-        errors.readingEnded(error, describeEnd(error, packages.element(), packages.wholePackages()));
+        errors.readingEnded(error, describeEnd(error, file, packages.element(), packages.wholePackages()));
     } catch (const std::exception& error) {
         problem = error.what();
     }

@@ -1,6 +1,7 @@
 #include "inspect/BodyCounter.h"
 
 void BodyCounter::startContentPackage() {
+    PackageCounter::startContentPackage();
     ++packages_;
     last_.reset();
 }

@@ -38,7 +38,7 @@ void Inspection::read(std::istream& file, BRYXValidationMode::Enum mode) {
     } catch (const klvutil::parse_error& error) {
         // What was read up to here has reached the handlers, so that there is something to show.
         metadata.readingEnded();
-        findings.readingEnded(error, describeEnd(error, body.element(), body.wholePackages()));
+        findings.readingEnded(error, describeEnd(error, file, body.element(), body.wholePackages()));
     } catch (const std::exception& error) {
         metadata.readingEnded();
         findings.readingEnded(::findings::readingFailed, error.what());

@@ -49,7 +49,7 @@ void Survey::read(std::istream& file) {
         for (const auto& container : containers_) {
             packages += container.second.packages;
         }
-        errors_.readingEnded(error, describeEnd(error, element_, static_cast<std::uint64_t>(packages)));
+        errors_.readingEnded(error, describeEnd(error, file, element_, static_cast<std::uint64_t>(packages)));
         errors_.remark("what is whole up to there is copied");
     }
 }
