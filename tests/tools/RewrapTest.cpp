@@ -14,6 +14,9 @@
 #include "mxf/essence/MXFGCSplitter.h"
 #include "mxf/index/DullMXFIndexHandler.h"
 #include "mxf/index/MXFIndexParser.h"
+#include "mxf/metadata/descriptors/WaveAudioDescriptor.h"
+#include "mxf/metadata/structural/Preface.h"
+#include "mxf/metadata/structural/SourcePackage.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "support/GoodClip.h"
 #include "support/Octets.h"
@@ -184,6 +187,36 @@ TEST_F(Rewrap, KeepsTheWholeEditUnitsOfAClip) {
             EXPECT_EQ(content.indexed, static_cast<std::int64_t>(units)) << what;
         }
     }
+}
+
+TEST_F(Rewrap, KeepsTheWholeEditUnitsOfSoundWithoutIndex) {
+    const auto octetsLeft = [&](Rational sampleRate, const KLVKey& container, std::uint64_t size) {
+        ClipOptions options;
+        options.frames = 20;
+        options.pictureSize = 1000;
+        options.hasSystemItems = options.hasSound = false;
+        options.isClip = options.isConstant = true;
+        options.placement = ClipOptions::Placement::Footer;
+        options.change = [&](Preface& preface) {
+            const auto sound = WaveAudioDescriptor::create();
+            sound->setSampleRate(sampleRate);
+            sound->setAudioSamplingRate({48000, 1});
+            sound->setBlockAlign(6);
+            sound->setEssenceContainer(container);
+            std::dynamic_pointer_cast<SourcePackage>(preface.getContentStorage()->getPackageAt(1))
+                ->setDescriptor(sound);
+        };
+        const GoodClip clip = recordedClip(options);
+        rewrap(clip.octets, clip.all(GoodClip::picture).front().value + size);
+        const Content content = written();
+        return content.packages.empty() ? 0 : content.packages.front().size();
+    };
+    constexpr KLVKey clips = klvutil::key("060e2b34.04010101.0d010301.02060200");
+    EXPECT_EQ(octetsLeft({48000, 1}, GoodClip::waves, 13000), 12996U); // an edit unit is a sample
+    EXPECT_EQ(octetsLeft({48, 1}, clips, 13000), 12000U);
+    EXPECT_EQ(octetsLeft({48, 1}, GoodClip::waves, 13000), 0U); // the first content package
+    EXPECT_EQ(octetsLeft({30000, 1001}, clips, 13000), 12996U); // edit units differ in size
+    EXPECT_EQ(octetsLeft({0, 0}, clips, 13000), 12996U);
 }
 
 TEST_F(Rewrap, SaysWhatIsMeantWhenFilesCannotBeUsed) {
