@@ -262,3 +262,33 @@ TEST_F(Rewrap, CountsWhatRepeats) {
     EXPECT_LT(std::count(result.text.begin(), result.text.end(), '\n'), 20) << result.text.substr(0, 3000);
     EXPECT_NE(result.text.find(" more like it"), std::string::npos) << result.text.substr(0, 3000);
 }
+
+TEST_F(Rewrap, LosesSystemElementsThatCannotBeWritten) {
+    // Content packages begin with a system element, which in one of them has more items than any; another element has
+    // lengths of four octets.
+    constexpr KLVKey metadata = klvutil::key("060e2b34.02430101.0d010301.04010201");
+    constexpr KLVKey control = klvutil::key("060e2b34.02630101.0d010301.04010601");
+    const std::string item = octets::of({1, 0, 0});
+    std::string items;
+    for (int i = 0; i < 70000; ++i) {
+        items += item;
+    }
+    const std::string header = octets::klv(keys::primer, octets::of({0, 0, 0, 0, 0, 0, 0, 18})) +
+                               octets::klv(keys::localSet, octets::of({0x3C, 0x0A, 0, 2, 7, 7}));
+    FileBuilder file;
+    file.partition(MXFPartitionKind::Header, header);
+    file.partition(MXFPartitionKind::Body, {}, {},
+                   octets::klv(metadata, item) + octets::klv(keys::picture, "A") + octets::klv(metadata, items) +
+                       octets::klv(keys::picture, "B") + octets::klv(metadata, item) +
+                       octets::klv(control, octets::of({0, 0, 0, 0, 1, 'x'})) + octets::klv(keys::picture, "C"));
+    file.partition(MXFPartitionKind::Footer).randomIndexPack();
+    const Outcome result = rewrap(file.file, file.file.size(), "--verify");
+    EXPECT_EQ(result.status, 1);
+    for (const KLVKey& key : {metadata, control}) {
+        EXPECT_NE(result.text.find("the system element with key " + toString(key) + " is not copied"),
+                  std::string::npos)
+            << result.text;
+    }
+    // The second package begins with its picture now, and so does not begin for who reads it again.
+    EXPECT_EQ(written().packages, (std::vector<std::string>{"AB", "C"}));
+}
