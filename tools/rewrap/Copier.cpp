@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "klv/KLVCoding.h"
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "mxf/essence/MXFGCKeys.h"
@@ -14,7 +15,7 @@
 
 Copier::Copier(const Survey& survey, BRYXWriter& writer, bool keepsLayout, ProgressBar& progress, ErrorPrinter& errors)
     : survey_(survey), writer_(writer), keepsLayout_(keepsLayout), structure_(*this, writer.structureReceiver()),
-      splitter_(&structure_, &writer.systemReceiver(), &writer.essenceReceiver()),
+      system_(structure_, writer.systemReceiver()), splitter_(&structure_, &system_, &writer.essenceReceiver()),
       body_(*this, keepsLayout ? writer.bodyReceiver() : splitter_), genericStream_(*this), progress_(progress),
       errors_(errors) {}
 
@@ -60,7 +61,60 @@ void Copier::Structure::startContentPackage() {
     if (survey.isCut && ++copied_[copier_.bodySID_] > survey.contentPackages(copier_.bodySID_)) {
         throw EndOfWhatIsWhole();
     }
-    next().startContentPackage();
+}
+
+void Copier::Structure::endContentPackage() {
+    if (inPackage_) {
+        next().endContentPackage();
+        inPackage_ = false;
+    }
+}
+
+void Copier::Structure::startElement(const KLVKey& key) {
+    inElement_ = false;
+    if (klvutil::classify(key) == KLVCoding::IndividualItem) {
+        tell(key);
+    }
+}
+
+void Copier::Structure::tell(const KLVKey& key) {
+    if (!inPackage_) {
+        next().startContentPackage();
+        inPackage_ = true;
+    }
+    next().startElement(key);
+    inElement_ = true;
+}
+
+void Copier::Structure::endElement(const KLVKey& key) {
+    if (inElement_) {
+        next().endElement(key);
+    } else {
+        report(copier_.errors_, Lost::Triplet, "the system element with key " + toString(key));
+    }
+}
+
+bool Copier::System::wantsSystemElement(const KLVKey& key) {
+    // Tags and lengths of four octets are read, and not written.
+    const bool hasItems = klvutil::classify(key) != KLVCoding::FixedLengthPack;
+    const bool isWritable = !hasItems || (klvutil::itemTagForm(key) != KLVFieldForm::FourOctets &&
+                                          klvutil::itemLengthForm(key) != KLVFieldForm::FourOctets);
+    return isWritable && next_.wantsSystemElement(key);
+}
+
+void Copier::System::localSet(const KLVKey& key, const MXFGCItems& items) {
+    structure_.tell(key);
+    next_.localSet(key, items);
+}
+
+void Copier::System::fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) {
+    structure_.tell(key);
+    next_.fixedLengthPack(key, data, size);
+}
+
+void Copier::System::variableLengthPack(const KLVKey& key, const MXFGCItems& items) {
+    structure_.tell(key);
+    next_.variableLengthPack(key, items);
 }
 
 void Copier::Body::setLocator(const Locator& locator) {

@@ -7,6 +7,7 @@
 #include "klv/DullKLVHandler.h"
 #include "klv/KLVFilter.h"
 #include "mxf/essence/MXFGCStructureFilter.h"
+#include "mxf/essence/MXFGCSystemHandler.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "rewrap/AnySplitter.h"
 #include "rewrap/Survey.h"
@@ -35,15 +36,37 @@ public:
     void finish();
 
 private:
-    /// Stops before a content package that is not whole.
+    /// Stops before a content package that is not whole, and tells the writer of system elements when they come: one that
+    /// the splitter does not hand on, or that cannot be written, is lost.
     class Structure final : public MXFGCStructureFilter {
     public:
         Structure(Copier& copier, MXFGCStructureHandler& next) : MXFGCStructureFilter(next), copier_(copier) {}
         void startContentPackage() override;
+        void endContentPackage() override;
+        void startElement(const KLVKey& key) override;
+        void endElement(const KLVKey& key) override;
+        /// The element that has started is written.
+        void tell(const KLVKey& key);
 
     private:
         Copier& copier_;
         std::map<std::uint32_t, std::int64_t> copied_; ///< content packages by body SID
+        bool inPackage_ = false;                       ///< of which the writer has been told
+        bool inElement_ = false;
+    };
+
+    /// System elements go to the writer.
+    class System final : public MXFGCSystemHandler {
+    public:
+        System(Structure& structure, MXFGCSystemHandler& next) : structure_(structure), next_(next) {}
+        bool wantsSystemElement(const KLVKey& key) override;
+        void localSet(const KLVKey& key, const MXFGCItems& items) override;
+        void fixedLengthPack(const KLVKey& key, const std::uint8_t* data, std::size_t size) override;
+        void variableLengthPack(const KLVKey& key, const MXFGCItems& items) override;
+
+    private:
+        Structure& structure_;
+        MXFGCSystemHandler& next_;
     };
 
     /// A body goes to its essence container.
@@ -83,6 +106,7 @@ private:
     BRYXWriter& writer_;
     bool keepsLayout_;
     Structure structure_;
+    System system_;
     AnySplitter splitter_;
     Body body_;
     GenericStream genericStream_;
