@@ -24,6 +24,7 @@ public:
     void soundMetadata(const MXFGCItems& items) override;
     void dataMetadata(const MXFGCItems& items) override;
 
+    /// The length of its item has four octets, which GenericKLVWriter writes for nothing but an empty one.
     void controlData(const std::uint8_t* data, std::size_t size) override;
 
 private:
