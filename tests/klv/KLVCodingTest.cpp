@@ -112,6 +112,12 @@ TEST(ValueTypes, TextAndCalendarForms) {
     EXPECT_EQ(
         toString(MXFUID{{0x6b, 0xa7, 0xb8, 0x10, 0x9d, 0xad, 0x11, 0xd1, 0x80, 0xb4, 0, 0xc0, 0x4f, 0xd4, 0x30, 0xc8}}),
         "urn:uuid:6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+
+    // Where a label may stand, a UUID has its halves in the other order, and so its first bit set.
+    KLVKey uuid{{0x80, 0xb4, 0, 0xc0, 0x4f, 0xd4, 0x30, 0xc8, 0x6b, 0xa7, 0xb8, 0x10, 0x9d, 0xad, 0x11, 0xd1}};
+    EXPECT_EQ(toString(uuid), "urn:uuid:6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+    uuid[0] = 0x7F;
+    EXPECT_EQ(toString(uuid), "urn:smpte:ul:7fb400c0.4fd430c8.6ba7b810.9dad11d1");
 }
 
 TEST(ValueCoding, ValuesOfAllTypesBothWays) {

@@ -94,6 +94,18 @@ TEST(MXFPrimer, ChecksItsEntries) {
     EXPECT_EQ(log, Log{});
 }
 
+/// A property can have a static tag in one set, and none in another: the MIME type does in ST 377-1's descriptors of
+/// auxiliary data, and not in those of ST 429-5.
+TEST(MXFPrimer, AcceptsADynamicTagForWhatHasAStaticOneInOtherSets) {
+    const KLVKey mimeType = klvutil::key("060e2b34.01010107.04090201.00000000");
+    ASSERT_EQ(mxfutil::staticTag(mimeType), 0x4E11);
+    Log log;
+    readPrimer({{0x4E11, mimeType}, {0x8000, mimeType}}, log);
+    EXPECT_EQ(log, Log{});
+    readPrimer({{0x4E10, mimeType}}, log);
+    EXPECT_EQ(log, Log{"warning non-standard primer tag - 0x4e10 " + toString(mimeType)});
+}
+
 TEST(MXFPrimedSetParser, DecodesTheSetsItWants) {
     class Parser : public MXFPrimedSetParser {
     public:

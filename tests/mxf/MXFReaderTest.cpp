@@ -181,7 +181,7 @@ TEST(MXFSplitter, FillAfterAPack) {
     const std::string data = two.partition(Kind::Header, {}, {}, picture).file;
     EXPECT_EQ(found(data), (Log{"warning adjacent fill items should be concatenated @147",
                                 "warning adjacent fill items should be concatenated @170",
-                                "warning missing footer partition @216"}));
+                                "error missing footer partition @216"}));
     EXPECT_EQ(read(data).at(3), "partition 2 0 193");
     EXPECT_EQ(read(data).at(4), "B startStream 1 @193"); // no header metadata, no index: straight to the body
 }

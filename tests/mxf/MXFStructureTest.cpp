@@ -96,7 +96,7 @@ public:
         return *this;
     }
     Frame& partition(Kind kind, std::uint64_t at, const std::function<void(MXFPartitionPack&)>& change = {}) {
-        const KLVKey key = mxfutil::partitionPackKey(kind, Status::ClosedComplete);
+        const KLVKey key = mxfutil::partitionPackKey(kind, status);
         MXFPartitionPack changed = pack;
         changed.thisPartition = at;
         if (change) {
@@ -119,6 +119,7 @@ public:
     KLVMonitor monitor;
     MXFStructureValidator validator{&next};
     MXFPartitionPack pack;
+    Status status = Status::ClosedComplete;
 };
 
 /// The findings about one header partition that @p change has made wrong.
@@ -193,6 +194,23 @@ TEST(MXFStructureValidator, FieldsOfAPack) {
     EXPECT_EQ(off.log.at(1), "partition 4 1200 1308");
 }
 
+TEST(MXFStructureValidator, TellsOfAVersionOnceAFile) {
+    Frame frame;
+    frame.pack.minorVersion = 2;
+    frame.start().partition(Kind::Header, 0).partition(Kind::Body, 500);
+    frame.partition(Kind::Body, 700, [](MXFPartitionPack& p) { p.minorVersion = 4; });
+    frame.partition(Kind::Footer, 1000).end();
+    const std::string implemented = " (implemented 1.3)";
+    Log versions;
+    for (const std::string& line : frame.log) {
+        if (line.find("version") != std::string::npos) {
+            versions.push_back(line);
+        }
+    }
+    EXPECT_EQ(versions, (Log{"warning earlier version - 1.2" + implemented + " @0",
+                             "warning later version - 1.4" + implemented + " @700"}));
+}
+
 TEST(MXFStructureValidator, OrderOfPartitionsAndRandomIndex) {
     Frame body;
     body.start().partition(Kind::Body, 0);
@@ -217,7 +235,23 @@ TEST(MXFStructureValidator, WhatIsMissingAtTheEnd) {
         "error missing random index or non-zero footerPartition in the header partition pack";
     const auto unannounced = [](MXFPartitionPack& p) { p.footerPartition = 0; };
     EXPECT_EQ(Frame().start().partition(Kind::Header, 0, unannounced).end().at(3), missingIndex + " @0");
-    EXPECT_EQ(Frame().start().partition(Kind::Header, 0).end().at(3), "warning missing footer partition @0");
+    EXPECT_EQ(Frame().start().partition(Kind::Header, 0).end().at(3), "error missing footer partition @0");
+    // An offset beyond the end tells of a footer that got lost, whatever other footer there is.
+    Frame cut;
+    cut.start().partition(Kind::Header, 0, unannounced).partition(Kind::Body, 500, [](MXFPartitionPack& p) {
+        p.footerPartition = 5000;
+    });
+    cut.partition(Kind::Footer, 1000);
+    cut.log.clear();
+    EXPECT_EQ(cut.end().at(0), "error missing footer partition @1000");
+    // A closed file may do without one, if its random index tells where everything is; an open one need not say yet.
+    for (const Status status : {Status::ClosedComplete, Status::OpenComplete}) {
+        Frame none;
+        none.status = status;
+        none.start().partition(Kind::Header, 0, unannounced).validator.randomIndex({{0, 0}});
+        EXPECT_EQ(none.end().at(4),
+                  status == Status::OpenComplete ? "endStructure" : "warning missing footer partition @0");
+    }
     Frame stopped;
     stopped.start().partition(Kind::Header, 0, unannounced).validator.stopRequested();
     EXPECT_EQ(stopped.end().at(3), "endStructure");

@@ -336,8 +336,8 @@ TEST(MetadataModel, UnresolvedReferencesAreTold) {
 TEST(MetadataModel, TellsValuesAsText) {
     const KLVKey label = klvutil::key("060e2b34.04010101.0d010201.01010900");
     KLVKey uuid{uid(0x1234).octets};
-    uuid.octets[8] = 0x80;
-    const std::string uuidText = "urn:uuid:" + toString(MXFUID{uuid.octets}).substr(9);
+    uuid.octets[0] = 0x80;
+    const std::string uuidText = toString(uuid);
     const std::pair<MXFScalar, std::string> values[] = {
         {true, "true"},
         {std::int64_t{-5}, "-5"},
@@ -348,6 +348,7 @@ TEST(MetadataModel, TellsValuesAsText) {
         {label, "urn:smpte:ul:060e2b34.04010101.0d010201.01010900"},
         {MXFUID{label.octets}, "urn:smpte:ul:060e2b34.04010101.0d010201.01010900"}, // where an identifier is due
         {uuid, uuidText},
+        {MXFUID{uuid.octets}, "urn:uuid:80000000-0000-0000-0000-000000001234"}, // in its own order here
         {Rational{30000, 1001}, "30000/1001"},
         {Octets{0, 0xAB}, "00ab"},
         {std::shared_ptr<const MetadataRoot>(), ""},
@@ -633,10 +634,9 @@ TEST(MetadataModel, OfEverySampleLosesNothing) {
 
 TEST(MetadataModel, SetsAgreeWithTheRegisters) {
     // What is optional in the registers, which have AAF in mind as well, and required in MXF files.
-    std::set<std::string> requiredHere{"EssenceContainerData.bodySID",   "FileDescriptor.essenceContainer",
-                                       "FileDescriptor.sampleRate",      "Identification.modificationDate",
-                                       "SoundDescriptor.locked",         "SourceClip.startPosition",
-                                       "SourceReference.sourcePackageID"};
+    std::set<std::string> requiredHere{"EssenceContainerData.bodySID", "FileDescriptor.essenceContainer",
+                                       "FileDescriptor.sampleRate",    "Identification.modificationDate",
+                                       "SourceClip.startPosition",     "SourceReference.sourcePackageID"};
     BRYXMetadataFactory factory;
     std::map<std::string, std::map<std::string, const MXFProperty*>> properties; // by class and label
     std::map<std::string, std::string> keys;
