@@ -47,7 +47,9 @@ inline bool operator<(const KLVKey& a, const KLVKey& b) noexcept {
     return first != otherFirst ? first < otherFirst : lastOctets(a) < lastOctets(b);
 }
 
-/// "urn:smpte:ul:" and four groups of eight hexadecimal digits, octet 7 included.
+/// "urn:smpte:ul:" and four groups of eight hexadecimal digits, octet 7 included. A UUID may stand where a label may, and
+/// then has its halves in the other order (ST 377-1 §4.1), so that its first bit is set, which no label has: it stands as
+/// "urn:uuid:" and in its own order.
 BRYX_API std::string toString(const KLVKey& key);
 
 namespace klvutil {

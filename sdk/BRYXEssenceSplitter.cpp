@@ -22,3 +22,6 @@ bool BRYXEssenceSplitter::isDataElement(const KLVKey& key) const {
 bool BRYXEssenceSplitter::isCompoundElement(const KLVKey& key) const {
     return classify(key) == MXFGCEssenceKind::Compound;
 }
+bool BRYXEssenceSplitter::allowsSecondKind() const {
+    return true;
+}

@@ -13,7 +13,8 @@ public:
     virtual MXFGCEssenceKind classify(const KLVKey& key) const = 0;
 };
 
-/// A splitter that asks a classifier which keys are those of essence elements, if it has one.
+/// A splitter that asks a classifier which keys are those of essence elements, if it has one. Picture with sound or data
+/// and no system item, as many writers make it, passes.
 class BRYX_API BRYXEssenceSplitter : public MXFGCSplitter {
 public:
     using MXFGCSplitter::MXFGCSplitter;
@@ -28,6 +29,7 @@ protected:
     bool isSoundElement(const KLVKey& key) const override;
     bool isDataElement(const KLVKey& key) const override;
     bool isCompoundElement(const KLVKey& key) const override;
+    bool allowsSecondKind() const override;
 
 private:
     MXFGCEssenceKind classify(const KLVKey& key) const;

@@ -77,7 +77,9 @@ inline constexpr util::uuid base{
         "ST 410")                                                                                                      \
     ROW(sharedSID, base, 14, Strict, warning, "indexSID is a bodySID as well", "ST 377-1, Stream IDs")                 \
     ROW(inconsistentVersions, base, 15, Strict, warning,                                                               \
-        "register version in key or labels differs from that in the header partition", "ST 377-1, Partition Pack")
+        "register version in key or labels differs from that in the header partition", "ST 377-1, Partition Pack")     \
+    ROW(inconsistentFormatVersion, base, 16, Standard, warning,                                                        \
+        "majorVersion and minorVersion differ from those of the header partition", "ST 377-1, Partition Pack")
 
 BRYX_STRUCTURE_CHECKS(BRYX_DEFINE_CHECK)
 
@@ -193,7 +195,8 @@ inline constexpr util::uuid base{
     ROW(undescribedTrack, base, 58, Strict, warning,                                                                   \
         "essence track that no descriptor of the MultipleDescriptor is for", "ST 377-1, Multiple Descriptor")          \
     ROW(untimedData, base, 59, Standard, warning, "invalid TimelineTrack.editRate value of data in a MaterialPackage", \
-        "ST 377-1, Track")
+        "ST 377-1, Track")                                                                                             \
+    ROW(missingMCAChannel, base, 60, Standard, warning, "missing MCALabelSubDescriptor.channelID", "ST 377-4")
 
 BRYX_METADATA_CHECKS(BRYX_DEFINE_CHECK)
 
@@ -238,7 +241,9 @@ inline constexpr util::uuid base{
     ROW(inconsistentSystemLabel, base, 16, Standard, error,                                                            \
         "essence container label of system item is not that of FileDescriptor.essenceContainer", "ST 385")             \
     ROW(inconsistentPackageRate, base, 17, Standard, error,                                                            \
-        "content package rate of system item is the edit rate of no track", "ST 385")
+        "content package rate of system item is the edit rate of no track", "ST 385")                                  \
+    ROW(inconsistentPrefaceVersion, base, 18, Standard, warning,                                                       \
+        "Preface.version differs from that of the partition pack", "ST 377-1, Preface")
 
 BRYX_CROSS_CHECKS(BRYX_DEFINE_CHECK)
 
@@ -301,7 +306,9 @@ inline constexpr util::uuid base{
     ROW(invalidTimecode, base, 5, Standard, warning, "invalid timecode in system item", "ST 12-1; ST 331")             \
     ROW(discontinuousTimecode, base, 6, Strict, warning, "discontinuous timecode in system items", "ST 331")           \
     ROW(incorrectElementCount, base, 7, Strict, warning,                                                               \
-        "element count in essence element key is not that of the item", "ST 379-1")
+        "element count in essence element key is not that of the item", "ST 379-1")                                    \
+    ROW(missingSystemItem, base, 8, Strict, warning,                                                                   \
+        "content package with essence of several kinds and no system item", "ST 379-1")
 
 BRYX_SYSTEM_CHECKS(BRYX_DEFINE_CHECK)
 

@@ -62,4 +62,8 @@ std::vector<std::uint8_t> writePartitionPack(const MXFPartitionPack& pack) {
     return octets;
 }
 
+std::string versionText(unsigned majorVersion, unsigned minorVersion) {
+    return std::to_string(majorVersion) + "." + std::to_string(minorVersion);
+}
+
 } // namespace mxfutil

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "klv/KLVKey.h"
@@ -83,5 +84,8 @@ BRYX_API bool readPartitionPack(const std::uint8_t* data, std::size_t size, MXFP
 
 /// The value of a partition pack as it is written.
 BRYX_API std::vector<std::uint8_t> writePartitionPack(const MXFPartitionPack& pack);
+
+/// A version of ST 377-1 as messages show it: "1.3".
+BRYX_API std::string versionText(unsigned majorVersion, unsigned minorVersion);
 
 } // namespace mxfutil

@@ -55,7 +55,8 @@ private:
             report(findings::nonStandardPrimerKey, entry);
         }
         const std::uint16_t tag = staticTag(entry.label);
-        if (tag != 0 && tag != entry.tag) {
+        // One primer serves all sets, and only some of them may give the property its static tag.
+        if (tag != 0 && tag != entry.tag && !(entry.tag >= firstDynamicTag && isElsewhereDynamic(entry.label))) {
             report(findings::nonStandardPrimerTag, entry);
         }
     }

@@ -14,6 +14,7 @@ struct Row {
     std::uint16_t tag;
     std::uint8_t version;
     std::uint64_t item;
+    bool isElsewhereDynamic = false;
 };
 
 constexpr Row rows[] = {
@@ -23,6 +24,7 @@ constexpr Row rows[] = {
 struct Entry {
     std::uint16_t tag;
     KLVKey label;
+    bool isElsewhereDynamic;
 };
 
 /// The table as it is looked up in: by tag, and by label.
@@ -30,7 +32,7 @@ class StaticTags {
 public:
     StaticTags() {
         for (const Row& row : rows) {
-            Entry entry{row.tag, {{0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, row.version}}};
+            Entry entry{row.tag, {{0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, row.version}}, row.isElsewhereDynamic};
             util::storeBigEndian(&entry.label[8], row.item, 8);
             byTag_.push_back(entry);
         }
@@ -44,10 +46,10 @@ public:
         return at != byTag_.end() && at->tag == tag ? &at->label : nullptr;
     }
 
-    std::uint16_t tag(const KLVKey& label) const noexcept {
+    const Entry* entry(const KLVKey& label) const noexcept {
         const auto at = std::lower_bound(byLabel_.begin(), byLabel_.end(), label,
                                          [](const Entry& entry, const KLVKey& key) { return entry.label < key; });
-        return at != byLabel_.end() && at->label == label ? at->tag : std::uint16_t{0};
+        return at != byLabel_.end() && at->label == label ? &*at : nullptr;
     }
 
 private:
@@ -67,7 +69,13 @@ const KLVKey* staticLabel(std::uint16_t tag) noexcept {
 }
 
 std::uint16_t staticTag(const KLVKey& label) noexcept {
-    return staticTags().tag(label);
+    const Entry* const entry = staticTags().entry(label);
+    return entry == nullptr ? std::uint16_t{0} : entry->tag;
+}
+
+bool isElsewhereDynamic(const KLVKey& label) noexcept {
+    const Entry* const entry = staticTags().entry(label);
+    return entry != nullptr && entry->isElsewhereDynamic;
 }
 
 } // namespace mxfutil

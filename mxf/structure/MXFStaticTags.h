@@ -20,4 +20,8 @@ BRYX_API const KLVKey* staticLabel(std::uint16_t tag) noexcept;
 /// The static tag of the property with @p label, of whatever version, or 0 if it has none.
 BRYX_API std::uint16_t staticTag(const KLVKey& label) noexcept;
 
+/// Whether the property with @p label, which has a static tag, has none in some of the sets that have it, so that a
+/// dynamic tag is as right.
+BRYX_API bool isElsewhereDynamic(const KLVKey& label) noexcept;
+
 } // namespace mxfutil

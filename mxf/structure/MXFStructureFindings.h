@@ -41,10 +41,11 @@ inline constexpr util::uuid runInBase{
     ROW(incorrectRandomIndex, structureBase, 20, warning, "incorrect random index value")                              \
     ROW(missingRandomIndex, structureBase, 21, error,                                                                  \
         "missing random index or non-zero footerPartition in the header partition pack")                               \
-    ROW(missingFooterPartition, structureBase, 22, warning, "missing footer partition")                                \
+    ROW(missingFooterPartition, structureBase, 22, error, "missing footer partition")                                  \
     ROW(invalidPartitionPack, structureBase, 23, error, "invalid partition pack")                                      \
     ROW(invalidRandomIndexPack, structureBase, 24, error, "invalid random index pack")                                 \
     ROW(incorrectRandomIndexPackLength, structureBase, 25, warning, "incorrect random index pack length")              \
+    ROW(unannouncedFooterPartition, structureBase, 26, warning, "missing footer partition")                            \
     ROW(invalidRunIn, runInBase, 1, fatal, "invalid run-in")                                                           \
     ROW(unsuccessfulGet, runInBase, 2, fatal, "unsuccessful get()")
 

@@ -26,10 +26,6 @@ bool isGeneralizedPattern(const KLVKey& label) {
            label[12] >= 1 && label[12] <= 3;
 }
 
-std::string version(unsigned major, unsigned minor) {
-    return std::to_string(major) + "." + std::to_string(minor);
-}
-
 } // namespace
 
 MXFStructureValidator::MXFStructureValidator(MXFStructureHandler* next) : next_(present(next)) {}
@@ -78,11 +74,14 @@ void MXFStructureValidator::startPartition(const KLVKey& key, const MXFPartition
         report(errorHandler_, findings::generalizedPatternWithRunIn);
     }
     checkVersion(pack);
+    if (kind == MXFPartitionKind::Header) {
+        const MXFPartitionStatus status = mxfutil::partitionStatus(key);
+        file_.headerAnnouncesFooter = pack.footerPartition != 0;
+        file_.headerIsClosed =
+            status == MXFPartitionStatus::ClosedIncomplete || status == MXFPartitionStatus::ClosedComplete;
+    }
     checkOffsets(kind, pack, offset);
     checkFields(kind, pack);
-    if (kind == MXFPartitionKind::Header) {
-        file_.headerAnnouncesFooter = pack.footerPartition != 0;
-    }
     file_.previousPartition = offset;
     ++file_.partitionCount;
     if (file_.partitions.size() < mxfutil::maxRandomIndexEntries) {
@@ -126,10 +125,11 @@ void MXFStructureValidator::checkVersion(const MXFPartitionPack& pack) {
     } else if (pack.minorVersion > minorVersion) {
         finding = &findings::laterVersion;
     }
-    if (finding != nullptr) {
+    // All partitions of a file mostly have one version, whatever it is.
+    if (finding != nullptr && file_.versionFindings.insert(finding->id).second) {
         report(errorHandler_, *finding,
-               version(pack.majorVersion, pack.minorVersion) + " (implemented " + version(majorVersion, minorVersion) +
-                   ")");
+               mxfutil::versionText(pack.majorVersion, pack.minorVersion) + " (implemented " +
+                   mxfutil::versionText(majorVersion, minorVersion) + ")");
     }
 }
 
@@ -153,6 +153,7 @@ void MXFStructureValidator::checkOffsets(MXFPartitionKind kind, const MXFPartiti
             report(errorHandler_, findings::inconsistentFooterPartition);
         }
         file_.footerAnnounced = pack.footerPartition;
+        file_.greatestAnnounced = std::max(file_.greatestAnnounced, pack.footerPartition);
     }
 }
 
@@ -208,13 +209,23 @@ void MXFStructureValidator::randomIndex(const MXFRandomIndex& index) {
     next_.randomIndex(index);
 }
 
+void MXFStructureValidator::checkEnd() const {
+    // What a partition says of a footer that is not there, or of one beyond the end, was true of a longer file.
+    const bool isCut = (file_.footerAnnounced != 0 && !file_.footerSeen) ||
+                       file_.greatestAnnounced > static_cast<std::uint64_t>(position() - file_.origin);
+    if (isCut) {
+        report(errorHandler_, findings::missingFooterPartition);
+    }
+    if (!file_.randomIndexSeen && !file_.headerAnnouncesFooter) {
+        report(errorHandler_, findings::missingRandomIndex);
+    } else if (!isCut && !file_.footerSeen && file_.headerIsClosed) {
+        report(errorHandler_, findings::unannouncedFooterPartition);
+    }
+}
+
 void MXFStructureValidator::endStructure() {
     if (!stopped_) {
-        if (!file_.randomIndexSeen && !file_.headerAnnouncesFooter) {
-            report(errorHandler_, findings::missingRandomIndex);
-        } else if (file_.footerAnnounced != 0 && !file_.footerSeen) {
-            report(errorHandler_, findings::missingFooterPartition);
-        }
+        checkEnd();
     }
     forgetFile();
     next_.endStructure();

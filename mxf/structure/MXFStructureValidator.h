@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 
 #include "mxf/structure/MXFStructureHandler.h"
 #include "util/Api.h"
+#include "util/uuid.h"
 
 class ErrorHandler;
 class Locator;
@@ -58,11 +60,14 @@ private:
         std::uint64_t runIn = 0;
         std::int64_t origin = 0; ///< stream position that offsets in the file count from
         bool headerAnnouncesFooter = false;
+        bool headerIsClosed = false;
         bool footerSeen = false;
         bool randomIndexSeen = false;
-        std::uint64_t footerAnnounced = 0;
+        std::uint64_t footerAnnounced = 0;   ///< the last offset
+        std::uint64_t greatestAnnounced = 0; ///< of all of them
         std::uint64_t previousPartition = 0;
         std::uint64_t partitionCount = 0;
+        std::set<util::uuid> versionFindings; ///< those that have been reported
         MXFRandomIndex partitions;
     };
 
@@ -71,6 +76,7 @@ private:
     void checkVersion(const MXFPartitionPack& pack);
     void checkOffsets(MXFPartitionKind kind, const MXFPartitionPack& pack, std::uint64_t offset);
     void checkFields(MXFPartitionKind kind, const MXFPartitionPack& pack);
+    void checkEnd() const;
     std::int64_t position() const;
 
     MXFStructureHandler& next_;

@@ -179,9 +179,9 @@ TEST(MXFSplitter, FillAfterAPack) {
     two.fillAfterPack = fill + fill + fill;
     two.pack.footerPartition = 1;
     const std::string data = two.partition(Kind::Header, {}, {}, picture).file;
-    EXPECT_EQ(found(data), (Log{"warning adjacent fill items should be concatenated @147",
-                                "warning adjacent fill items should be concatenated @170",
-                                "error missing footer partition @216"}));
+    EXPECT_EQ(found(data),
+              (Log{"warning adjacent fill items should be concatenated @147",
+                   "warning adjacent fill items should be concatenated @170", "error missing footer partition @216"}));
     EXPECT_EQ(read(data).at(3), "partition 2 0 193");
     EXPECT_EQ(read(data).at(4), "B startStream 1 @193"); // no header metadata, no index: straight to the body
 }
@@ -275,7 +275,7 @@ TEST(MXFSplitter, TripletsThatCannotStand) {
 
 TEST(MXFSplitter, RandomIndexPacks) {
     FileBuilder b;
-    b.partition(Kind::Header, set);
+    b.partition(Kind::Header, set, {}, {}, MXFPartitionStatus::OpenComplete); // a closed one would want a footer
     const std::string key = octets::key(mxfutil::randomIndexPackKey);
     const auto after = [&](const std::string& pack) { return found(b.file + pack); };
     const std::string value = octets::of(mxfutil::writeRandomIndex(b.randomIndex, 0x83));

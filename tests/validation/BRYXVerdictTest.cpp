@@ -132,7 +132,7 @@ TEST(BRYXVerdict, SeveralKindsWithoutASystemItemAreInUse) {
     GoodClip clip(with([](ClipOptions& o) { o.hasSystemItems = false; }));
     EXPECT_EQ(texts(validate(clip.octets, BRYXValidationMode::None)), Texts{});
     EXPECT_EQ(texts(validate(clip.octets, BRYXValidationMode::Standard)), Texts{});
-    EXPECT_EQ(strict(clip.octets), Texts{"warning picture with sound or data, and no system item"});
+    EXPECT_EQ(strict(clip.octets), Texts{"warning content package with essence of several kinds and no system item"});
     GoodClip single(with([](ClipOptions& o) { o.hasSystemItems = o.hasSound = false; }));
     EXPECT_EQ(strict(single.octets), Texts{});
 }

@@ -47,6 +47,7 @@ std::vector<Fault> descriptorFaults() {
          set<AudioChannelLabelSubDescriptor>(1, "linkID", MXFUID{{3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3}})},
         {M::invalidMCAChannel, set<AudioChannelLabelSubDescriptor>(1, "channelID", std::uint32_t{3})},
         {M::duplicateMCAChannel, set<AudioChannelLabelSubDescriptor>(1, "channelID", std::uint32_t{1})},
+        {M::missingMCAChannel, [](GoodClip& clip) { clip.forget<AudioChannelLabelSubDescriptor>(1, "channelID"); }},
         {M::unknownSoundfieldGroup, set<AudioChannelLabelSubDescriptor>(1, "soundfieldGroup", MXFUID{{9}})},
         {M::unknownGroupOfSoundfieldGroups,
          set<SoundfieldGroupLabelSubDescriptor>(0, "groupOfSoundfieldGroups", std::vector<MXFUID>{MXFUID{{9}}})},

@@ -14,6 +14,7 @@ const ClipOptions onePackage = with([](ClipOptions& o) { o.frames = 1; });
 std::vector<Fault> essenceFaults() {
     return {
         {C::inconsistentPrefacePattern, set<Preface>(0, "operationalPattern", other(keys::op1a, 13, 2))},
+        {C::inconsistentPrefaceVersion, set<Preface>(0, "version", std::uint16_t{0x0102})},
         {C::inconsistentPrefaceContainers,
          [](GoodClip& clip) {
              clip.set<Preface>(0, "essenceContainers",
@@ -70,6 +71,14 @@ std::vector<Fault> essenceFaults() {
         {Y::inconsistentBitmap, system(4, 0, MXFSystemBitmap::label | MXFSystemBitmap::soundItem)},
         {Y::invalidTimecode, system(4, 41, 0x3F)},
         {Y::discontinuousTimecode, system(9, 41, 0x15)},
+        {Y::missingSystemItem,
+         [](GoodClip& clip) {
+             const auto item = clip.all(mxfutil::sdtiCPSystemMetadataKey).front();
+             clip.put(item, 0,
+                      std::vector<std::uint8_t>(klvutil::fillKey.octets.begin(), klvutil::fillKey.octets.end()));
+             clip.altered = {clip.all(GoodClip::sound1).front().position};
+         },
+         onePackage},
         {Y::incorrectElementCount,
          [](GoodClip& clip) {
              clip.put(clip.all(GoodClip::sound2).at(3), 0,

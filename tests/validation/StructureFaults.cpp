@@ -49,6 +49,7 @@ std::vector<Fault> structureFaults() {
          },
          genericStream},
         {S::sharedSID, pack(3, "indexSID", std::uint32_t{1}), {}, Wanted::Structure},
+        {S::inconsistentFormatVersion, pack(1, "minorVersion", std::uint16_t{4})},
         {S::inconsistentVersions, [](GoodClip& clip) { clip.put(clip.packs().at(1), 7, {9}); }},
     };
 }

@@ -23,6 +23,12 @@ std::string hexadecimal(std::uint32_t number) {
     return text;
 }
 
+/// Whether the elements of a track are data: timed text, ancillary data and the like (ST 379-1).
+bool isData(std::uint32_t trackNumber) {
+    const std::uint32_t itemType = trackNumber >> 24U;
+    return itemType == 0x07 || itemType == 0x17;
+}
+
 bool sameLabels(const std::vector<KLVKey>& a, const std::vector<KLVKey>& b) {
     return std::set<KLVKey>(a.begin(), a.end()) == std::set<KLVKey>(b.begin(), b.end());
 }
@@ -47,6 +53,8 @@ void BRYXCrossValidator::startPartition(const KLVKey& key, const MXFPartitionPac
     partition_ = Partition{key,
                            pack.operationalPattern,
                            pack.essenceContainers,
+                           pack.majorVersion,
+                           pack.minorVersion,
                            pack.indexSID,
                            pack.bodySID,
                            base_ + headerStart + pack.headerByteCount + pack.indexByteCount};
@@ -94,6 +102,12 @@ void BRYXCrossValidator::metadata(BRYXMetadataSummary summary) {
         }
         if (!sameLabels(summary.essenceContainers, partition_->essenceContainers)) {
             reportAt(summary.position, checks::inconsistentPrefaceContainers);
+        }
+        const unsigned version = partition_->majorVersion * 256U + partition_->minorVersion;
+        if (summary.version && *summary.version != version) {
+            reportAt(summary.position, checks::inconsistentPrefaceVersion,
+                     mxfutil::versionText(*summary.version / 256U, *summary.version % 256U) + ", not " +
+                         mxfutil::versionText(partition_->majorVersion, partition_->minorVersion));
         }
     }
     // The last one counts, but not where something is missing in it that an earlier one has.
@@ -211,8 +225,12 @@ void BRYXCrossValidator::checkIndexTable(const BRYXIndexSummary& table,
         !(container.sampleRate && isSameRate(*container.sampleRate, table.editRate))) {
         reportAt(table.position, checks::inconsistentIndexEditRate, toString(table.editRate));
     }
+    // Data that is one element, such as timed text, is one edit unit, however long it is shown.
+    const auto essence = essence_.find(container.bodySID);
+    const bool isOneUnit =
+        table.start == 0 && table.end == 1 && (essence == essence_.end() || essence->second.packages <= 1);
     const auto isUncovered = [&](const auto& track) {
-        return atRate(track) && (table.end < track.duration || table.start > 0);
+        return atRate(track) && (table.end < track.duration || table.start > 0) && !(isOneUnit && isData(track.number));
     };
     if (!table.isEndless && table.isWhole && !container.isSparse &&
         std::any_of(tracks.begin(), tracks.end(), isUncovered)) {

@@ -69,6 +69,8 @@ private:
         KLVKey key;
         KLVKey operationalPattern;
         std::vector<KLVKey> essenceContainers;
+        std::uint16_t majorVersion;
+        std::uint16_t minorVersion;
         std::uint32_t indexSID;
         std::uint32_t bodySID;
         std::uint64_t bodyStart; ///< stream position

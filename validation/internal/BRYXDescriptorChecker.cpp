@@ -220,6 +220,7 @@ void BRYXDescriptorChecker::checkLabels(const Package& package, const FileDescri
     std::set<MXFUID> links;
     std::set<std::uint32_t> channels;
     std::size_t channelLabels = 0;
+    std::size_t unnumbered = 0; // of these
     for (std::size_t i = 0; i < descriptor.getGenericSubDescriptorCount(); ++i) {
         const auto set = descriptor.getGenericSubDescriptorAt(i);
         const auto* const label = as<MCALabelSubDescriptor>(set.get());
@@ -236,7 +237,10 @@ void BRYXDescriptorChecker::checkLabels(const Package& package, const FileDescri
             }
             // The ID may be left out where there is a single channel.
             const std::uint32_t id = channel->hasChannelID() ? channel->getChannelID() : 1;
-            if (sound != nullptr && (id == 0 || id > sound->getChannelCount())) {
+            if (!channel->hasChannelID() && sound != nullptr && sound->getChannelCount() > 1) {
+                report(*channel, checks::missingMCAChannel);
+                ++unnumbered;
+            } else if (sound != nullptr && (id == 0 || id > sound->getChannelCount())) {
                 report(*channel, checks::invalidMCAChannel, std::to_string(id));
             } else if (!channels.insert(id).second) {
                 report(*channel, checks::duplicateMCAChannel, std::to_string(id));
@@ -251,8 +255,9 @@ void BRYXDescriptorChecker::checkLabels(const Package& package, const FileDescri
             }
         }
     }
-    if (sound != nullptr && channelLabels != 0 && channels.size() < sound->getChannelCount()) {
+    const std::size_t labelled = channels.size() + unnumbered;
+    if (sound != nullptr && channelLabels != 0 && labelled < sound->getChannelCount()) {
         report(descriptor, checks::unlabelledChannels,
-               std::to_string(channels.size()) + " of " + std::to_string(sound->getChannelCount()));
+               std::to_string(labelled) + " of " + std::to_string(sound->getChannelCount()));
     }
 }

@@ -120,9 +120,6 @@ void BRYXIndexValidator::endIndex() {
 }
 
 bool BRYXIndexValidator::checkNumbers(const MXFIndexTableSegment& segment) const {
-    if (!isRate(segment.indexEditRate)) {
-        report(checks::invalidIndexEditRate, toString(segment.indexEditRate));
-    }
     // Offsets in entries lead no further than 128 edit units away, and must not leave the numbers that there are.
     const auto entries = static_cast<std::int64_t>(segment.indexEntryArray.size());
     const bool isStart =
@@ -274,17 +271,42 @@ void BRYXIndexValidator::add(const MXFIndexTableSegment& segment, Table& table, 
     }
 }
 
+void BRYXIndexValidator::checkRate(const Rational& rate, Table& table) const {
+    if (!isRate(rate) && !table.hasInvalidRate) {
+        table.hasInvalidRate = true;
+        report(checks::invalidIndexEditRate, toString(rate));
+    }
+    if (!table.segments.empty() && !isSameRate(rate, table.editRate)) {
+        report(checks::inconsistentIndexEditRate, toString(rate));
+    }
+}
+
+void BRYXIndexValidator::checkSegment(const MXFIndexTableSegment& segment) {
+    checkDeltas(segment);
+    const std::pair sids(segment.indexSID, segment.bodySID);
+    const bool areSound = checkNumbers(segment);
+    if (tables_.size() == maxKept && tables_.count(sids) == 0) {
+        return;
+    }
+    Table& table = tables_[sids];
+    checkRate(segment.indexEditRate, table);
+    if (areSound) {
+        checkEntries(segment, table);
+        add(segment, table, summaries_[sids]);
+    }
+}
+
 void BRYXIndexValidator::indexTableSegment(const MXFIndexTableSegment& segment) {
     cross_.segment(segment);
-    checkDeltas(segment);
-    if (checkNumbers(segment) &&
-        (tables_.size() < maxKept || tables_.count({segment.indexSID, segment.bodySID}) != 0)) {
-        Table& table = tables_[{segment.indexSID, segment.bodySID}];
-        if (!table.segments.empty() && !isSameRate(segment.indexEditRate, table.editRate)) {
-            report(checks::inconsistentIndexEditRate, toString(segment.indexEditRate));
-        }
-        checkEntries(segment, table);
-        add(segment, table, summaries_[{segment.indexSID, segment.bodySID}]);
+    // Some makers write one entry more than there are edit units, which marks the end. That there are more has been
+    // reported, and they tell nothing.
+    const auto units = static_cast<std::uint64_t>(std::max<std::int64_t>(segment.indexDuration, 0));
+    if (segment.indexEntryArray.size() > units) {
+        MXFIndexTableSegment within = segment;
+        within.indexEntryArray.resize(units);
+        checkSegment(within);
+    } else {
+        checkSegment(segment);
     }
     next_.indexTableSegment(segment);
 }

@@ -51,7 +51,8 @@ private:
     };
     /// What is kept of a table, and what the entries of its segments ask of it.
     struct Table {
-        Rational editRate; ///< of the first segment
+        Rational editRate;           ///< of the first segment
+        bool hasInvalidRate = false; ///< reported
         std::vector<Segment> segments;
         bool isWhole = true; ///< whether all segments are kept
         // Where offsets lead to, as edit units; the greatest ones are held with their signs changed.
@@ -61,7 +62,9 @@ private:
         Least greatestTemporal;
     };
 
+    void checkSegment(const MXFIndexTableSegment& segment);
     bool checkNumbers(const MXFIndexTableSegment& segment) const;
+    void checkRate(const Rational& rate, Table& table) const;
     void checkDeltas(const MXFIndexTableSegment& segment) const;
     /// Whether an elementDelta leads out of its slice, or out of the edit unit.
     static bool leadsOut(const MXFIndexTableSegment& segment);

@@ -99,6 +99,9 @@ void BRYXMetadataValidator::checkModel(const Preface& preface) {
     summary.position = positionOf(preface);
     summary.operationalPattern = preface.getOperationalPattern();
     summary.essenceContainers = preface.getEssenceContainers();
+    if (!preface.isMissing(MXFPropertyLabel(0x3B05).label())) {
+        summary.version = preface.getVersion();
+    }
     if (preface.hasRIPPresent()) {
         summary.ripPresent = preface.getRIPPresent();
     }

@@ -78,7 +78,7 @@ void BRYXStructureValidator::checkLabels(const MXFPartitionPack& pack, bool isCl
 
 void BRYXStructureValidator::checkVersions(const KLVKey& key, const MXFPartitionPack& pack) {
     constexpr std::size_t version = 7;
-    bool isSame = !first_ || key[version] == first_->version;
+    bool isSame = !first_ || key[version] == first_->registerVersion;
     const auto check = [&](const KLVKey& label) {
         const auto place =
             versions_.size() < maxKept ? versions_.emplace(label, label[version]).first : versions_.find(label);
@@ -88,6 +88,11 @@ void BRYXStructureValidator::checkVersions(const KLVKey& key, const MXFPartition
     std::for_each(pack.essenceContainers.begin(), pack.essenceContainers.end(), check);
     if (!isSame) {
         report(checks::inconsistentVersions);
+    }
+    if (first_ && (pack.majorVersion != first_->majorVersion || pack.minorVersion != first_->minorVersion)) {
+        report(checks::inconsistentFormatVersion, mxfutil::versionText(pack.majorVersion, pack.minorVersion) +
+                                                      ", not " +
+                                                      mxfutil::versionText(first_->majorVersion, first_->minorVersion));
     }
 }
 
@@ -123,7 +128,7 @@ void BRYXStructureValidator::startPartition(const KLVKey& key, const MXFPartitio
     checkVersions(key, pack);
     checkSIDs(key, pack);
     if (!first_) {
-        first_ = First{pack.operationalPattern, pack.kagSize, closed, key[7]};
+        first_ = First{pack.operationalPattern, pack.kagSize, closed, key[7], pack.majorVersion, pack.minorVersion};
     } else if (pack.kagSize != first_->kagSize) {
         report(checks::inconsistentKAGSize, std::to_string(pack.kagSize));
     }

@@ -31,7 +31,9 @@ private:
         KLVKey operationalPattern;
         std::uint32_t kagSize = 0;
         bool isClosed = false;
-        std::uint8_t version = 0; ///< of the register, in the key
+        std::uint8_t registerVersion = 0; ///< in the key
+        std::uint16_t majorVersion = 0;
+        std::uint16_t minorVersion = 0;
     };
 
     void checkStatus(const KLVKey& key, const MXFPartitionPack& pack);

@@ -33,6 +33,7 @@ struct BRYXMetadataSummary {
 
     std::uint64_t position = 0; ///< of the Preface
     KLVKey operationalPattern;
+    boost::optional<std::uint16_t> version; ///< major and minor number
     std::vector<KLVKey> essenceContainers;
     boost::optional<bool> ripPresent;
     std::vector<Container> containers;

@@ -1,5 +1,7 @@
 #include "validation/internal/BRYXSystemValidator.h"
 
+#include <algorithm>
+#include <limits>
 #include <string>
 
 #include "timecode/TimecodeCalculator.h"
@@ -48,6 +50,7 @@ void BRYXSystemValidator::endStream() {
 }
 
 void BRYXSystemValidator::startContentPackage() {
+    hasSystemItem_ = false;
     bitmap_.reset();
     elements_ = {};
     announced_ = {};
@@ -71,6 +74,7 @@ void BRYXSystemValidator::startElement(const KLVKey& key) {
         announced_[indexOf(kind)] = key[13];
         positions_[indexOf(kind)] = position();
     }
+    hasSystemItem_ = hasSystemItem_ || (kind == MXFGCEssenceKind::None && mxfutil::isGCSystemElement(key));
     MXFGCStructureFilter::startElement(key);
 }
 
@@ -107,10 +111,29 @@ void BRYXSystemValidator::reportCount(std::size_t kind) {
     }
 }
 
+void BRYXSystemValidator::checkKinds() {
+    if (hasSystemItem_ || container_->lacksSystemItem) {
+        return;
+    }
+    constexpr std::uint64_t none = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t first = none;
+    std::uint64_t second = none; // where elements of a second kind begin
+    for (std::size_t i = 0; i < kinds; ++i) {
+        const std::uint64_t start = elements_[i] != 0 ? positions_[i] : none;
+        second = std::min(second, std::max(first, start));
+        first = std::min(first, start);
+    }
+    if (second != none) {
+        container_->lacksSystemItem = true;
+        reportAt(second, checks::missingSystemItem);
+    }
+}
+
 void BRYXSystemValidator::endContentPackage() {
     if (container_ != nullptr) {
         checkBitmap();
         checkCounts();
+        checkKinds();
     }
     MXFGCStructureFilter::endContentPackage();
 }

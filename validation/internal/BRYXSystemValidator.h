@@ -48,6 +48,7 @@ private:
     /// What the content packages of one essence container have had so far.
     struct Container {
         bool miscountsElements = false; ///< reported
+        bool lacksSystemItem = false;   ///< reported
         std::uint8_t wrongBits = 0;     ///< of bitmaps; reported
         boost::optional<MXFSystemMetadataPack> first;
         // Of the last one. What it has in common with the one before has been told.
@@ -63,6 +64,7 @@ private:
     MXFGCEssenceKind classify(const KLVKey& key);
     void checkBitmap();
     void checkCounts();
+    void checkKinds();
     void reportCount(std::size_t kind);
     /// Whether @p next follows @p timecode at @p rate.
     bool follows(const Timecode& timecode, const Timecode& next, std::uint8_t rate);
@@ -75,6 +77,7 @@ private:
     Container* container_ = nullptr;                ///< the current one
 
     // The content package.
+    bool hasSystemItem_ = false;
     boost::optional<std::uint8_t> bitmap_;
     std::uint64_t packPosition_ = 0;
     // By MXFGCEssenceKind, without None:

@@ -22,7 +22,7 @@ class BRYX_API SoundDescriptor : public FileDescriptor {
     /// Samples of a channel per second.
     BRYX_REQUIRED(AudioSamplingRate, audioSamplingRate, Rational, 0x3D03);
     /// Whether the number of samples in each picture is locked to the picture.
-    BRYX_REQUIRED(Locked, locked, bool, 0x3D02);
+    BRYX_OPTIONAL(Locked, locked, bool, 0x3D02);
     /// In dBm for 0 VU.
     BRYX_OPTIONAL(AudioReferenceLevel, audioReferenceLevel, std::int8_t, 0x3D04);
     BRYX_OPTIONAL(ElectroSpatialFormulation, electroSpatialFormulation, MXFElectroSpatialFormulation, 0x3D05);

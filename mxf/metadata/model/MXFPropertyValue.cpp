@@ -34,10 +34,7 @@ struct Text {
     std::string operator()(std::uint64_t value) const { return std::to_string(value); }
     std::string operator()(const std::string& value) const { return validUTF8(value); }
     std::string operator()(const std::wstring& value) const { return util::utf8::fromWide(value); }
-    // Labels and other identifiers may stand in one another's place. Octet 8 of a UUID has its first bit set.
-    std::string operator()(const KLVKey& value) const {
-        return klvutil::isSMPTEKey(value) || value[8] < 0x80 ? toString(value) : toString(MXFUID{value.octets});
-    }
+    // A label may stand where an identifier is due, as it is.
     std::string operator()(const MXFUID& value) const {
         const KLVKey key{value.octets};
         return klvutil::isSMPTEKey(key) ? toString(key) : toString(value);
