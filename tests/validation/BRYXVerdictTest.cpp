@@ -128,6 +128,13 @@ TEST(BRYXVerdict, VersionsOfPacksAndPrefaceAgree) {
               std::set<std::string>{"warning Preface.version differs from that of the partition pack - 1.2, not 1.3"});
 }
 
+/// What is written is of version 1.3, whatever the model says that came from an older file.
+TEST(BRYXVerdict, TheWriterGivesPrefaceAndPacksOneVersion) {
+    const GoodClip clip(with([](ClipOptions& o) { o.change = [](Preface& p) { p.setVersion(0x0102); }; }));
+    EXPECT_EQ(strict(clip.octets), Texts{});
+    EXPECT_EQ((clip.get<Preface, std::uint16_t>(0, "version")), 0x0103);
+}
+
 TEST(BRYXVerdict, SeveralKindsWithoutASystemItemAreInUse) {
     GoodClip clip(with([](ClipOptions& o) { o.hasSystemItems = false; }));
     EXPECT_EQ(texts(validate(clip.octets, BRYXValidationMode::None)), Texts{});
