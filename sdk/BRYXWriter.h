@@ -66,7 +66,7 @@ struct BRYXWriterConfiguration {
     MXFPartitionStatus bodyStatus = MXFPartitionStatus::ClosedComplete;
     /// Of what finish() is given: in the footer partition, and in the header partition when that is rewritten.
     MXFPartitionStatus footerStatus = MXFPartitionStatus::ClosedComplete;
-    /// Of ST 377-1.
+    /// Of ST 377-1: in partition packs, and in the Preface whatever that says.
     std::uint16_t minorVersion = 3;
 
     // BER forms of lengths. What a form cannot hold gets a longer one.

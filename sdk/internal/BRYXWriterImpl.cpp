@@ -4,9 +4,12 @@
 #include <utility>
 #include <vector>
 
+#include "klv/ValueCoding.h"
 #include "mxf/essence/MXFGCEssenceCoder.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
+#include "mxf/metadata/model/MXFPropertyLabel.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
+#include "mxf/metadata/structural/Preface.h"
 #include "mxf/structure/MXFStructureCoder.h"
 #include "sdk/internal/BRYXMetadataSurvey.h"
 #include "sdk/internal/BRYXRegion.h"
@@ -21,9 +24,32 @@ namespace {
 constexpr std::uint32_t maxKAGSize = std::uint32_t{1} << 20U;
 constexpr std::uint64_t maxHeaderSpace = std::uint64_t{1} << 32U;
 
-void sendMetadata(KLVHandler& handler, const BRYXHeaderMetadata& metadata, std::uint8_t form) {
-    MXFFormatMetadataCoder coder(handler);
-    coder.setBERLengthForm(form);
+constexpr std::uint16_t majorVersion = 1;
+
+/// Codes header metadata as that of the version that the file is written in, whatever file it came from.
+class HeaderMetadataCoder final : public MXFFormatMetadataCoder {
+public:
+    HeaderMetadataCoder(KLVHandler& next, std::uint16_t minorVersion)
+        : MXFFormatMetadataCoder(next), version_(static_cast<std::uint16_t>(majorVersion << 8U | minorVersion)) {}
+
+    void primedSet(MXFPrimedSet& set) override {
+        if (set.key == Preface::classKey) {
+            const auto version = set.properties.find(MXFPropertyLabel(0x3B05).label());
+            if (version != set.properties.end()) {
+                version->second = klvutil::writeValue(version_);
+            }
+        }
+        MXFFormatMetadataCoder::primedSet(set);
+    }
+
+private:
+    std::uint16_t version_;
+};
+
+void sendMetadata(KLVHandler& handler, const BRYXHeaderMetadata& metadata,
+                  const BRYXWriterConfiguration& configuration) {
+    HeaderMetadataCoder coder(handler, configuration.minorVersion);
+    coder.setBERLengthForm(configuration.metadataLengthForm);
     metadata.send(coder);
 }
 
@@ -111,7 +137,7 @@ void BRYXWriterImpl::requireBetweenPackages() const {
 
 void BRYXWriterImpl::requireCodable(const BRYXHeaderMetadata& metadata) const {
     require(metadata.send != nullptr, "header metadata is present");
-    sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_.metadataLengthForm); });
+    sizeOf([&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_); });
 }
 
 /// The weaker of the caller's word and what can be seen of @p metadata and of the essence that has been written.
@@ -145,8 +171,7 @@ void BRYXWriterImpl::startPartition(MXFPartitionKind kind, MXFPartitionStatus st
         pack.essenceContainers = metadata->essenceContainers;
     }
     MXFWriter& writer = chain_->writer;
-    const std::uint8_t form = configuration_.metadataLengthForm;
-    const auto sendSets = [&](KLVHandler& handler) { sendMetadata(handler, *metadata, form); };
+    const auto sendSets = [&](KLVHandler& handler) { sendMetadata(handler, *metadata, configuration_); };
     prepareRegion(writer.headerMetadataReceiver(), metadata == nullptr ? 0 : sizeOf(sendSets),
                   kind == MXFPartitionKind::Header ? configuration_.headerSpace : 0, pack.kagSize);
     prepareRegion(writer.indexReceiver(), index.octets, 0, pack.kagSize);
@@ -182,7 +207,7 @@ void BRYXWriterImpl::start(const BRYXHeaderMetadata& metadata) {
     if (configuration_.essenceLengthForm != klvutil::automaticBERLengthForm) {
         muxer_->essenceReceiver().setFixedLengthForm(configuration_.essenceLengthForm);
     }
-    headerPack_.majorVersion = 1;
+    headerPack_.majorVersion = majorVersion;
     headerPack_.minorVersion = configuration_.minorVersion;
     headerPack_.kagSize = configuration_.kagSize;
     headerPack_.operationalPattern = metadata.operationalPattern;
@@ -395,9 +420,7 @@ void BRYXWriterImpl::tellFooter(std::uint64_t footer) {
 /// Writes the header partition again, if @p metadata fits in it.
 bool BRYXWriterImpl::rewriteHeader(const BRYXHeaderMetadata& metadata, MXFPartitionStatus status,
                                    std::uint64_t footer) {
-    const auto sendSets = [&](KLVHandler& handler) {
-        sendMetadata(handler, metadata, configuration_.metadataLengthForm);
-    };
+    const auto sendSets = [&](KLVHandler& handler) { sendMetadata(handler, metadata, configuration_); };
     const std::uint64_t space = headerPack_.headerByteCount;
     const std::uint64_t size = sizeOf(sendSets);
     if (!fitsRegion(size, space) || metadata.essenceContainers.size() != headerPack_.essenceContainers.size()) {

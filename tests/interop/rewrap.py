@@ -39,6 +39,8 @@ def described(inspect, path):
     for region in regions:
         for entry in region["sets"]:
             del entry["offset"]
+            if entry["set"] == "Preface":  # has the version of its file
+                entry["properties"] = [row for row in entry["properties"] if row["name"] != "version"]
     return {
         "metadata": regions[-1]["sets"] if regions else None,
         "essence": sorted(report["essence"], key=lambda row: row["key"]),

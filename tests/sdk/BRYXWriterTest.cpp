@@ -164,6 +164,7 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
 TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
     // Room for what header metadata may become; what does not fit leaves the header partition as it was.
     const auto preface = builtModel();
+    preface->setVersion(0x0103); // which is what is written
     for (const std::uint64_t space : {0U, 1000U}) {
         const auto file = startedWith("run-in");
         const auto writer = createBRYXWriter(file);
