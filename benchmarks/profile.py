@@ -12,8 +12,8 @@ of 50 Mbit/s is scanned by its random index; that fails if it takes a second, or
 what a stream's buffer takes in with them.
 
 Before that, files that nobody would write are read, with 2,000 and with 20,000 of something in one place: index tables, elements
-of one content package with keys of their own, and sets, in as many chains of 25 and of 250 levels, that come in any order. It
-fails if ten times as many take more than 13 times the instructions.
+of one content package with keys of their own, sets, in as many chains of 25 and of 250 levels, that come in any order, and
+elements that many packages claim. It fails if ten times as many take more than 13 times the instructions.
 """
 
 import argparse
@@ -145,12 +145,35 @@ def nested_sets(path, count):
     write_file(path, header=sets(count, count // CHAINS))
 
 
+def containers(path, count):
+    """Elements of one essence container, which as many packages claim as a batch can list."""
+    packages = min(count // 5, 4000)
+
+    def umid(number):
+        return bytes.fromhex("060a2b340101010501010f20130000000000000000000000") + number.to_bytes(8, "big")
+
+    def batch(first):
+        return struct.pack(">II", packages, 16) + b"".join(map(uid, range(first, first + packages)))
+
+    header = [local_set("060e2b34025301010d01010101012f00", (0x3C0A, uid(0)), (0x3B03, uid(1)), (0x3B09, OP1A)),
+              local_set("060e2b34025301010d01010101011800", (0x3C0A, uid(1)), (0x1901, batch(2)),
+                        (0x1902, batch(2 + packages)))]
+    for number in range(2, 2 + packages):
+        header.append(local_set("060e2b34025301010d01010101013700", (0x3C0A, uid(number)), (0x4401, umid(number))))
+        header.append(local_set("060e2b34025301010d01010101012300", (0x3C0A, uid(number + packages)),
+                                (0x2701, umid(number)), (0x3F07, struct.pack(">I", 1))))
+    keys = [random.choice(b"\x15\x16\x17").to_bytes(1, "big") + random.randbytes(3) for _ in range(count)]
+    primer = klv("060e2b34020501010d01020101050100", struct.pack(">II", 0, 18))
+    write_file(path, header=primer + b"".join(header),
+               body=b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys))
+
+
 def grow(work, rewrap, folder):
     """What takes far more than ten times the work for ten times as much."""
     random.seed(1)
     counted = [2000, 20000]
     made = [(index_tables, [(work, "index"), (work, "validate")]), (elements, [(work, "validate"), (rewrap,)]),
-            (nested_sets, [(work, "metadata"), (work, "validate")])]
+            (nested_sets, [(work, "metadata"), (work, "validate")]), (containers, [(work, "validate")])]
     failures = []
     print(f"{'instructions for each of':>26}")
     print(f"{counted[0]:12}  {counted[1]:12}  {'times':>11}  work")
