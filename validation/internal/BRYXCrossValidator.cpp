@@ -187,9 +187,7 @@ void BRYXCrossValidator::checkSIDs() const {
 }
 
 bool BRYXCrossValidator::isSparse(std::uint32_t indexSID) const {
-    return metadata_ &&
-           std::any_of(metadata_->containers.begin(), metadata_->containers.end(),
-                       [&](const auto& container) { return container.indexSID == indexSID && container.isSparse; });
+    return metadata_ && metadata_->sparse.count(indexSID) != 0;
 }
 
 void BRYXCrossValidator::checkIndexTables(const BRYXIndexSummaries& tables) const {
@@ -280,9 +278,10 @@ void BRYXCrossValidator::checkPackages(const Essence& essence, const BRYXMetadat
 
 void BRYXCrossValidator::checkEssence() const {
     static const Essence none;
+    std::set<std::uint32_t> checked; // essence belongs to one container; further ones have been reported
     for (const auto& container : metadata_->containers) {
         const auto essence = essence_.find(container.bodySID);
-        if (container.hasPackage && bodies_.count(container.bodySID) != 0) {
+        if (container.hasPackage && bodies_.count(container.bodySID) != 0 && checked.insert(container.bodySID).second) {
             checkElements(essence == essence_.end() ? none : essence->second, container);
             checkPackages(essence == essence_.end() ? none : essence->second, container);
         }

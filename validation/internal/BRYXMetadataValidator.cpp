@@ -109,6 +109,11 @@ void BRYXMetadataValidator::checkModel(const Preface& preface) {
         const BRYXPackageChecker packages(*this, *storage, cross_.isComplete());
         packages.check();
         summary.containers = packages.containers();
+        for (const auto& container : summary.containers) {
+            if (container.isSparse) {
+                summary.sparse.insert(container.indexSID);
+            }
+        }
         const BRYXDescriptorChecker descriptors(*this, preface);
         for (std::size_t i = 0; i < storage->getPackageCount(); ++i) {
             if (const auto package = std::dynamic_pointer_cast<const SourcePackage>(storage->getPackageAt(i))) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,7 @@ struct BRYXMetadataSummary {
     std::vector<KLVKey> essenceContainers;
     boost::optional<bool> ripPresent;
     std::vector<Container> containers;
+    std::set<std::uint32_t> sparse; ///< the index SIDs of those whose index tables may lack parts
 };
 
 /// An index table, as far as it matters to the rest of the file.
