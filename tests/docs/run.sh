@@ -77,8 +77,9 @@ export -f check
 export root library inspect
 
 ls README1.cpp >/dev/null # there is at least the program that users paste first
+# shellcheck disable=SC2016 # what bash is given expands its own argument
 printf '%s\0' *.cpp | xargs -0 -n 1 basename -z -s .cpp |
-    xargs -0 -n 1 -P "$(nproc)" bash -euo pipefail -c 'check "$1"' check
+    xargs -0 -n 1 -P "${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}" bash -euo pipefail -c 'check "$1"' check
 
 # The guide lists the checks that there are.
 diff --label validation.md --label 'inspect --checks' -u \
