@@ -50,7 +50,10 @@ void Survey::read(std::istream& file) {
             packages += container.second.packages;
         }
         errors_.readingEnded(error, describeEnd(error, file, element_, static_cast<std::uint64_t>(packages)));
-        errors_.remark("what is whole up to there is copied");
+        errors_.remark("what is whole up to there is copied" +
+                       (cutClip
+                            ? ", and of the clip the " + std::to_string(cutClip->octets) + " octets of whole edit units"
+                            : std::string()));
     }
 }
 
@@ -226,8 +229,8 @@ void Survey::lookAtCutClip(std::istream& file, std::uint32_t bodySID, const Cont
     CutClip clip{bodySID, container.element, start, 0, {}};
     const auto table = tables.find(bodySID);
     if (table == tables.end()) {
-        const std::uint64_t sample = octetsOfSample();
-        clip.octets = sample == 0 ? 0 : octets / sample * sample;
+        const std::uint64_t editUnit = octetsOfEditUnit();
+        clip.octets = editUnit == 0 ? 0 : octets / editUnit * editUnit;
     } else {
         MXFIndexCalculator calculator;
         calculator.setSegments(index, {table->second.indexSID, bodySID});
@@ -251,23 +254,37 @@ void Survey::lookAtCutClip(std::istream& file, std::uint32_t bodySID, const Cont
     }
 }
 
-/// The octets of a sample of all channels, if the header metadata describes sound alone, wrapped as a clip (ST 382).
-std::uint32_t Survey::octetsOfSample() const {
+/// The octets of an edit unit, if the header metadata describes sound alone, in a clip (ST 382); those of a sample of all
+/// channels if edit units differ in size. 0 for anything else.
+std::uint64_t Survey::octetsOfEditUnit() const {
     const auto storage = contentStorage();
-    std::uint32_t octets = 0;
+    std::shared_ptr<const WaveAudioDescriptor> sound;
     std::size_t descriptors = 0;
     for (std::size_t i = 0; storage != nullptr && i < storage->getPackageCount(); ++i) {
         const auto package = std::dynamic_pointer_cast<const SourcePackage>(storage->getPackageAt(i));
-        if (package == nullptr || package->getDescriptor() == nullptr) {
-            continue;
+        if (package != nullptr && package->getDescriptor() != nullptr) {
+            sound = std::dynamic_pointer_cast<const WaveAudioDescriptor>(package->getDescriptor());
+            ++descriptors;
         }
-        const auto sound = std::dynamic_pointer_cast<const WaveAudioDescriptor>(package->getDescriptor());
-        if (sound != nullptr) {
-            const KLVKey container = sound->getEssenceContainer();
-            const bool isClip = container[13] == 6 && (container[14] == 2 || container[14] == 4);
-            octets = isClip ? sound->getBlockAlign() : 0;
-        }
-        ++descriptors;
     }
-    return descriptors == 1 ? octets : 0;
+    if (descriptors != 1 || sound == nullptr) {
+        return 0;
+    }
+    const Rational editUnits = sound->getSampleRate();
+    const Rational samples = sound->getAudioSamplingRate();
+    std::uint64_t samplesOfEditUnit = 1;
+    if (isRate(editUnits) && isRate(samples)) {
+        const auto product = [](std::int32_t a, std::int32_t b) {
+            return static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b);
+        };
+        const std::uint64_t dividend = product(samples.numerator, editUnits.denominator);
+        const std::uint64_t divisor = product(samples.denominator, editUnits.numerator);
+        samplesOfEditUnit = dividend % divisor == 0 ? dividend / divisor : 1;
+        if (dividend == divisor) {
+            return sound->getBlockAlign(); // samples alone are no content packages, whatever the label says
+        }
+    }
+    const KLVKey container = sound->getEssenceContainer();
+    const bool isClip = container[13] == 6 && (container[14] == 2 || container[14] == 4);
+    return isClip ? sound->getBlockAlign() * samplesOfEditUnit : 0;
 }

@@ -94,7 +94,7 @@ private:
     std::set<std::uint32_t> tracksOf(std::uint32_t bodySID) const;
     void lookAtLastPackage(std::istream& file);
     void lookAtCutClip(std::istream& file, std::uint32_t bodySID, const Container& container);
-    std::uint32_t octetsOfSample() const;
+    std::uint64_t octetsOfEditUnit() const;
 
     ErrorPrinter& errors_;
     bool keepsLayout_;
