@@ -71,14 +71,15 @@ void Survey::startPartition(const KLVKey& key, const MXFPartitionPack& started, 
 
 void Survey::startContentPackage() {
     lastBody_ = pack.bodySID;
-    Container& container = containers_[pack.bodySID];
+    now_ = &containers_[pack.bodySID];
+    Container& container = *now_;
     container.elementsBefore = container.ended;
     container.started = container.ended = 0;
     container.isInPackage = true;
 }
 
 void Survey::endContentPackage() {
-    Container& container = containers_[pack.bodySID];
+    Container& container = *now_;
     container.isInPackage = false;
     container.isLastWhole = isWhole(pack.bodySID, container);
     ++container.packages;
@@ -89,7 +90,7 @@ void Survey::endContentPackage() {
 }
 
 void Survey::startElement(const KLVKey& key) {
-    Container& container = containers_[pack.bodySID];
+    Container& container = *now_;
     ++container.started;
     container.element = key;
     container.elementPosition = errors_.position();
@@ -97,7 +98,7 @@ void Survey::startElement(const KLVKey& key) {
 }
 
 void Survey::endElement(const KLVKey& key) {
-    Container& container = containers_[pack.bodySID];
+    Container& container = *now_;
     ++container.ended;
     if (container.packages == 0) {
         container.trackNumbers.insert(util::loadBigEndian<std::uint32_t>(&key.octets[12]));
@@ -107,7 +108,7 @@ void Survey::endElement(const KLVKey& key) {
 
 bool Survey::startElement(const KLVKey& /*key*/, std::uint64_t length, std::uint8_t*& /*buffer*/,
                           std::uint64_t& /*size*/) {
-    containers_[pack.bodySID].elementLength = length;
+    now_->elementLength = length;
     return false;
 }
 

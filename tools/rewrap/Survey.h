@@ -100,6 +100,7 @@ private:
     bool keepsLayout_;
     MXFPartitionKind lastKind_ = MXFPartitionKind::Header;
     std::map<std::uint32_t, Container> containers_; ///< by body SID
+    Container* now_ = nullptr;                      ///< that of the content package which came last
     std::set<std::uint32_t> bodySIDs_{0};
     std::optional<std::uint32_t> lastBody_; ///< body SID of the essence that came last
     std::optional<KLVKey> element_;         ///< that is read
