@@ -10,6 +10,7 @@
 #include "klv/KLVMonitor.h"
 #include "klv/KLVStreamPadder.h"
 #include "klv/VerifyingKLVHandler.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
@@ -233,8 +234,8 @@ TEST(KLVFiller, FillsToLengthOrGrid) {
     log.clear();
     long_.startFilledItem();
     long_.endFilledItem();
-    EXPECT_EQ(joined(log), "form 135 @0; item 01000000 10000 @0; value 4096 @0; value 4096 @0; value 1808 @0; "
-                           "/item 01000000 @0; form 132 @10024");
+    EXPECT_LOG(log, "form 135 @0; item 01000000 10000 @0; value 4096 @0; value 4096 @0; value 1808 @0; "
+                    "/item 01000000 @0; form 132 @10024");
 }
 
 TEST(KLVFiller, PadsRegions) {

@@ -7,6 +7,7 @@
 #include "mxf/metadata/model/MXFLabelNames.h"
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "mxf/structure/MXFStaticTags.h"
+#include "support/ExpectLog.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
 
@@ -67,18 +68,18 @@ TEST(MXFPrimer, ChecksItsEntries) {
     otherVersion[7] = 9;
     const MXFPrimer first = readPrimer({{0x3B02, otherVersion}, {0x8000, privateLabel}}, log, nullptr, 20);
     EXPECT_EQ(first, (MXFPrimer{{0x3B02, otherVersion}, {0x8000, privateLabel}}));
-    EXPECT_EQ(log, Log{});
+    EXPECT_LOG(log, Log{});
     readPrimer({{0x3B02, privateLabel}, {0x8001, lastModifiedDate}, {0x8000, keys::item}}, log, &first);
     const std::string label = " - 0x3b02 " + toString(privateLabel);
-    EXPECT_EQ(log, (Log{"error non-standard primer key" + label, "error inconsistent primer key" + label,
-                        "warning inconsistent primer tag" + label,
-                        "warning non-standard primer tag - 0x8001 " + toString(lastModifiedDate),
-                        "warning inconsistent primer tag - 0x8001 " + toString(lastModifiedDate),
-                        "warning inconsistent primer key - 0x8000 " + toString(keys::item)}));
+    EXPECT_LOG(log, (Log{"error non-standard primer key" + label, "error inconsistent primer key" + label,
+                         "warning inconsistent primer tag" + label,
+                         "warning non-standard primer tag - 0x8001 " + toString(lastModifiedDate),
+                         "warning inconsistent primer tag - 0x8001 " + toString(lastModifiedDate),
+                         "warning inconsistent primer key - 0x8000 " + toString(keys::item)}));
     log.clear();
     EXPECT_EQ(readPrimer({{0x8000, keys::item}, {0x8000, privateLabel}, {0, keys::item}}, log).at(0x8000), keys::item);
-    EXPECT_EQ(joined(log), "error repeated primer tag - 0x8000 " + toString(privateLabel) +
-                               "; error invalid primer value - 0x0000 " + toString(keys::item));
+    EXPECT_LOG(log, "error repeated primer tag - 0x8000 " + toString(privateLabel) +
+                        "; error invalid primer value - 0x0000 " + toString(keys::item));
     log.clear();
     readPrimer({{0x8000, keys::item}}, log, nullptr, 17);
     const std::string claim =
@@ -86,12 +87,12 @@ TEST(MXFPrimer, ChecksItsEntries) {
     FindingRecorder errors(log);
     const auto* octets = reinterpret_cast<const std::uint8_t*>(claim.data());
     EXPECT_EQ(mxfutil::readPrimerPack(octets, claim.size(), nullptr, &errors).size(), 1U);
-    EXPECT_EQ(joined(log), "error invalid primer pack - unexpected size of a batch element; "
-                           "error invalid primer pack - too few octets");
+    EXPECT_LOG(log, "error invalid primer pack - unexpected size of a batch element; "
+                    "error invalid primer pack - too few octets");
     const auto written = mxfutil::writePrimerPack(first);
     log.clear();
     EXPECT_EQ(mxfutil::readPrimerPack(written.data(), written.size(), &first, &errors), first);
-    EXPECT_EQ(log, Log{});
+    EXPECT_LOG(log, Log{});
 }
 
 /// A property can have a static tag in one set, and none in another: the MIME type does in ST 377-1's descriptors of
@@ -145,10 +146,10 @@ TEST(MXFPrimedSetParser, DecodesTheSetsItWants) {
     reader.setErrorHandler(&errors);
     reader.setHandler(&parser);
     reader.parse(stream, 0);
-    EXPECT_EQ(joined(log),
-              "error unexpected repeated property - 0x8000 @0; unknown 0x3b02; unknown 0x7f00; set 0 41; 02040000=d; "
-              "00000001=ab; warning non-standard local item length type - " +
-                  toString(keys::make(2, 0x13)) + " @82; set 82 100026; 00000005=LLLLLLLLL");
+    EXPECT_LOG(log,
+               "error unexpected repeated property - 0x8000 @0; unknown 0x3b02; unknown 0x7f00; set 0 41; 02040000=d; "
+               "00000001=ab; warning non-standard local item length type - " +
+                   toString(keys::make(2, 0x13)) + " @82; set 82 100026; 00000005=LLLLLLLLL");
     EXPECT_EQ(forwarded.at(2), "localSet 00000001 21 1 1 @41");
     EXPECT_EQ(forwarded.at(forwarded.size() - 3), "localSet 00000000 0 0 1 @100108");
 }

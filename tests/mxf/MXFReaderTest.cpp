@@ -9,6 +9,7 @@
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFPartialReader.h"
 #include "mxf/engines/MXFSplitter.h"
+#include "support/ExpectLog.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
 #include "support/Samples.h"
@@ -87,19 +88,19 @@ const std::string picture = klv(keys::picture, "PIC");
 TEST(MXFReader, RoutesEveryRegion) {
     const FileBuilder built = FileBuilder::whole();
     const Log log = read(built.file);
-    EXPECT_EQ(joined(log),
-              "startStructure; partition 2 0 149; H startStream 1 @149; H form 131 @149; "
-              "H fixedPack 01050100 8 @149; H value 8 @149; H /fixedPack 01050100 @149; "
-              "H localSet 00000000 6 1 1 @177; H localItem 15370 2 @177; H value 2 @177; H /localItem 15370 @177; "
-              "H /localSet 00000000 @177; H endStream 0 @177; /partition 2; partition 3 203 352; "
-              "B startStream 1 @352; B form 131 @352; B item 15010500 3 @352; B value 3 @352; "
-              "B /item 15010500 @352; B item 15010500 2 @375; B value 2 @375; B /item 15010500 @375; "
-              "B endStream 0 @397; /partition 3; partition 4 397 546; H startStream 1 @546; H form 131 @546; "
-              "H fixedPack 01050100 8 @546; H value 8 @546; H /fixedPack 01050100 @546; "
-              "H localSet 00000000 6 1 1 @574; H localItem 15370 2 @574; H value 2 @574; H /localItem 15370 @574; "
-              "H /localSet 00000000 @574; H endStream 0 @574; I startStream 1 @600; I form 131 @600; "
-              "I localSet 00000000 8 1 1 @600; I localItem 16133 4 @600; I value 4 @600; I /localItem 16133 @600; "
-              "I /localSet 00000000 @600; I endStream 0 @600; /partition 4; randomIndex 3; endStructure");
+    EXPECT_LOG(log,
+               "startStructure; partition 2 0 149; H startStream 1 @149; H form 131 @149; "
+               "H fixedPack 01050100 8 @149; H value 8 @149; H /fixedPack 01050100 @149; "
+               "H localSet 00000000 6 1 1 @177; H localItem 15370 2 @177; H value 2 @177; H /localItem 15370 @177; "
+               "H /localSet 00000000 @177; H endStream 0 @177; /partition 2; partition 3 203 352; "
+               "B startStream 1 @352; B form 131 @352; B item 15010500 3 @352; B value 3 @352; "
+               "B /item 15010500 @352; B item 15010500 2 @375; B value 2 @375; B /item 15010500 @375; "
+               "B endStream 0 @397; /partition 3; partition 4 397 546; H startStream 1 @546; H form 131 @546; "
+               "H fixedPack 01050100 8 @546; H value 8 @546; H /fixedPack 01050100 @546; "
+               "H localSet 00000000 6 1 1 @574; H localItem 15370 2 @574; H value 2 @574; H /localItem 15370 @574; "
+               "H /localSet 00000000 @574; H endStream 0 @574; I startStream 1 @600; I form 131 @600; "
+               "I localSet 00000000 8 1 1 @600; I localItem 16133 4 @600; I value 4 @600; I /localItem 16133 @600; "
+               "I /localSet 00000000 @600; I endStream 0 @600; /partition 4; randomIndex 3; endStructure");
 }
 
 TEST(MXFReader, RunInsOnEveryKindOfStream) {
@@ -117,13 +118,13 @@ TEST(MXFReader, RunInsOnEveryKindOfStream) {
         for (const std::size_t atATime : {std::size_t{1}, std::size_t{4096}}) {
             PipeStream pipe(data, atATime);
             const Reading piped(pipe);
-            EXPECT_EQ(piped.log, whole.log);
+            EXPECT_LOG(piped.log, whole.log);
             EXPECT_EQ(piped.values, whole.values);
             EXPECT_TRUE(pipe.eof());
         }
     }
-    EXPECT_EQ(read(std::string(65536, 'x') + built.file),
-              (Log{"fatal invalid run-in @65536", "parse_error invalid run-in @65536"}));
+    EXPECT_LOG(read(std::string(65536, 'x') + built.file),
+               (Log{"fatal invalid run-in @65536", "parse_error invalid run-in @65536"}));
 }
 
 TEST(MXFReader, APipeShowsThatItHasEnded) {
@@ -149,11 +150,11 @@ TEST(MXFReader, OddStreams) {
         const Log expected = Reading(pipe).log;
         for (const bool throws : {false, true}) {
             TellingStream telling(data, throws);
-            EXPECT_EQ(Reading(telling).log, expected);
+            EXPECT_LOG(Reading(telling).log, expected);
         }
         std::istringstream masked(data);
         masked.exceptions(std::ios::failbit | std::ios::badbit | std::ios::eofbit);
-        EXPECT_EQ(Reading(masked).log, expected);
+        EXPECT_LOG(Reading(masked).log, expected);
         EXPECT_EQ(masked.exceptions(), std::ios::failbit | std::ios::badbit | std::ios::eofbit);
     }
 }
@@ -166,7 +167,7 @@ TEST(MXFReader, FileInsideAStream) {
     EXPECT_EQ(reading.log.at(0), "runIn 1");
     EXPECT_EQ(reading.log.at(3), "partition 2 0 150");    // the header start counts from the file's first octet
     EXPECT_EQ(reading.log.at(4), "H startStream 1 @160"); // positions are those of the stream
-    EXPECT_EQ(Reading(stream).log, Log{});                // at its end already
+    EXPECT_LOG(Reading(stream).log, Log{});               // at its end already
 }
 
 TEST(MXFSplitter, FillAfterAPack) {
@@ -179,9 +180,9 @@ TEST(MXFSplitter, FillAfterAPack) {
     two.fillAfterPack = fill + fill + fill;
     two.pack.footerPartition = 1;
     const std::string data = two.partition(Kind::Header, {}, {}, picture).file;
-    EXPECT_EQ(found(data),
-              (Log{"warning adjacent fill items should be concatenated @147",
-                   "warning adjacent fill items should be concatenated @170", "error missing footer partition @216"}));
+    EXPECT_LOG(found(data),
+               (Log{"warning adjacent fill items should be concatenated @147",
+                    "warning adjacent fill items should be concatenated @170", "error missing footer partition @216"}));
     EXPECT_EQ(read(data).at(3), "partition 2 0 193");
     EXPECT_EQ(read(data).at(4), "B startStream 1 @193"); // no header metadata, no index: straight to the body
 }
@@ -203,14 +204,14 @@ TEST(MXFSplitter, RegionsThatDoNotFit) {
     const std::string headerCount = "incorrect headerByteCount";
     const std::string indexCount = "incorrect indexByteCount";
     // A count that ends inside a triplet.
-    EXPECT_EQ(found(file(19, 0, set)), (Log{"error " + headerCount + key, "parse_error " + headerCount + key}));
-    EXPECT_EQ(found(file(0, 22, picture)),
-              (Log{"error " + indexCount + pictureKey, "parse_error " + indexCount + pictureKey}));
+    EXPECT_LOG(found(file(19, 0, set)), (Log{"error " + headerCount + key, "parse_error " + headerCount + key}));
+    EXPECT_LOG(found(file(0, 22, picture)),
+               (Log{"error " + indexCount + pictureKey, "parse_error " + indexCount + pictureKey}));
     // A stream that ends before the region does. Without an error handler somebody must still hear of it.
     EXPECT_EQ(found(file(21, 0, set)).at(0), "error " + headerCount + " @144");
     EXPECT_EQ(found(file(20, 1, set)).at(0), "error " + indexCount + " @144");
     EXPECT_EQ(found(file(21, 0, "")).at(0), "error " + headerCount + " @124");
-    EXPECT_EQ(found(file(21, 0, set), false), Log{"parse_error " + headerCount + " @144"});
+    EXPECT_LOG(found(file(21, 0, set), false), Log{"parse_error " + headerCount + " @144"});
     // A pack inside the region ends it, and reading goes on.
     FileBuilder footer;
     const std::string next = footer.partition(Kind::Footer, set).file;
@@ -279,14 +280,14 @@ TEST(MXFSplitter, RandomIndexPacks) {
     const std::string key = octets::key(mxfutil::randomIndexPackKey);
     const auto after = [&](const std::string& pack) { return found(b.file + pack); };
     const std::string value = octets::of(mxfutil::writeRandomIndex(b.randomIndex, 0x83));
-    EXPECT_EQ(after(klv(mxfutil::randomIndexPackKey, value)), Log{});
-    EXPECT_EQ(after(klv(mxfutil::randomIndexPackKey, value, 0x84)),
-              Log{"warning incorrect random index pack length @144"});
+    EXPECT_LOG(after(klv(mxfutil::randomIndexPackKey, value)), Log{});
+    EXPECT_LOG(after(klv(mxfutil::randomIndexPackKey, value, 0x84)),
+               Log{"warning incorrect random index pack length @144"});
     EXPECT_EQ(after(klv(mxfutil::randomIndexPackKey, value + "x")).at(0),
               "warning incorrect random index pack length @144");
     b.randomIndex[0].bodySID = 9;
-    EXPECT_EQ(after(klv(mxfutil::randomIndexPackKey, octets::of(mxfutil::writeRandomIndex(b.randomIndex, 0x83)))),
-              Log{"warning incorrect random index value @144"});
+    EXPECT_LOG(after(klv(mxfutil::randomIndexPackKey, octets::of(mxfutil::writeRandomIndex(b.randomIndex, 0x83)))),
+               Log{"warning incorrect random index value @144"});
     const Log tooLong = after(key + octets::length(1U << 25U, 0x84) + std::string(1U << 25U, '\0'));
     EXPECT_EQ(tooLong.at(0).substr(0, 31), "error invalid random index pack");
     EXPECT_EQ(after(key + octets::length(1U << 25U, 0x84) + "cut").at(0).substr(0, 31),
@@ -325,9 +326,9 @@ TEST(MXFSplitter, StopsAndTakesTheNextStream) {
     splitter.runIn(6);
     EXPECT_THROW(MXFSplitter(&structure, &dull, &dull, nullptr, true), util::assertion_failure);
     reader.parse(first, 6, stop);
-    EXPECT_EQ(joined(log), "runIn 6; startStructure; error generalized operational pattern with run-in @6; "
-                           "partition 2 0 130; B startStream 1 @130; B form 131 @130; B item 15010500 1 @130; "
-                           "B value 1 @130; B /item 15010500 @130; B endStream 1 @151; /partition 2; endStructure");
+    EXPECT_LOG(log, "runIn 6; startStructure; error generalized operational pattern with run-in @6; "
+                    "partition 2 0 130; B startStream 1 @130; B form 131 @130; B item 15010500 1 @130; "
+                    "B value 1 @130; B /item 15010500 @130; B endStream 1 @151; /partition 2; endStructure");
     EXPECT_EQ(body.locator->streampos(), 151);
     log.clear();
     std::istringstream second(b.file + b.file);
@@ -382,7 +383,7 @@ TEST(MXFPartialReader, TellsWhatIsWrongWithThePartition) {
     EXPECT_THROW(reader.readPartition(0), klvutil::parse_error);
     reader.setErrorHandler(&errors);
     EXPECT_TRUE(reader.readPartition(0));
-    EXPECT_EQ(joined(log), "error incorrect headerByteCount @144");
+    EXPECT_LOG(log, "error incorrect headerByteCount @144");
     log.clear();
     EXPECT_THROW(reader.readPartition(124), klvutil::parse_error);
     EXPECT_EQ(log.at(0).substr(0, 26), "error unexpected local set");
@@ -410,15 +411,15 @@ TEST(MXFPartialReader, ReadsPartitionsAndRandomIndex) {
     reader.setHeaderMetadataHandler(&header);
     EXPECT_EQ(reader.skipRunIn(), 6U);
     EXPECT_TRUE(reader.readPartition(6 + 203));
-    EXPECT_EQ(log, (Log{"runIn 6", "startStructure", "partition 3 203 358", "/partition 3", "endStructure"}));
+    EXPECT_LOG(log, (Log{"runIn 6", "startStructure", "partition 3 203 358", "/partition 3", "endStructure"}));
     log.clear();
     EXPECT_TRUE(reader.readPartition(6));
-    EXPECT_EQ(log, (Log{"startStructure", "partition 2 0 155", "H startStream 1 @155", "H form 131 @155",
-                        "H fixedPack 01050100 8 @155", "H /fixedPack 01050100 @155", "H localSet 00000000 6 1 1 @183",
-                        "H /localSet 00000000 @183", "H endStream 0 @183", "/partition 2", "endStructure"}));
+    EXPECT_LOG(log, (Log{"startStructure", "partition 2 0 155", "H startStream 1 @155", "H form 131 @155",
+                         "H fixedPack 01050100 8 @155", "H /fixedPack 01050100 @155", "H localSet 00000000 6 1 1 @183",
+                         "H /localSet 00000000 @183", "H endStream 0 @183", "/partition 2", "endStructure"}));
     log.clear();
     EXPECT_TRUE(reader.readRandomIndexPack());
-    EXPECT_EQ(log, (Log{"startStructure", "randomIndex 3", "endStructure"}));
+    EXPECT_LOG(log, (Log{"startStructure", "randomIndex 3", "endStructure"}));
     EXPECT_THROW(reader.readPartition(7), klvutil::parse_error);
     EXPECT_THROW(reader.readPartition(~0ULL), klvutil::parse_error);
     EXPECT_FALSE(reader.readPartition(stream.str().size()));
@@ -498,7 +499,7 @@ TEST_P(Samples, GiveTheSameEventsThroughEveryKindOfStream) {
     for (const std::size_t atATime : {std::size_t{1}, std::size_t{65536}}) {
         PipeStream pipe(data, atATime);
         const Reading piped(pipe);
-        EXPECT_EQ(piped.log, whole.log);
+        EXPECT_LOG(piped.log, whole.log);
         EXPECT_EQ(piped.values, whole.values);
     }
 }

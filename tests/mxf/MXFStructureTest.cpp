@@ -10,6 +10,7 @@
 #include "mxf/structure/MXFPartitionFilter.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 #include "mxf/structure/MXFStructureValidator.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
@@ -308,7 +309,7 @@ TEST(MXFRunInSkipper, FindsTheKeyWithinTheLimit) {
             PipeStream pipe(runIn + key, 1000);
             std::istream& stream = seekable ? static_cast<std::istream&>(file) : pipe;
             EXPECT_EQ(skipper.skip(stream), runIn.size());
-            EXPECT_EQ(log, runIn.empty() ? Log{} : Log{"runIn " + std::to_string(runIn.size())});
+            EXPECT_LOG(log, runIn.empty() ? Log{} : Log{"runIn " + std::to_string(runIn.size())});
             EXPECT_EQ(errors.open, 0);
             std::string rest(key.size() - skipper.prefix().size(), ' ');
             stream.read(rest.data(), static_cast<std::streamsize>(rest.size()));
@@ -373,11 +374,11 @@ TEST(MXFPartitionFilter, TellsPartitionsAndPassesEveryEventOn) {
     told.clear();
     EXPECT_EQ(parse(plain, false, true), parse(filtered, true, true));
     EXPECT_EQ(plain, filtered);
-    EXPECT_EQ(told, (Log{"startStructure", "partition 2 0 149", "/partition 2", "partition 3 203 352", "/partition 3",
-                         "partition 4 397 546", "/partition 4", "randomIndex 3",
-                         "error invalid partition pack - " + toString(cutKey) + " @" +
-                             std::to_string(data.size() - cut.size()),
-                         "endStructure"}));
+    EXPECT_LOG(told, (Log{"startStructure", "partition 2 0 149", "/partition 2", "partition 3 203 352", "/partition 3",
+                          "partition 4 397 546", "/partition 4", "randomIndex 3",
+                          "error invalid partition pack - " + toString(cutKey) + " @" +
+                              std::to_string(data.size() - cut.size()),
+                          "endStructure"}));
 }
 
 namespace {
@@ -429,7 +430,7 @@ TEST(MXFPartitionFilter, TakesAnotherFileAfterOneThatBreaksOff) {
         std::streamoff broken = 0;
         ASSERT_EQ(failure([&] { broken = filtered.parse(file); }), "none") << size;
         EXPECT_EQ(broken, -1);
-        ASSERT_EQ(filtered.log, whole) << size;
+        ASSERT_LOG(filtered.log, whole) << size;
     }
 }
 
@@ -438,7 +439,7 @@ TEST(MXFPartitionFilter, LetsAFileBeStopped) {
     filtered.recorder.onEvent = [&](const std::string& event) { filtered.stop |= event.rfind("localSet", 0) == 0; };
     filtered.parse(FileBuilder::whole().file);
     // What has not been read is not missing.
-    EXPECT_EQ(joined(filtered.log), "startStructure; partition 2 0 149; /partition 2; endStructure");
+    EXPECT_LOG(filtered.log, "startStructure; partition 2 0 149; /partition 2; endStructure");
 }
 
 TEST(MXFPartitionFilter, TellsAPositionAfterAFileThatBreaksOff) {

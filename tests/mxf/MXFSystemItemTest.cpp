@@ -10,6 +10,7 @@
 #include "mxf/essence/MXFPDProxySystemParser.h"
 #include "mxf/essence/MXFSDTICPSystemCoder.h"
 #include "mxf/essence/MXFSDTICPSystemParser.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"
@@ -151,21 +152,21 @@ TEST(SystemItems, CountTimecodesAndRates) {
 
 TEST(SystemItems, AreChecked) {
     const std::string control = "error unexpected SDTI-CP control data";
-    EXPECT_EQ(sdtiCP(pack() + set(2, 2, "aAbB") + set(3, 1, "cC") + set(4, 1, "dD") + set(5, 1, "eE") + pack(1) +
-                     set(6, 1, "fF") + pack()),
-              "pack 0; package 97=A 98=B; picture 99=C; sound 100=D; data 101=E; pack 0; control F; pack 0");
-    EXPECT_EQ(sdtiCP(set(3, 1, "aA") + set(4, 1, "bB") + pack()),
-              "error missing SDTI-CP system metadata; picture 97=A; sound 98=B; pack 0");
-    EXPECT_EQ(sdtiCP(pack() + set(2, 1, "aA") + set(2, 3, "bBcC") + set(4, 2, "") + pack() + set(2, 0, "")),
-              "pack 0; package 97=A; error unexpected extra SDTI-CP package metadata; "
-              "error incorrect SDTI-CP package metadata block count; package 98=B 99=C; "
-              "error incorrect SDTI-CP sound metadata block count; sound; pack 0; package");
-    EXPECT_EQ(sdtiCP(pack() + set(6, 1, "aA") + pack(1) + set(6, 2, "aAbB") + pack(1) + set(6, 0, "")),
-              "pack 0; " + control +
-                  "; control A; pack 0; error incorrect SDTI-CP control data block count; control A; "
-                  "pack 0; error incorrect SDTI-CP control data block count; control nothing");
-    EXPECT_EQ(sdtiCP(pack(1) + pack(1)), "pack 0; error missing SDTI-CP control data; pack 0; "
-                                         "error missing SDTI-CP control data");
+    EXPECT_LOG(sdtiCP(pack() + set(2, 2, "aAbB") + set(3, 1, "cC") + set(4, 1, "dD") + set(5, 1, "eE") + pack(1) +
+                      set(6, 1, "fF") + pack()),
+               "pack 0; package 97=A 98=B; picture 99=C; sound 100=D; data 101=E; pack 0; control F; pack 0");
+    EXPECT_LOG(sdtiCP(set(3, 1, "aA") + set(4, 1, "bB") + pack()),
+               "error missing SDTI-CP system metadata; picture 97=A; sound 98=B; pack 0");
+    EXPECT_LOG(sdtiCP(pack() + set(2, 1, "aA") + set(2, 3, "bBcC") + set(4, 2, "") + pack() + set(2, 0, "")),
+               "pack 0; package 97=A; error unexpected extra SDTI-CP package metadata; "
+               "error incorrect SDTI-CP package metadata block count; package 98=B 99=C; "
+               "error incorrect SDTI-CP sound metadata block count; sound; pack 0; package");
+    EXPECT_LOG(sdtiCP(pack() + set(6, 1, "aA") + pack(1) + set(6, 2, "aAbB") + pack(1) + set(6, 0, "")),
+               "pack 0; " + control +
+                   "; control A; pack 0; error incorrect SDTI-CP control data block count; control A; "
+                   "pack 0; error incorrect SDTI-CP control data block count; control nothing");
+    EXPECT_LOG(sdtiCP(pack(1) + pack(1)), "pack 0; error missing SDTI-CP control data; pack 0; "
+                                          "error missing SDTI-CP control data");
     // What is no element of the scheme is told of once, and goes no further.
     const std::string unknownKind = set(9, 1, "aA");
     const KLVKey otherScheme = mxfutil::pdProxySetKey;
@@ -174,9 +175,9 @@ TEST(SystemItems, AreChecked) {
         log += "; error invalid SDTI-CP system element - " + toString(key);
     }
     const std::string others = unknownKind + octets::klv(otherScheme, "");
-    EXPECT_EQ(sdtiCP(pack() + others + others), log);
+    EXPECT_LOG(sdtiCP(pack() + others + others), log);
     // Damage: sizes that a pack or an item cannot have.
-    EXPECT_EQ(sdtiCP(pack(0, "short") + set(2, 0, "")), "error invalid SDTI-CP system metadata size - 6; package");
+    EXPECT_LOG(sdtiCP(pack(0, "short") + set(2, 0, "")), "error invalid SDTI-CP system metadata size - 6; package");
     KLVKey key = mxfutil::sdtiCPElementKey(mxfutil::SDTICPElement::Package, 1);
     EXPECT_THROW(sdtiCP(pack() + octets::klv(key, octets::of({'a', 0xFF, 0xFF, 'A'}))), klvutil::parse_error);
 
@@ -187,7 +188,7 @@ TEST(SystemItems, AreChecked) {
     parser.setSystemHandler(&receiver);
     EXPECT_TRUE(parser.wantsSystemElement(key));
     parser.variableLengthPack(key, {{0, reinterpret_cast<const std::uint8_t*>("A"), 1}});
-    EXPECT_EQ(joined(receiver.log), "package 0=A");
+    EXPECT_LOG(receiver.log, "package 0=A");
     EXPECT_EQ(failure([&] { parser.fixedLengthPack(key, nullptr, 0); }), "valid SDTI-CP fixed length pack");
     EXPECT_EQ(failure([&] { parser.variableLengthPack(otherScheme, {}); }), "valid SDTI-CP variable length pack");
 }
@@ -210,8 +211,8 @@ TEST(SystemItems, AreCoded) {
     coder.soundMetadata({});
     coder.dataMetadata({{2, octets, 1}});
     coder.controlData(octets, 3);
-    EXPECT_EQ(joined(receiver.log), "pack 7; package 131=AB 136=; picture 1=A; sound; data 2=A; control ABC");
-    EXPECT_EQ(joined(log), "");
+    EXPECT_LOG(receiver.log, "pack 7; package 131=AB 136=; picture 1=A; sound; data 2=A; control ABC");
+    EXPECT_LOG(log, "");
     EXPECT_EQ(failure([&] { coder.soundMetadata({{256, octets, 1}}); }), "valid SDTI-CP tag");
     EXPECT_EQ(failure([&] { coder.soundMetadata({{1, octets, 65536}}); }), "property fits item length");
 }

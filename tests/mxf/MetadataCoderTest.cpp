@@ -6,6 +6,7 @@
 #include "mxf/metadata/factories/MXFSetFactory.h"
 #include "mxf/metadata/model/MXFOrderHint.h"
 #include "support/BuiltModel.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/Models.h"
 
@@ -192,7 +193,7 @@ TEST(MetadataCoder, TakesSetsOfApplications) {
     set->setReferenceDarkProperty(keys::item, owned);
     ModelReader reader(factory);
     const Model model = reader.readRegion(coded(set, factory));
-    EXPECT_EQ(joined(reader.log), "");
+    EXPECT_LOG(reader.log, "");
     ASSERT_EQ(model.size(), 1U);
     EXPECT_EQ(mxfutil::firstDifference(*set, *model.front()), "");
     EXPECT_EQ(model.front()->getReferenceDarkProperty(keys::item)->getInstanceUID(), owned->getInstanceUID());
@@ -220,6 +221,6 @@ TEST(MetadataCoder, TakesSetsOfApplications) {
     damaged.properties[keys::item] = {1};
     ModelReader again(factory);
     again.readSets({damaged});
-    EXPECT_EQ(joined(again.log),
-              "error invalid reference dark property (" + toString(keys::item) + ") value - too few octets");
+    EXPECT_LOG(again.log,
+               "error invalid reference dark property (" + toString(keys::item) + ") value - too few octets");
 }

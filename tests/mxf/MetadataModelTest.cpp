@@ -15,6 +15,7 @@
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "support/BuiltModel.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/Models.h"
 #include "support/Samples.h"
@@ -123,7 +124,7 @@ TEST(MetadataModel, BuiltInCodeReadsBackEqual) {
     EXPECT_EQ(coded(preface, factory), octets); // the same model, the same tags
     ModelReader reader(factory);
     const Model model = reader.readRegion(octets);
-    EXPECT_EQ(joined(reader.log), "");
+    EXPECT_LOG(reader.log, "");
     ASSERT_EQ(model.size(), 1U);
     EXPECT_EQ(mxfutil::firstDifference(*preface, *model.front()), "");
     const auto read = as<Preface>(model.front());
@@ -211,7 +212,7 @@ TEST(MetadataModel, LongTextsAreCodedWithBERLengths) {
     const std::string octets = coded(text, factory);
     ModelReader reader(factory);
     const Model model = reader.readRegion(octets);
-    EXPECT_EQ(joined(reader.log), "");
+    EXPECT_LOG(reader.log, "");
     ASSERT_EQ(model.size(), 1U);
     EXPECT_EQ(mxfutil::firstDifference(*text, *model.front()), "");
     EXPECT_EQ(reader.sets.back().key[5], 0x13);

@@ -10,6 +10,7 @@
 #include "mxf/engines/MXFReader.h"
 #include "mxf/index/MXFIndexParser.h"
 #include "sdk/BRYX.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/GoodClip.h"
 #include "support/Octets.h"
@@ -173,7 +174,7 @@ TEST(BRYXReader, ReadsFromWhereTheStreamStands) {
     reader->read(); // at the end by now
     EXPECT_TRUE(log.empty());
     everything->warning({}, "late");
-    EXPECT_EQ(log, Log{"warning late @" + std::to_string(clip.octets.size() + 3)});
+    EXPECT_LOG(log, Log{"warning late @" + std::to_string(clip.octets.size() + 3)});
     stream->seekg(3);
     log.clear();
     reader->read();

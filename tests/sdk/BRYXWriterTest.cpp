@@ -17,6 +17,7 @@
 #include "mxf/index/MXFIndexParser.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "support/BuiltModel.h"
+#include "support/ExpectLog.h"
 #include "support/Failure.h"
 #include "support/LeastMetadata.h"
 #include "support/Models.h"
@@ -134,7 +135,7 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
                 const std::string octets = file->str().substr(runIn.size());
                 std::istringstream written(octets);
                 Reading reading(written);
-                EXPECT_EQ(joined(reading.log), "") << what;
+                EXPECT_LOG(reading.log, "") << what;
                 EXPECT_EQ(reading.body.packages[1].size(), 15U) << what;
                 EXPECT_EQ(reading.body.packages[3].size(), 1U) << what;
                 reading.checkIndex(what);
@@ -154,7 +155,7 @@ TEST(BRYXWriter, WritesFilesInAllLayouts) {
                 EXPECT_EQ(octets[14], 4) << "closed and complete";
                 std::istringstream input(piped);
                 Reading ofPipe(input);
-                EXPECT_EQ(joined(ofPipe.log), "") << what;
+                EXPECT_LOG(ofPipe.log, "") << what;
                 EXPECT_TRUE(ofPipe.body.packages == reading.body.packages) << what;
             }
         }
@@ -189,7 +190,7 @@ TEST(BRYXWriter, PlacesHeaderMetadataAndIndex) {
         EXPECT_EQ(octets[6 + 14], space == 0 ? 1 : 4);
         std::istringstream input(octets.substr(6));
         Reading reading(input);
-        EXPECT_EQ(joined(reading.log), "");
+        EXPECT_LOG(reading.log, "");
         reading.checkIndex("");
         EXPECT_GE(reading.body.partitions.pack.previousPartition, space);
 
@@ -289,7 +290,7 @@ TEST(BRYXWriter, RefusesCallsOutOfOrder) {
     writer->finish(metadata());
     EXPECT_EQ(failed([&] { writer->finish(metadata()); }), "not finished");
     std::istringstream input(file->str());
-    EXPECT_EQ(joined(Reading(input).log), "");
+    EXPECT_LOG(Reading(input).log, "");
 
     const auto other = createBRYXWriter(std::make_shared<std::stringstream>());
     EXPECT_EQ(failed([&] { other->start({}); }), "header metadata is present");
@@ -479,7 +480,7 @@ TEST(BRYXWriter, WritesFilesBeyond4GiB) {
     std::ifstream input(path, std::ios::binary);
     std::filesystem::remove(path); // the open file stays
     Reading reading(input);
-    EXPECT_EQ(joined(reading.log), "");
+    EXPECT_LOG(reading.log, "");
     ASSERT_EQ(reading.body.packages[1].size(), 6U);
     EXPECT_EQ(reading.body.packages[1][5][0], 5 * (length + 24));
     EXPECT_GT(reading.body.partitions.pack.thisPartition, 6 * length);

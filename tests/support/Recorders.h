@@ -15,13 +15,13 @@
 using Log = std::vector<std::string>;
 
 /// All lines in one, for comparing long logs.
-inline std::string joined(const Log& log) {
-    std::string text;
-    for (const std::string& entry : log) {
-        text += (text.empty() ? "" : "; ") + entry;
-    }
-    return text;
-}
+std::string joined(const Log& log);
+
+/// The lines again of a log that has been joined.
+Log separated(const std::string& joined);
+
+/// Where @p log is not what was expected: the lines that differ first, with their neighbours. Empty if it is.
+std::string difference(const Log& log, const Log& expected);
 
 /// "name argument argument @position"
 template <class... Arguments>
@@ -47,42 +47,31 @@ public:
     std::string values; ///< all octets delivered
     const Locator* locator = nullptr;
 
-    void setLocator(const Locator& l) override { locator = &l; }
-    void startStream(bool accurate) override { add("startStream", accurate); }
-    void endStream(bool stopped) override { add("endStream", stopped); }
-    void berLengthForm(std::uint8_t form) override { add("form", int{form}); }
-    bool startIndividualItem(const KLVKey& k, std::uint64_t n) override { return add("item", id(k), n); }
-    void endIndividualItem(const KLVKey& k) override { add("/item", id(k)); }
-    bool startLabel(const KLVKey& k) override { return add("label", id(k)); }
-    void endLabel(const KLVKey& k) override { add("/label", id(k)); }
-    bool startUniversalSet(const KLVKey& k, std::uint64_t n) override { return add("universalSet", id(k), n); }
-    void endUniversalSet(const KLVKey& k) override { add("/universalSet", id(k)); }
-    bool startLocalSet(const KLVKey& k, std::uint64_t n, KLVFieldForm tag, KLVFieldForm length) override {
-        return add("localSet", id(k), n, static_cast<int>(tag), static_cast<int>(length));
-    }
-    void endLocalSet(const KLVKey& k) override { add("/localSet", id(k)); }
-    bool startLocalItem(std::uint32_t tag, std::uint64_t n) override { return add("localItem", tag, n); }
-    void endLocalItem(std::uint32_t tag) override { add("/localItem", tag); }
-    bool startFixedLengthPack(const KLVKey& k, std::uint64_t n) override { return add("fixedPack", id(k), n); }
-    void endFixedLengthPack(const KLVKey& k) override { add("/fixedPack", id(k)); }
-    bool startVariableLengthPack(const KLVKey& k, std::uint64_t n, KLVFieldForm length) override {
-        return add("variablePack", id(k), n, static_cast<int>(length));
-    }
-    void endVariableLengthPack(const KLVKey& k) override { add("/variablePack", id(k)); }
-    bool startVariableLengthPackItem(std::uint64_t n) override { return add("packItem", n); }
-    void endVariableLengthPackItem() override { add("/packItem"); }
-    bool startWrapper(const KLVKey& k, std::uint64_t n, KLVWrapperKind kind) override {
-        return add("wrapper", id(k), n, static_cast<int>(kind));
-    }
-    void endWrapper(const KLVKey& k) override { add("/wrapper", id(k)); }
+    void setLocator(const Locator& l) override;
+    void startStream(bool accurate) override;
+    void endStream(bool stopped) override;
+    void berLengthForm(std::uint8_t form) override;
+    bool startIndividualItem(const KLVKey& k, std::uint64_t n) override;
+    void endIndividualItem(const KLVKey& k) override;
+    bool startLabel(const KLVKey& k) override;
+    void endLabel(const KLVKey& k) override;
+    bool startUniversalSet(const KLVKey& k, std::uint64_t n) override;
+    void endUniversalSet(const KLVKey& k) override;
+    bool startLocalSet(const KLVKey& k, std::uint64_t n, KLVFieldForm tag, KLVFieldForm length) override;
+    void endLocalSet(const KLVKey& k) override;
+    bool startLocalItem(std::uint32_t tag, std::uint64_t n) override;
+    void endLocalItem(std::uint32_t tag) override;
+    bool startFixedLengthPack(const KLVKey& k, std::uint64_t n) override;
+    void endFixedLengthPack(const KLVKey& k) override;
+    bool startVariableLengthPack(const KLVKey& k, std::uint64_t n, KLVFieldForm length) override;
+    void endVariableLengthPack(const KLVKey& k) override;
+    bool startVariableLengthPackItem(std::uint64_t n) override;
+    void endVariableLengthPackItem() override;
+    bool startWrapper(const KLVKey& k, std::uint64_t n, KLVWrapperKind kind) override;
+    void endWrapper(const KLVKey& k) override;
     bool getValueBuffer(std::uint64_t length, std::uint64_t& offset, std::uint64_t& size,
-                        std::uint8_t*& buffer) override {
-        return !chunk || chunk(length, offset, size, buffer);
-    }
-    void value(const std::uint8_t* data, std::uint64_t size) override {
-        values.append(data, data + size);
-        add("value", size);
-    }
+                        std::uint8_t*& buffer) override;
+    void value(const std::uint8_t* data, std::uint64_t size) override;
 
 private:
     /// Octets 12 to 15 of a key are enough to tell the keys of one test apart.
@@ -108,12 +97,12 @@ public:
 
     int open = 0; ///< streams started and not ended
 
-    void setLocator(const Locator& l) override { locator_ = &l; }
-    void startStream() override { ++open; }
-    void endStream() override { --open; }
-    void warning(const util::uuid&, const std::string& message) override { add("warning", message); }
-    void error(const util::uuid&, const std::string& message) override { add("error", message); }
-    void fatalError(const util::uuid&, const std::string& message) override { add("fatal", message); }
+    void setLocator(const Locator& l) override;
+    void startStream() override;
+    void endStream() override;
+    void warning(const util::uuid&, const std::string& message) override;
+    void error(const util::uuid&, const std::string& message) override;
+    void fatalError(const util::uuid&, const std::string& message) override;
 
 private:
     void add(const char* level, const std::string& message) { log_.push_back(line(locator_, level, message)); }
@@ -127,14 +116,12 @@ class StructureRecorder : public MXFStructureHandler {
 public:
     explicit StructureRecorder(Log& log) : log_(log) {}
 
-    void runIn(std::uint64_t length) override { add("runIn", length); }
-    void startStructure() override { add("startStructure"); }
-    void endStructure() override { add("endStructure"); }
-    void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) override {
-        add("partition", int{key[13]}, pack.thisPartition, headerStart);
-    }
-    void endPartition(const KLVKey& key) override { add("/partition", int{key[13]}); }
-    void randomIndex(const MXFRandomIndex& index) override { add("randomIndex", index.size()); }
+    void runIn(std::uint64_t length) override;
+    void startStructure() override;
+    void endStructure() override;
+    void startPartition(const KLVKey& key, const MXFPartitionPack& pack, std::uint64_t headerStart) override;
+    void endPartition(const KLVKey& key) override;
+    void randomIndex(const MXFRandomIndex& index) override;
 
 private:
     template <class... Arguments>
