@@ -16,6 +16,7 @@
 #include "klv/GenericKLVReader.h"
 #include "mxf/metadata/coding/MXFMetadataCoder.h"
 #include "mxf/metadata/coding/MXFMetadataModelCoder.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 #include "mxf/metadata/structural/MaterialPackage.h"

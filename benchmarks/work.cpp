@@ -32,6 +32,7 @@
 #include <vector>
 
 #include "mxf/index/MXFIndexCalculator.h"
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "util/byte_order.h"
 

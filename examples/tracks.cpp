@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "klv/KLVFindings.h"
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "util/utf8.h"
 

@@ -13,6 +13,7 @@
 #include <memory>
 #include <vector>
 
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 
 namespace {

@@ -14,6 +14,7 @@
 #include "Expect.h"
 #include "Listener.h"
 #include "klv/VerifyingKLVHandler.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "support/BuiltModel.h"
 #include "support/GoodClip.h"
 #include "support/Models.h"

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "BuiltRegions.h"
+#include "mxf/metadata/factories/MetadataRootFactory.h"
 #include "mxf/metadata/model/MXFOrderHint.h"
 #include "mxf/structure/MXFPrimer.h"
 #include "support/BuiltModel.h"

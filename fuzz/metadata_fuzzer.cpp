@@ -11,6 +11,7 @@
 #include "Expect.h"
 #include "klv/parse_error.h"
 #include "mxf/metadata/model/MXFOrderHint.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "support/Models.h"
 #include "util/assertion_failure.h"
 

@@ -19,6 +19,7 @@
 #include "BuiltRegions.h"
 #include "Expect.h"
 #include "Listener.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "mxf/structure/MXFPrimer.h"
 #include "support/GoodClip.h"
 #include "support/Streams.h"

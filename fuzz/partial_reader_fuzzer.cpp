@@ -12,6 +12,7 @@
 #include "Listener.h"
 #include "klv/DullErrorHandler.h"
 #include "mxf/engines/MXFEngineFindings.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "mxf/structure/MXFStructureFindings.h"
 #include "support/Octets.h"
 #include "support/Recorders.h"

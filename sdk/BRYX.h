@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// The whole public layer in one header.
+/// The interfaces of the public layer in one header. Programs that look into sets, or make them, include
+/// mxf/metadata/MXFMetadataSets.h as well.
 
 #include "klv/DullErrorHandler.h"
 #include "klv/parse_error.h"
@@ -11,7 +12,6 @@
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 #include "mxf/essence/MXFSDTICPSystemCoder.h"
 #include "mxf/index/DullMXFIndexHandler.h"
-#include "mxf/metadata/MXFMetadataSets.h"
 #include "mxf/metadata/model/DullMXFMetadataHandler.h"
 #include "mxf/metadata/model/DullMXFMetadataModelHandler.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"

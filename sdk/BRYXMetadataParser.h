@@ -1,13 +1,13 @@
 #pragma once
 
-#include "mxf/metadata/model/MXFMetadataHandler.h"
-#include "mxf/metadata/model/MXFMetadataModelHandler.h"
-#include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
-#include "mxf/metadata/parsing/MXFMetadataModelParser.h"
+#include <memory>
+
 #include "util/Api.h"
 
 class ErrorHandler;
+class KLVHandler;
 class MXFMetadataFactory;
+class MXFMetadataHandler;
 
 /// Reads header metadata regions for one handler, which gets the primer and the sets that it wants; and the model of each
 /// region, between the last set and the end, if it is an MXFMetadataModelHandler as well.
@@ -24,42 +24,12 @@ public:
     void setErrorHandler(ErrorHandler* errorHandler);
 
     /// Gets what is neither the primer nor a set; not owned. Null, as it is unless set, if nobody does.
-    void setOtherHandler(KLVHandler* handler) { headerParser_.setHandler(handler); }
+    void setOtherHandler(KLVHandler* handler);
 
     /// The header metadata handler of an MXFReader.
-    KLVHandler& handler() { return headerParser_; }
+    KLVHandler& handler();
 
 private:
-    /// Calls the handler, and the parser of the model.
-    class Both final : public MXFMetadataHandler {
-    public:
-        Both(MXFMetadataHandler& handler, MXFMetadataModelParser* models) : handler_(handler), models_(models) {}
-        void startMetadata() override;
-        void endMetadata() override;
-        void primer(const Primer& primer) override;
-        bool handlesSet(const KLVKey& key) override;
-        void primedSet(MXFPrimedSet& set) override;
-        void unhandledSet(const MXFPrimedSet& set) override;
-
-    private:
-        MXFMetadataHandler& handler_;
-        MXFMetadataModelParser* models_; ///< null if nobody wants models
-    };
-
-    /// Passes models on; start and end are those of the region.
-    class ModelFace final : public MXFMetadataModelHandler {
-    public:
-        explicit ModelFace(MXFMetadataModelHandler* handler) : handler_(handler) {}
-        void startMetadata() override {}
-        void endMetadata() override {}
-        void model(const Model& model) override;
-
-    private:
-        MXFMetadataModelHandler* handler_;
-    };
-
-    ModelFace modelFace_;
-    MXFMetadataModelParser modelParser_;
-    Both both_;
-    MXFHeaderMetadataParser headerParser_;
+    class Chain;
+    std::unique_ptr<Chain> chain_;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// All sets of header metadata that the library knows.
+/// All sets of header metadata that the library knows, and their descriptions.
 
 #include "mxf/metadata/acquisition/LensUnitMetadata.h"
 #include "mxf/metadata/acquisition/UserDefinedAcquisitionMetadata.h"
@@ -23,6 +23,7 @@
 #include "mxf/metadata/descriptors/RGBAPictureDescriptor.h"
 #include "mxf/metadata/descriptors/SoundfieldGroupLabelSubDescriptor.h"
 #include "mxf/metadata/descriptors/VBIDataDescriptor.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "mxf/metadata/structural/DMSegment.h"
 #include "mxf/metadata/structural/DMSourceClip.h"
 #include "mxf/metadata/structural/EventTrack.h"

@@ -9,6 +9,7 @@
 #include "klv/parse_error.h"
 #include "mxf/engines/MXFReader.h"
 #include "mxf/index/MXFIndexParser.h"
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "support/ExpectLog.h"
 #include "support/Failure.h"

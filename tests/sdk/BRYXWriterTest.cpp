@@ -15,6 +15,7 @@
 #include "mxf/essence/MXFGCStructureHandler.h"
 #include "mxf/index/MXFIndexCalculator.h"
 #include "mxf/index/MXFIndexParser.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "support/BuiltModel.h"
 #include "support/ExpectLog.h"

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "mxf/essence/MXFSDTICPSystemCoder.h"
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "support/Octets.h"
 #include "support/Streams.h"

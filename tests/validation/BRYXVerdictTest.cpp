@@ -4,6 +4,7 @@
 
 #include "klv/parse_error.h"
 #include "mxf/index/MXFIndexCoder.h"
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "support/KLVOctets.h"
 #include "validation/Faults.h"

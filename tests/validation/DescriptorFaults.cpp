@@ -1,3 +1,4 @@
+#include "mxf/metadata/MXFMetadataSets.h"
 #include "sdk/BRYX.h"
 #include "support/Octets.h"
 #include "validation/Faults.h"

@@ -6,6 +6,7 @@
 #include "klv/DullErrorHandler.h"
 #include "klv/DullKLVHandler.h"
 #include "mxf/metadata/model/MXFMetadataHandler.h"
+#include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "mxf/metadata/structural/Preface.h"
 #include "mxf/structure/MXFPartitionPack.h"
 #include "sdk/BRYXMetadataFactory.h"

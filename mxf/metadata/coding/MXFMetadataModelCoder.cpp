@@ -7,6 +7,7 @@
 
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/model/MXFOrderHint.h"
+#include "mxf/metadata/model/MetadataRoot.h"
 #include "mxf/structure/MXFStaticTags.h"
 #include "util/assertion_failure.h"
 

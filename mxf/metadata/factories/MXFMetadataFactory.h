@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "klv/KLVKey.h"
-#include "mxf/metadata/model/MXFSetDescription.h"
+#include "mxf/metadata/model/MXFSetContents.h"
 #include "mxf/structure/MXFPrimedSet.h"
 #include "util/Api.h"
 

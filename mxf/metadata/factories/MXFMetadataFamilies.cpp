@@ -66,13 +66,15 @@
     ROW(VBIDataDescriptor)                                                                                             \
     ROW(ANCDataDescriptor)
 
-// Sets find their descriptions here, also those that an application makes.
-#define BRYX_DESCRIBE(Set) template BRYX_API const MXFSetDescription& mxfutil::describeSet<Set>();
+// Sets are made here, and find their descriptions here, also those that an application makes.
+#define BRYX_DEFINE_SET(Set)                                                                                           \
+    template BRYX_API std::shared_ptr<Set> mxfutil::createSet<Set>();                                                  \
+    template BRYX_API const MXFSetDescription& mxfutil::describeSet<Set>();
 
 #define BRYX_MAKE_FACTORY(Set) std::make_shared<Set##Factory>(),
 
 #define BRYX_DEFINE_FAMILY(Family, SETS)                                                                               \
-    SETS(BRYX_DESCRIBE)                                                                                                \
+    SETS(BRYX_DEFINE_SET)                                                                                              \
     Family::Family() : MXFMetadataFamily({SETS(BRYX_MAKE_FACTORY)}) {}
 
 BRYX_DEFINE_FAMILY(MXFFormatMetadataModelFactory, BRYX_FORMAT_SETS)

@@ -6,6 +6,8 @@
 #include "mxf/metadata/factories/MXFMetadataModelFactory.h"
 #include "util/Api.h"
 
+class MetadataRootFactory;
+
 /// @file
 /// The factories of the families of sets that the library knows. A caller that needs several of them lists them in an
 /// MXFMetadataModelFactory of its own.

@@ -4,6 +4,7 @@
 
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/factories/MXFMetadataFindings.h"
+#include "mxf/metadata/model/dangling_ref.h"
 #include "util/assertion_failure.h"
 
 MXFMetadataModelFactory::MXFMetadataModelFactory() = default;

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "mxf/metadata/factories/MXFMetadataFactory.h"
-#include "mxf/metadata/factories/MetadataRootFactory.h"
 #include "util/Api.h"
 
 /// A factory that leaves each class to another factory: the first in its list that accepts a key or a class.

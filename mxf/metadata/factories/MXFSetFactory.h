@@ -5,11 +5,13 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/factories/MetadataRootFactory.h"
 #include "mxf/metadata/model/MXFSetDescription.h"
+#include "mxf/metadata/model/dangling_ref.h"
 #include "util/assertion_failure.h"
 
 /// @file
@@ -17,6 +19,27 @@
 /// own are made; those of the library come with their factories, such as PrefaceFactory.
 
 namespace mxfutil::detail {
+
+/// Lets allocate_shared construct sets, whose constructors are protected, and end them by endSet().
+template <class T>
+struct SetAllocator {
+    using value_type = T;
+
+    SetAllocator() = default;
+    template <class U>
+    SetAllocator(const SetAllocator<U>& /*other*/) noexcept {} // NOLINT: allocators convert
+
+    T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
+    void deallocate(T* memory, std::size_t count) noexcept { std::allocator<T>().deallocate(memory, count); }
+    template <class U>
+    void construct(U* place) {
+        ::new (static_cast<void*>(place)) U();
+    }
+    void destroy(MetadataRoot* set) noexcept { endSet(*set); }
+
+    friend bool operator==(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return true; }
+    friend bool operator!=(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return false; }
+};
 
 template <class Target>
 using SharedList = std::vector<std::shared_ptr<Target>>;
@@ -32,6 +55,70 @@ std::vector<MXFUID> instanceUIDs(const SharedList<Target>& targets) {
     return uids;
 }
 
+template <class T, class Variant>
+struct IsAlternative;
+template <class T, class... Alternatives>
+struct IsAlternative<T, std::variant<Alternatives...>> : std::disjunction<std::is_same<T, Alternatives>...> {};
+
+template <class T>
+MXFScalar toScalar(const T& value) {
+    if constexpr (IsAlternative<T, MXFScalar>::value) {
+        return value;
+    } else if constexpr (std::is_enum_v<T>) {
+        return toScalar(static_cast<std::underlying_type_t<T>>(value));
+    } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
+        return static_cast<std::int64_t>(value);
+    } else if constexpr (std::is_integral_v<T>) {
+        return static_cast<std::uint64_t>(value);
+    } else {
+        return toString(value);
+    }
+}
+
+template <class T>
+MXFPropertyValue toPropertyValue(const T& value) {
+    return toScalar(value);
+}
+
+template <class T>
+MXFPropertyValue toPropertyValue(const std::vector<T>& batch) {
+    if constexpr (IsAlternative<std::vector<T>, MXFScalar>::value) {
+        return MXFScalar(batch);
+    } else {
+        std::vector<MXFScalar> values;
+        values.reserve(batch.size());
+        for (const T& element : batch) {
+            values.push_back(toScalar(element));
+        }
+        return values;
+    }
+}
+
+template <class T>
+bool hasValue(const T& /*required*/) noexcept {
+    return true;
+}
+template <class T>
+bool hasValue(const OptionalValue<T>& member) noexcept {
+    return member.isPresent();
+}
+template <class T>
+const T& valueOf(const T& member) noexcept {
+    return member;
+}
+template <class T>
+const T& valueOf(const OptionalValue<T>& member) noexcept {
+    return member.orDefault();
+}
+template <class T>
+void setValue(T& member, const T& value) {
+    member = value;
+}
+template <class T>
+void setValue(OptionalValue<T>& member, const T& value) {
+    member.set(value);
+}
+
 /// A property whose values are of type @p T: the member is a T, or an optional one.
 template <class T, class Member>
 class ValueProperty final : public MXFProperty {
@@ -41,32 +128,14 @@ public:
         : MXFProperty(setName, name, label, required, Kind::Value), member_(member) {}
 
 private:
-    static constexpr bool isOptional = !std::is_same_v<T, Member>;
-
-    bool holdsValue(const MetadataRoot& set) const override {
-        if constexpr (isOptional) {
-            return (set.*member_).has_value();
-        } else {
-            return true;
-        }
-    }
-    MXFPropertyValue getValue(const MetadataRoot& set) const override {
-        if constexpr (isOptional) {
-            return toPropertyValue(set.*member_ ? *(set.*member_) : T{});
-        } else {
-            return toPropertyValue(set.*member_);
-        }
-    }
+    bool holdsValue(const MetadataRoot& set) const override { return hasValue(set.*member_); }
+    MXFPropertyValue getValue(const MetadataRoot& set) const override { return toPropertyValue(valueOf(set.*member_)); }
     void read(const std::shared_ptr<MetadataRoot>& set, const std::vector<std::uint8_t>& octets,
               MXFPendingReferences& /*pending*/) const override {
-        (*set).*member_ = klvutil::readValue<T>(octets);
+        setValue((*set).*member_, klvutil::readValue<T>(octets));
     }
     void write(const MetadataRoot& set, std::vector<std::uint8_t>& octets, MXFOwnedSets& /*owned*/) const override {
-        if constexpr (isOptional) {
-            klvutil::OctetWriter(octets).write(*(set.*member_));
-        } else {
-            klvutil::OctetWriter(octets).write(set.*member_);
-        }
+        klvutil::OctetWriter(octets).write(valueOf(set.*member_));
     }
 
     Member MetadataRoot::*member_;
@@ -167,8 +236,8 @@ struct PropertyOf {
     using type = ValueProperty<Member, Member>;
 };
 template <class T>
-struct PropertyOf<boost::optional<T>> {
-    using type = ValueProperty<T, boost::optional<T>>;
+struct PropertyOf<OptionalValue<T>> {
+    using type = ValueProperty<T, OptionalValue<T>>;
 };
 template <class Target>
 struct PropertyOf<std::shared_ptr<Target>> {
@@ -189,11 +258,27 @@ struct PropertyOf<boost::optional<SharedList<Target>>> {
 
 using PropertyList = std::vector<std::unique_ptr<const MXFProperty>>;
 
+/// Makes the properties that the lines of a class declare. The member tells the kind: a value, an optional one, a shared
+/// pointer for a strong reference, a weak pointer for a weak one, a vector of shared pointers for strong references.
+template <class Set>
+class PropertyMaker {
+public:
+    template <class Member>
+    void add(const char* name, const MXFPropertyLabel& label, bool required, Member Set::*member) {
+        // The property works on any set of its class, whatever class the member is of.
+        list.push_back(std::make_unique<typename PropertyOf<Member>::type>(
+            Set::className, name, label, required, static_cast<Member MetadataRoot::*>(member)));
+    }
+
+    PropertyList list;
+};
+
 template <class Set>
 struct SetLines {
     template <int number>
     static constexpr bool declaresProperty =
-        !std::is_same_v<decltype(Set::property(Line<Set::firstLine + number>())), NoProperty>;
+        !std::is_same_v<decltype(Set::property(Line<Set::firstLine + number>(), std::declval<PropertyMaker<Set>&>())),
+                        NoProperty>;
 
     /// The lines that declare a property. They are found first, so that no code is made for the many that do not.
     template <int... numbers>
@@ -205,18 +290,11 @@ struct SetLines {
     }
     static constexpr auto lines = declaring(std::make_integer_sequence<int, maxSetLines>());
 
-    template <class Member>
-    static void append(PropertyList& list, const PropertyLine<Set, Member>& line) {
-        // The property works on any set of its class, whatever class the member is of.
-        list.push_back(std::make_unique<typename PropertyOf<Member>::type>(
-            Set::className, line.name, line.label, line.required, static_cast<Member MetadataRoot::*>(line.member)));
-    }
-
     template <std::size_t... indices>
     static PropertyList list(std::index_sequence<indices...> /*of lines*/) {
-        PropertyList result;
-        (append(result, Set::property(Line<lines[indices]>())), ...);
-        return result;
+        PropertyMaker<Set> maker;
+        (Set::property(Line<lines[indices]>(), maker), ...);
+        return std::move(maker.list);
     }
 };
 
@@ -257,6 +335,11 @@ BRYX_API const MXFSetDescription& mxfutil::describeSet() {
         return all;
     }());
     return description;
+}
+
+template <class Set>
+BRYX_API std::shared_ptr<Set> mxfutil::createSet() {
+    return std::allocate_shared<Set>(detail::SetAllocator<Set>());
 }
 
 /// The factory of one class of sets: reads and codes what the class declares. It derives from the factory of the base

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "mxf/metadata/factories/MXFMetadataFactory.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
 #include "util/Api.h"
 
 /// The base of the factories of single classes. Its own part are the instance UID and the dark properties.

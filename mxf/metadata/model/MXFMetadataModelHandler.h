@@ -3,8 +3,9 @@
 #include <memory>
 #include <vector>
 
-#include "mxf/metadata/model/MetadataRoot.h"
 #include "util/Api.h"
+
+class MetadataRoot;
 
 /// Receives the models that the header metadata of one partition after the other make.
 class BRYX_API MXFMetadataModelHandler {

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -47,46 +46,4 @@ void forEachReference(const MXFPropertyValue& value, Visit visit) {
     }
 }
 
-namespace detail {
-
-template <class T, class Variant>
-struct IsAlternative;
-template <class T, class... Alternatives>
-struct IsAlternative<T, std::variant<Alternatives...>> : std::disjunction<std::is_same<T, Alternatives>...> {};
-
-template <class T>
-MXFScalar toScalar(const T& value) {
-    if constexpr (IsAlternative<T, MXFScalar>::value) {
-        return value;
-    } else if constexpr (std::is_enum_v<T>) {
-        return toScalar(static_cast<std::underlying_type_t<T>>(value));
-    } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
-        return static_cast<std::int64_t>(value);
-    } else if constexpr (std::is_integral_v<T>) {
-        return static_cast<std::uint64_t>(value);
-    } else {
-        return toString(value);
-    }
-}
-
-template <class T>
-MXFPropertyValue toPropertyValue(const T& value) {
-    return toScalar(value);
-}
-
-template <class T>
-MXFPropertyValue toPropertyValue(const std::vector<T>& batch) {
-    if constexpr (IsAlternative<std::vector<T>, MXFScalar>::value) {
-        return MXFScalar(batch);
-    } else {
-        std::vector<MXFScalar> values;
-        values.reserve(batch.size());
-        for (const T& element : batch) {
-            values.push_back(toScalar(element));
-        }
-        return values;
-    }
-}
-
-} // namespace detail
 } // namespace mxfutil

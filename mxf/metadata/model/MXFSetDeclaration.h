@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include <boost/optional.hpp>
@@ -56,6 +55,10 @@ namespace mxfutil {
 template <class Set>
 BRYX_API const MXFSetDescription& describeSet();
 
+/// A new set, made in the same place: what a shared pointer needs to make one costs each source that has it made.
+template <class Set>
+BRYX_API std::shared_ptr<Set> createSet();
+
 namespace detail {
 
 /// The lines that a class may have after BRYX_SET.
@@ -65,48 +68,15 @@ inline constexpr int maxSetLines = 250;
 template <int number>
 struct Line {};
 
-/// What a line of a class says when it declares no property.
+/// What a line of a class says if it declares no property.
 struct NoProperty {};
-
-/// What a line that declares a property says. @p Member tells the kind: a value, an optional one, a shared pointer for
-/// a strong reference, a weak pointer for a weak one, a vector of shared pointers for strong references.
-template <class Set, class Member>
-struct PropertyLine {
-    const char* name;
-    MXFPropertyLabel label;
-    bool required;
-    Member Set::*member;
-};
-
-template <class Set, class Member>
-constexpr PropertyLine<Set, Member> propertyLine(const char* name, MXFPropertyLabel label, bool required,
-                                                 Member Set::*member) {
-    return {name, label, required, member};
-}
 
 /// Ends the life of a set, and then that of the sets that nothing but it held, without recursion.
 BRYX_API void endSet(MetadataRoot& set) noexcept;
 
-/// Lets allocate_shared construct sets, whose constructors are protected, and end them by endSet().
+/// Constructs sets, whose constructors are protected, and ends them by endSet().
 template <class T>
-struct SetAllocator {
-    using value_type = T;
-
-    SetAllocator() = default;
-    template <class U>
-    SetAllocator(const SetAllocator<U>& /*other*/) noexcept {} // NOLINT: allocators convert
-
-    T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
-    void deallocate(T* memory, std::size_t count) noexcept { std::allocator<T>().deallocate(memory, count); }
-    template <class U>
-    void construct(U* place) {
-        ::new (static_cast<void*>(place)) U();
-    }
-    void destroy(MetadataRoot* set) noexcept { endSet(*set); }
-
-    friend bool operator==(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return true; }
-    friend bool operator!=(const SetAllocator& /*a*/, const SetAllocator& /*b*/) noexcept { return false; }
-};
+struct SetAllocator;
 
 /// Sees what the lines of a class say.
 template <class Set>
@@ -124,6 +94,32 @@ inline void requirePresent(bool present, const char* setName, const char* proper
 /// Requires "valid setName.propertyName index": that @p index is below @p end.
 BRYX_API void requireIndex(std::size_t index, std::size_t end, const char* setName, const char* propertyName);
 
+/// The value of a property that a set need not have.
+template <class T>
+class OptionalValue {
+public:
+    bool isPresent() const noexcept { return isPresent_; }
+    /// The value, or that of a new T if it is absent.
+    const T& orDefault() const noexcept { return value_; }
+    /// Requires that it is present.
+    const T& get(const char* setName, const char* propertyName) const {
+        requirePresent(isPresent_, setName, propertyName);
+        return value_;
+    }
+    void set(const T& value) {
+        value_ = value;
+        isPresent_ = true;
+    }
+    void remove() {
+        value_ = T{};
+        isPresent_ = false;
+    }
+
+private:
+    T value_{};
+    bool isPresent_ = false;
+};
+
 template <class Value>
 bool isHeld(const boost::optional<Value>& member) noexcept {
     return member.has_value();
@@ -137,12 +133,7 @@ bool isHeld(const std::weak_ptr<Target>& member) noexcept {
     return !member.expired();
 }
 
-/// What an optional member holds. Requires that it holds something.
-template <class Value>
-const Value& held(const boost::optional<Value>& member, const char* setName, const char* propertyName) {
-    requirePresent(isHeld(member), setName, propertyName);
-    return *member;
-}
+/// What an optional reference leads to. Requires that it leads to something.
 template <class Target>
 const std::shared_ptr<Target>& held(const std::shared_ptr<Target>& member, const char* setName,
                                     const char* propertyName) {
@@ -214,7 +205,7 @@ private:                                                                        
 public:                                                                                                                \
     /** A new set with a fresh instance UID and default values. */                                                     \
     static std::shared_ptr<Class> create() {                                                                           \
-        return std::allocate_shared<Class>(::mxfutil::detail::SetAllocator<Class>());                                  \
+        return ::mxfutil::createSet<Class>();                                                                          \
     }                                                                                                                  \
     const MXFSetDescription& getDescription() const override {                                                         \
         return ::mxfutil::describeSet<Class>();                                                                        \
@@ -224,9 +215,11 @@ public:                                                                         
 /// Begins the declaration of a class of sets that has more special ones only.
 #define BRYX_ABSTRACT_SET(Class, BaseClass, keyText) BRYX_DETAIL_SET(Class, BaseClass, keyText, false)
 
+// What it says is a template, so that it costs nothing where nobody asks.
 #define BRYX_DETAIL_LINE(name, required, ...)                                                                          \
-    static constexpr auto property(::mxfutil::detail::Line<__LINE__>) {                                                \
-        return ::mxfutil::detail::propertyLine(#name, MXFPropertyLabel(__VA_ARGS__), required, &Self::name##_);        \
+    template <class List>                                                                                              \
+    static void property(::mxfutil::detail::Line<__LINE__>, List& list) {                                              \
+        list.add(#name, MXFPropertyLabel(__VA_ARGS__), required, &Self::name##_);                                      \
     }                                                                                                                  \
     static_assert(__LINE__ - firstLine < ::mxfutil::detail::maxSetLines, "a set has too many lines")
 
@@ -292,7 +285,10 @@ public:                                                                         
     const Type& get##Name() const noexcept {                                                                           \
         return name##_;                                                                                                \
     }                                                                                                                  \
-    BRYX_DETAIL_SETTER(Name, name, Type, __VA_ARGS__)                                                                  \
+    void set##Name(const Type& value) {                                                                                \
+        name##_ = value;                                                                                               \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }                                                                                                                  \
                                                                                                                        \
 private:                                                                                                               \
     Type name##_{};                                                                                                    \
@@ -302,13 +298,22 @@ private:                                                                        
 #define BRYX_OPTIONAL(Name, name, Type, ...)                                                                           \
 public:                                                                                                                \
     const Type& get##Name() const {                                                                                    \
-        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+        return name##_.get(className, #name);                                                                          \
     }                                                                                                                  \
-    BRYX_DETAIL_SETTER(Name, name, Type, __VA_ARGS__)                                                                  \
-    BRYX_DETAIL_HAS_AND_REMOVE(Name, name, __VA_ARGS__)                                                                \
+    void set##Name(const Type& value) {                                                                                \
+        name##_.set(value);                                                                                            \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }                                                                                                                  \
+    bool has##Name() const noexcept {                                                                                  \
+        return name##_.isPresent();                                                                                    \
+    }                                                                                                                  \
+    void remove##Name() {                                                                                              \
+        name##_.remove();                                                                                              \
+        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+    }                                                                                                                  \
                                                                                                                        \
 private:                                                                                                               \
-    boost::optional<Type> name##_;                                                                                     \
+    ::mxfutil::detail::OptionalValue<Type> name##_;                                                                    \
     BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
 
 /// A set that every set of the class owns.

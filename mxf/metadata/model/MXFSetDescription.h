@@ -2,23 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
-#include <map>
 #include <memory>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
 #include "mxf/metadata/model/MXFPropertyValue.h"
+#include "mxf/metadata/model/MXFSetContents.h"
 #include "mxf/metadata/model/MetadataRoot.h"
-#include "mxf/metadata/model/dangling_ref.h"
 #include "util/Api.h"
-
-/// The values of the properties of one set, as they are coded, by label.
-using MXFProperties = std::map<KLVKey, std::vector<std::uint8_t>>;
-
-/// Sets that another set owns, in the order of its references.
-using MXFOwnedSets = std::list<std::shared_ptr<const MetadataRoot>>;
 
 namespace mxfutil {
 

@@ -130,10 +130,6 @@ protected:
         swapOwnership(member, target);
         member = target;
     }
-    template <class Value>
-    void clear(boost::optional<Value>& member) {
-        member = boost::none;
-    }
     template <class Target>
     void clear(boost::optional<std::vector<std::shared_ptr<Target>>>& member) {
         while (!mxfutil::detail::elements(member).empty()) {

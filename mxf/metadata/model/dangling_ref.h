@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -56,9 +55,6 @@ protected:
         owner.takeOwnership(target);
     }
 };
-
-/// The pending references of a set, by the instance UIDs of their targets.
-using MXFPendingReferences = std::multimap<MXFUID, std::shared_ptr<dangling_ref_base>>;
 
 /// A pending reference that stands alone: a member of @p Owner.
 template <class Owner, class Target>

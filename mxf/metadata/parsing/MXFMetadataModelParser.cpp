@@ -6,6 +6,8 @@
 
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/factories/MXFMetadataFindings.h"
+#include "mxf/metadata/model/MXFSetDescription.h"
+#include "mxf/metadata/model/dangling_ref.h"
 #include "util/assertion_failure.h"
 
 namespace findings = mxfutil::findings;
