@@ -2,6 +2,8 @@
 
 #include "klv/ErrorHandler.h"
 
+namespace bryx {
+
 /// Does nothing: findings are ignored and reading goes on where it can. Derive from it to override only what matters.
 class BRYX_API DullErrorHandler : public ErrorHandler {
 public:
@@ -12,3 +14,5 @@ public:
     void error(const util::uuid& id, const std::string& message) override;
     void fatalError(const util::uuid& id, const std::string& message) override;
 };
+
+} // namespace bryx

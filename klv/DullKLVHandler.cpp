@@ -1,5 +1,7 @@
 #include "klv/DullKLVHandler.h"
 
+namespace bryx {
+
 void DullKLVHandler::setLocator(const Locator&) {}
 void DullKLVHandler::startStream(bool) {}
 void DullKLVHandler::endStream(bool) {}
@@ -44,3 +46,5 @@ bool DullKLVHandler::getValueBuffer(std::uint64_t, std::uint64_t&, std::uint64_t
     return false;
 }
 void DullKLVHandler::value(const std::uint8_t*, std::uint64_t) {}
+
+} // namespace bryx

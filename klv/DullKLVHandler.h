@@ -2,6 +2,8 @@
 
 #include "klv/KLVHandler.h"
 
+namespace bryx {
+
 /// Does nothing and wants nothing: skips every triplet. Derive from it to override only what matters.
 class BRYX_API DullKLVHandler : public KLVHandler {
 public:
@@ -31,3 +33,5 @@ public:
                         std::uint8_t*& buffer) override;
     void value(const std::uint8_t* data, std::uint64_t size) override;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "klv/ErrorHandler.h"
 
+namespace bryx {
+
 ErrorHandler::~ErrorHandler() = default;
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include "util/Api.h"
 #include "util/uuid.h"
 
+namespace bryx {
+
 class Locator;
 
 /// Receives findings about the data that is read or written. An application implements it to log what is wrong with
@@ -37,3 +39,5 @@ public:
     /// klvutil::parse_error with the same text and identifier.
     virtual void fatalError(const util::uuid& id, const std::string& message) = 0;
 };
+
+} // namespace bryx

@@ -2,7 +2,7 @@
 
 #include "klv/ErrorHandler.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 namespace {
 
@@ -46,4 +46,4 @@ void report(ErrorHandler* errorHandler, const SubjectFinding& finding, const std
     }
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

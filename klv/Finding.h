@@ -8,6 +8,8 @@
 #include "util/assertion_failure.h"
 #include "util/uuid.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 namespace klvutil {
@@ -82,5 +84,7 @@ BRYX_API void report(ErrorHandler* errorHandler, const SubjectFinding& finding, 
 /// Turns one row of a table of findings into the constant of its name: a Finding, or a SubjectFinding if the message has
 /// a "%".
 #define BRYX_DEFINE_FINDING(name, base, index, level, message)                                                         \
-    inline constexpr ::klvutil::FindingOf<::klvutil::countSubjects(message)> name{                                     \
-        {::klvutil::findingId(base, index), ::klvutil::FindingLevel::level, message}};
+    inline constexpr ::bryx::klvutil::FindingOf<::bryx::klvutil::countSubjects(message)> name{                         \
+        {::bryx::klvutil::findingId(base, index), ::bryx::klvutil::FindingLevel::level, message}};
+
+} // namespace bryx

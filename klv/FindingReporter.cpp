@@ -4,6 +4,8 @@
 
 #include "util/byte_order.h"
 
+namespace bryx {
+
 bool FindingReporter::isNew(const klvutil::FindingKind& finding, const Thing& thing) {
     std::set<Thing>& things = reported_[finding.id];
     return things.size() < mostThings && things.insert(thing).second;
@@ -41,3 +43,5 @@ void FindingReporter::report(ErrorHandler* errorHandler, const klvutil::SubjectF
         klvutil::report(errorHandler, finding, subject, detail);
     }
 }
+
+} // namespace bryx

@@ -13,6 +13,8 @@
 #include "util/Api.h"
 #include "util/uuid.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// Reports findings that damage can repeat without end: each once for each thing that it is about, such as a key, a tag or
@@ -45,3 +47,5 @@ private:
 
     std::map<util::uuid, std::set<Thing>> reported_; ///< by the identifier of the kind
 };
+
+} // namespace bryx

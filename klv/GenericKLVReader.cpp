@@ -8,6 +8,8 @@
 #include "klv/internal/ReportedStream.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace {
 
 /// Sends the start and the end of the stream to @p chain, and the events between them to @p handler, which is a part of it.
@@ -73,3 +75,5 @@ void GenericKLVReader::parse(std::istream& stream, std::streampos start, std::st
         walkReported(input, monitor, monitor, errorHandler_, end, stop);
     }
 }
+
+} // namespace bryx

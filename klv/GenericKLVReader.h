@@ -2,6 +2,8 @@
 
 #include "klv/KLVReader.h"
 
+namespace bryx {
+
 /// Reads the KLV coding of SMPTE ST 336 from any byte stream, one triplet after the other, and drives a KLVHandler.
 ///
 /// No tree is built and no value is held: a value goes to the buffers that the handler gives, or past it in pieces of
@@ -47,3 +49,5 @@ private:
     KLVHandler* handler_ = nullptr;
     ErrorHandler* errorHandler_ = nullptr;
 };
+
+} // namespace bryx

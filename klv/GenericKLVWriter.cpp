@@ -7,6 +7,8 @@
 #include "klv/internal/StreamAccess.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -199,3 +201,5 @@ void GenericKLVWriter::value(const std::uint8_t* data, std::uint64_t size) {
     write(data, size);
     valueSize_ += size;
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/KLVHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Writes the events of a KLV stream (ST 336) to an output stream, from where that stands. Wants every value.
 ///
 /// Every event requires "has started", and "successful write()": that the stream has taken all octets so far, which is
@@ -76,3 +78,5 @@ private:
     std::streamoff lengthPosition_ = 0;
     std::uint64_t valueSize_ = 0;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "klv/GroupValidatorFilter.h"
 
+namespace bryx {
+
 using util::require;
 
 GroupValidatorFilter::~GroupValidatorFilter() = default;
@@ -165,3 +167,5 @@ void GroupValidatorFilter::value(const std::uint8_t* data, std::uint64_t size) {
     take(size);
     next().value(data, size);
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/KLVFilter.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Sees to it that the sender of events keeps to the lengths it announced: that items come in sets and packs of their
 /// kind and fill them exactly, that values have the octets announced, and that every end belongs to the last start. For
 /// use in front of a writer; a reader's events are so by nature.
@@ -66,3 +68,5 @@ private:
     std::vector<Open> open_;
     std::uint8_t form_ = 0x83;
 };
+
+} // namespace bryx

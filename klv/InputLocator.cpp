@@ -1,3 +1,7 @@
 #include "klv/InputLocator.h"
 
+namespace bryx {
+
 InputLocator::~InputLocator() = default;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "klv/Locator.h"
 
+namespace bryx {
+
 /// Reports a position that somebody else keeps. The library's inputs count what they consume, so that no position is
 /// ever asked of the stream; an application with an input of its own can do the same.
 class BRYX_API InputLocator : public Locator {
@@ -15,3 +17,5 @@ public:
 private:
     const std::streampos& position_;
 };
+
+} // namespace bryx

@@ -6,7 +6,7 @@
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 KLVFieldForm itemLengthForm(const KLVKey& key) noexcept {
     static constexpr KLVFieldForm forms[] = {KLVFieldForm::BER, KLVFieldForm::OneOctet, KLVFieldForm::TwoOctets,
@@ -55,4 +55,4 @@ void writeField(std::ostream& stream, KLVFieldForm form, std::uint32_t value) {
     util::require(put(stream, octets, size) && stream.good(), "successful write()");
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

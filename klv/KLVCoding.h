@@ -11,6 +11,8 @@
 /// @file
 /// What ST 336 says of the form of a triplet: how its key tells the coding of its value, and how lengths are written.
 
+namespace bryx {
+
 /// The width of the tags of a local set and of the lengths of the items of a local set or variable-length pack.
 enum class KLVFieldForm : std::uint8_t {
     OneOctet = 0,
@@ -122,3 +124,5 @@ BRYX_API std::uint8_t fieldSize(KLVFieldForm form);
 BRYX_API void writeField(std::ostream& stream, KLVFieldForm form, std::uint32_t value);
 
 } // namespace klvutil
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "klv/KLVFillItemKeyFilter.h"
 
+namespace bryx {
+
 void KLVFillItemKeyFilter::setKeyVersion(std::uint8_t version) {
     util::require(version == 1 || version == 2, "valid fill item key version");
     version_ = version;
@@ -20,3 +22,5 @@ bool KLVFillItemKeyFilter::startIndividualItem(const KLVKey& key, std::uint64_t 
 void KLVFillItemKeyFilter::endIndividualItem(const KLVKey& key) {
     return version_ == 0 ? next().endIndividualItem(key) : next().endIndividualItem(versioned(key));
 }
+
+} // namespace bryx

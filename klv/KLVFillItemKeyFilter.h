@@ -4,6 +4,8 @@
 
 #include "klv/KLVFilter.h"
 
+namespace bryx {
+
 /// Deals with the two versions in which the key of fill items is found: octet 7 is 01 in files after ST 377:2004 and
 /// 02 after ST 377-1. Both mean fill.
 ///
@@ -22,3 +24,5 @@ private:
 
     std::uint8_t version_ = 0;
 };
+
+} // namespace bryx

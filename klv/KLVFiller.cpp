@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -95,3 +97,5 @@ void KLVFiller::writeFill(std::uint64_t size) {
         next().berLengthForm(form_);
     }
 }
+
+} // namespace bryx

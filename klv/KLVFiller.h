@@ -7,6 +7,8 @@
 #include "klv/Locator.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Where the KLV alignment grid of a partition begins: at the first octet of its pack (ST 377-1). Shared by all
 /// that write to one stream.
 struct KLVGrid {
@@ -85,3 +87,5 @@ namespace klvutil {
 BRYX_API std::uint64_t fillSize(std::uint64_t size, std::uint64_t alignment, std::uint8_t form);
 
 } // namespace klvutil
+
+} // namespace bryx

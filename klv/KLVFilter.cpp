@@ -1,5 +1,7 @@
 #include "klv/KLVFilter.h"
 
+namespace bryx {
+
 void KLVFilter::setHandler(KLVHandler* handler) {
     handler_ = handler;
 }
@@ -22,3 +24,5 @@ void ActionKLVFilter::setLocator(const Locator& locator) {
 void KLVStreamFilter::startStream(bool) {}
 
 void KLVStreamFilter::endStream(bool) {}
+
+} // namespace bryx

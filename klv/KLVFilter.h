@@ -6,6 +6,8 @@
 #include "klv/detail/KLVForwarding.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 /// A handler that stands in front of another one. The next handler is not owned and must outlive the stream.
 class BRYX_API KLVFilter : public KLVHandler {
 public:
@@ -86,3 +88,5 @@ public:
     void startStream(bool accurateLengths) override;
     void endStream(bool stopped) override;
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings of the KLV layer. All of them end the parse as klvutil::parse_error.
 
-namespace klvutil::findings {
+namespace bryx::klvutil::findings {
 
 /// Malformed KLV coding (SMPTE ST 336).
 inline constexpr util::uuid codingBase{
@@ -34,4 +34,4 @@ inline constexpr util::uuid streamBase{
 
 BRYX_KLV_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace klvutil::findings
+} // namespace bryx::klvutil::findings

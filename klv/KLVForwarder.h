@@ -4,6 +4,8 @@
 #include "klv/detail/KLVForwarding.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace klvutil::detail {
 
 class BRYX_API TargetPass : public KLVHandler {
@@ -31,3 +33,5 @@ class BRYX_API KLVForwarder : public klvutil::detail::KLVForwarding<klvutil::det
 public:
     ~KLVForwarder() override;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "klv/KLVHandler.h"
 
+namespace bryx {
+
 KLVHandler::~KLVHandler() = default;
+
+} // namespace bryx

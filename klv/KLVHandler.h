@@ -6,6 +6,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class Locator;
 
 /// Receives the events of a KLV stream (ST 336), and sends them: whoever writes a KLV stream makes the same calls in
@@ -87,3 +89,5 @@ public:
     /// The next octets of a wanted chunk. @p data is the handler's buffer, or valid during the call only.
     virtual void value(const std::uint8_t* data, std::uint64_t size) = 0;
 };
+
+} // namespace bryx

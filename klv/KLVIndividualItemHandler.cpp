@@ -1,3 +1,7 @@
 #include "klv/KLVIndividualItemHandler.h"
 
+namespace bryx {
+
 KLVIndividualItemHandler::~KLVIndividualItemHandler() = default;
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include "klv/KLVValueTypes.h"
 #include "util/hex.h"
 
+namespace bryx {
+
 std::string toString(const KLVKey& key) {
     if ((key[0] & 0x80U) != 0) {
         MXFUID uuid;
@@ -13,3 +15,5 @@ std::string toString(const KLVKey& key) {
     }
     return "urn:smpte:ul:" + util::hexGroups(key.octets.data(), key.octets.size());
 }
+
+} // namespace bryx

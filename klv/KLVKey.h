@@ -9,6 +9,8 @@
 #include "util/Api.h"
 #include "util/byte_order.h"
 
+namespace bryx {
+
 /// A 16-octet SMPTE Universal Label (ST 298), in file order: the key of a KLV triplet (ST 336) or a label held as a
 /// value.
 ///
@@ -76,3 +78,5 @@ inline constexpr KLVKey fillKey{
     {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x01, 0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00}};
 
 } // namespace klvutil
+
+} // namespace bryx

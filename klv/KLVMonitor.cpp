@@ -1,5 +1,7 @@
 #include "klv/KLVMonitor.h"
 
+namespace bryx {
+
 namespace {
 
 constexpr std::size_t usualDepth = 32;
@@ -113,3 +115,5 @@ void KLVMonitor::value(const std::uint8_t* data, std::uint64_t size) {
     }
     next().value(data, size);
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/InputLocator.h"
 #include "klv/KLVFilter.h"
 
+namespace bryx {
+
 /// Counts the octets of the events that pass and offers a locator with the positions that follow from them, for
 /// streams that cannot tell their position, such as pipes and the output of a writer.
 ///
@@ -80,3 +82,5 @@ private:
     std::uint64_t headSize_ = 0;  ///< octets of key and length in the form in force; 0 for none
     MonitoredLocator locator_{position_};
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "klv/KLVReader.h"
 
+namespace bryx {
+
 KLVReader::~KLVReader() = default;
+
+} // namespace bryx

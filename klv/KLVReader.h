@@ -5,6 +5,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class KLVHandler;
 
@@ -27,3 +29,5 @@ public:
     /// Reads from @p start, which is where a stream that can tell its position stands, to the end of the stream.
     virtual void parse(std::istream& stream, std::streampos start) = 0;
 };
+
+} // namespace bryx

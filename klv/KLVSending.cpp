@@ -5,7 +5,7 @@
 
 #include "klv/internal/KLVValueDelivery.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 namespace {
 
@@ -49,4 +49,4 @@ void sendLocalItem(KLVHandler& handler, std::uint32_t tag, const std::vector<std
     handler.endLocalItem(tag);
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

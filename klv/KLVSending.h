@@ -6,7 +6,7 @@
 #include "klv/KLVHandler.h"
 #include "util/Api.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Sends a value that is in memory to @p handler, chunk by chunk as the handler asks: what stands between the start and
 /// the end event of an item, for those who make events themselves.
@@ -20,4 +20,4 @@ BRYX_API void sendIndividualItem(KLVHandler& handler, const KLVKey& key, const s
 /// Sends an item of a local set whole: start event, value if it is wanted, end event.
 BRYX_API void sendLocalItem(KLVHandler& handler, std::uint32_t tag, const std::vector<std::uint8_t>& value);
 
-} // namespace klvutil
+} // namespace bryx::klvutil

@@ -1,5 +1,7 @@
 #include "klv/KLVStreamPadder.h"
 
+namespace bryx {
+
 KLVStreamPadder::~KLVStreamPadder() = default;
 
 void KLVStreamPadder::announce(std::uint64_t length) {
@@ -17,3 +19,5 @@ void KLVStreamPadder::endStream(bool /*stopped*/) {
     length_ = static_cast<std::uint64_t>(std::streamoff{getLocator().streampos()}) - start_;
     util::require(isComplete(), "region is as long as announced");
 }
+
+} // namespace bryx

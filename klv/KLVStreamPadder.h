@@ -5,6 +5,8 @@
 #include "klv/KLVFiller.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Pads a whole stream: its start begins a filled item, and its end, which writes the fill, ends that. Neither goes
 /// further, since the stream is a region of a longer one.
 ///
@@ -29,3 +31,5 @@ private:
     std::uint64_t start_ = 0;
     std::uint64_t length_ = 0;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "klv/KLVTeller.h"
 
+namespace bryx {
+
 KLVTeller::~KLVTeller() = default;
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "klv/InputLocator.h"
 #include "klv/KLVFilter.h"
 
+namespace bryx {
+
 /// Offers a locator for the events that pass, taken from the input they come from. The counterpart of KLVMonitor for
 /// streams that can seek.
 class BRYX_API KLVTeller : public DullKLVFilter {
@@ -17,3 +19,5 @@ public:
 private:
     InputLocator locator_;
 };
+
+} // namespace bryx

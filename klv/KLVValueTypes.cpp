@@ -6,6 +6,8 @@
 #include "util/utc_clock.h"
 #include "util/uuid.h"
 
+namespace bryx {
+
 std::string toString(const MXFUID& uid) {
     return util::toString(util::uuid{uid.octets});
 }
@@ -57,3 +59,5 @@ std::string toString(const MXFProductVersion& version) {
     });
     return text;
 }
+
+} // namespace bryx

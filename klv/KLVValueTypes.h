@@ -13,6 +13,8 @@
 /// @file
 /// Values that the sets, packs and tables of a file hold (ST 377-1 §4, ST 330).
 
+namespace bryx {
+
 /// A 16-octet identifier: instance UIDs, generation UIDs, link identifiers. All octets take part in comparisons.
 struct MXFUID {
     std::array<std::uint8_t, 16> octets{};
@@ -148,3 +150,5 @@ struct MXFProductVersion {
 
 /// The five numbers with points between them, as in "4.15.0.143.1".
 BRYX_API std::string toString(const MXFProductVersion& version);
+
+} // namespace bryx

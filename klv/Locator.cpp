@@ -1,3 +1,7 @@
 #include "klv/Locator.h"
 
+namespace bryx {
+
 Locator::~Locator() = default;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Tells where in its stream an engine is.
 class BRYX_API Locator {
 public:
@@ -18,3 +20,5 @@ public:
     /// changes, as reading goes on.
     virtual const std::streampos& streampos() const = 0;
 };
+
+} // namespace bryx

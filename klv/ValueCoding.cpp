@@ -2,7 +2,7 @@
 
 #include "util/utf8.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 void ValueCoding<std::string>::read(OctetReader& from, std::string& value) {
     const std::size_t size = from.left();
@@ -33,4 +33,4 @@ void ValueCoding<std::wstring>::write(OctetWriter& to, const std::wstring& value
     }
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

@@ -19,7 +19,7 @@
 /// Integers are big-endian, a record is its fields in order, and an array or a batch of T is a header of two 32-bit
 /// numbers, the count and the size of an element in octets, followed by the elements (ST 377-1 §4.3).
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Reads values from octets in memory. Never reads beyond them: a value that does not fit throws std::length_error.
 class OctetReader {
@@ -216,4 +216,4 @@ std::vector<std::uint8_t> writeValue(const T& value) {
     return octets;
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

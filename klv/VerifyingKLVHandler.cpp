@@ -10,6 +10,8 @@
 #include "klv/internal/StreamAccess.h"
 #include "klv/parse_error.h"
 
+namespace bryx {
+
 namespace klvutil::detail {
 
 VerifyingPass::VerifyingPass(std::iostream& written, KLVHandler* inner)
@@ -68,3 +70,5 @@ template class KLVForwarding<VerifyingPass>;
 
 VerifyingKLVHandler::exception::~exception() = default;
 VerifyingKLVHandler::~VerifyingKLVHandler() = default;
+
+} // namespace bryx

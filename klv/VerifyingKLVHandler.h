@@ -9,6 +9,8 @@
 #include "klv/detail/KLVForwarding.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class GroupValidatorFilter;
 
 namespace klvutil {
@@ -75,3 +77,5 @@ public:
     VerifyingKLVHandler(std::iostream& written, KLVHandler* inner) : KLVForwarding(written, inner) {}
     ~VerifyingKLVHandler() override;
 };
+
+} // namespace bryx

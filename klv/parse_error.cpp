@@ -1,6 +1,6 @@
 #include "klv/parse_error.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 parse_error::parse_error(const Finding& finding, std::streampos position, const std::string& detail)
     : std::runtime_error(describe(finding, detail)), id_(finding.id), position_(position) {}
@@ -12,4 +12,4 @@ void fail(ErrorHandler* errorHandler, const Finding& finding, std::streampos pos
     throw parse_error(finding, position, detail);
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

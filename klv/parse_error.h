@@ -7,7 +7,7 @@
 #include "klv/Finding.h"
 #include "util/Api.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Thrown where malformed data or a failing stream ends a parse.
 class BRYX_API parse_error : public std::runtime_error {
@@ -34,4 +34,4 @@ private:
 [[noreturn]] BRYX_API void fail(ErrorHandler* errorHandler, const Finding& finding, std::streampos position,
                                 const std::string& detail = {});
 
-} // namespace klvutil
+} // namespace bryx::klvutil

@@ -1,5 +1,7 @@
 #include "sdk/BRYXEssenceSplitter.h"
 
+namespace bryx {
+
 BRYXGCEssenceKeyClassifier::~BRYXGCEssenceKeyClassifier() = default;
 BRYXEssenceSplitter::~BRYXEssenceSplitter() = default;
 
@@ -25,3 +27,5 @@ bool BRYXEssenceSplitter::isCompoundElement(const KLVKey& key) const {
 bool BRYXEssenceSplitter::allowsSecondKind() const {
     return true;
 }
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/essence/MXFGCSplitter.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Decides which keys are those of essence elements.
 class BRYX_API BRYXGCEssenceKeyClassifier {
 public:
@@ -36,3 +38,5 @@ private:
 
     const BRYXGCEssenceKeyClassifier* classifier_ = nullptr;
 };
+
+} // namespace bryx

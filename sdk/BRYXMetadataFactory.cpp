@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace bryx {
+
 BRYXMetadataFactory::BRYXMetadataFactory() {
     add(std::make_shared<MXFFormatMetadataModelFactory>());
     add(std::make_shared<MXFMPEGMetadataModelFactory>());
@@ -28,3 +30,5 @@ void BRYXMetadataFactory::add(std::shared_ptr<MXFMetadataFamily> family) {
 std::shared_ptr<MXFMetadataFactory> createBRYXDefaultMetadataFactory() {
     return std::make_shared<BRYXMetadataFactory>();
 }
+
+} // namespace bryx

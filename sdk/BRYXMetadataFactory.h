@@ -6,6 +6,8 @@
 #include "mxf/metadata/factories/MXFMetadataFamilies.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// The factory of all sets that the library knows. A copy has factories of its own.
 class BRYX_API BRYXMetadataFactory : public MXFMetadataModelFactory {
 public:
@@ -25,3 +27,5 @@ private:
 
 /// A new BRYXMetadataFactory.
 BRYX_API std::shared_ptr<MXFMetadataFactory> createBRYXDefaultMetadataFactory();
+
+} // namespace bryx

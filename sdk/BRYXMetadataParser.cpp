@@ -3,6 +3,8 @@
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/metadata/parsing/MXFMetadataModelParser.h"
 
+namespace bryx {
+
 namespace {
 
 /// Calls the handler, and the parser of the model.
@@ -106,3 +108,5 @@ void BRYXMetadataParser::setOtherHandler(KLVHandler* handler) {
 KLVHandler& BRYXMetadataParser::handler() {
     return chain_->headerParser;
 }
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class KLVHandler;
 class MXFMetadataFactory;
@@ -33,3 +35,5 @@ private:
     class Chain;
     std::unique_ptr<Chain> chain_;
 };
+
+} // namespace bryx

@@ -13,6 +13,8 @@
 #include "util/internal/octets.h"
 #include "util/utf8.h"
 
+namespace bryx {
+
 namespace {
 
 /// Keeps the value of the first text.
@@ -104,3 +106,5 @@ std::wstring parseBRYXPackageKLVMetadata(const std::vector<std::uint8_t>& klv) {
     }
     return util::utf8::toWide(klvutil::readValue<std::string>(text.octets()));
 }
+
+} // namespace bryx

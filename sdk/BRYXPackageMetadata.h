@@ -13,6 +13,8 @@
 /// The metadata of a content package, as the package metadata set of an SDTI-CP system item carries it (ST 331, ST 385):
 /// which material the package belongs to, and KLV triplets about it.
 
+namespace bryx {
+
 /// Local tags and values: the items of a package metadata set.
 using BRYXPackageItems = std::vector<std::pair<unsigned, std::vector<std::uint8_t>>>;
 
@@ -50,3 +52,5 @@ BRYX_API std::vector<std::uint8_t> createBRYXPackageKLVMetadata(const std::wstri
 /// @throws klvutil::parse_error if the octets are no KLV triplets
 /// @throws util::utf8::exception or std::length_error if the text cannot be decoded
 BRYX_API std::wstring parseBRYXPackageKLVMetadata(const std::vector<std::uint8_t>& klv);
+
+} // namespace bryx

@@ -9,6 +9,8 @@
 #include "sdk/internal/BRYXMetadataChain.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 BRYXPartialReader::~BRYXPartialReader() = default;
 
 namespace {
@@ -83,3 +85,5 @@ private:
 std::shared_ptr<BRYXPartialReader> createBRYXPartialReader(std::shared_ptr<std::istream> stream) {
     return std::make_shared<BRYXPartialReaderImpl>(std::move(stream));
 }
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "mxf/structure/MXFStructureHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Reads single partitions, or the random index, of a file in a stream that can seek, and nothing of the essence: where
 /// a whole file would take long and only its structure, header metadata or index matters. The file may still be growing.
 ///
@@ -47,3 +49,5 @@ public:
 
 /// A partial reader of @p stream, which it holds as well. Requires "stream is present".
 BRYX_API std::shared_ptr<BRYXPartialReader> createBRYXPartialReader(std::shared_ptr<std::istream> stream);
+
+} // namespace bryx

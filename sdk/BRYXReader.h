@@ -17,6 +17,8 @@
 #include "util/Api.h"
 #include "validation/BRYXValidationMode.h"
 
+namespace bryx {
+
 /// Reads an MXF file from its first octet to its last, tells the handlers what it holds, and checks it on the way.
 ///
 /// @code
@@ -90,3 +92,5 @@ public:
 /// A reader of @p stream, which it holds as well. Requires "stream is present".
 BRYX_API std::shared_ptr<BRYXReader> createBRYXReader(std::shared_ptr<std::istream> stream,
                                                       BRYXValidationMode::Enum mode);
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "sdk/BRYXSystemParser.h"
 
+namespace bryx {
+
 namespace {
 
 /// The item type of system items that are not of the SDTI-CP compatible scheme (ST 379-1, ST 394).
@@ -36,3 +38,5 @@ void BRYXSystemParser::fixedLengthPack(const KLVKey& key, const std::uint8_t* da
 void BRYXSystemParser::variableLengthPack(const KLVKey& key, const MXFGCItems& items) {
     parserOf(key).variableLengthPack(key, items);
 }
+
+} // namespace bryx

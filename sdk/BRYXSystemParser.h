@@ -4,6 +4,8 @@
 #include "mxf/essence/MXFSDTICPSystemParser.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Decodes system items of both schemes that are known, as the system handler of an MXFGCSplitter: the item type in the key
 /// of an element, its octet 12, tells which. What has no handler is declined silently.
 class BRYX_API BRYXSystemParser : public MXFGCSystemHandler {
@@ -33,3 +35,5 @@ private:
     MXFSDTICPSystemParser sdtiCP_;
     MXFPDProxySystemParser pdProxy_;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "sdk/BRYXVersion.h"
 
+namespace bryx {
+
 MXFProductVersion getBRYXToolkitVersion() {
     return {BRYX_VERSION, MXFProductVersion::Release::Released};
 }
@@ -7,3 +9,5 @@ MXFProductVersion getBRYXToolkitVersion() {
 std::wstring getBRYXPlatform() {
     return L"Bryxsuite (Win32)";
 }
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "sdk/internal/VerifyingBRYXWriterImpl.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 BRYXWriter::~BRYXWriter() = default;
 VerifyingBRYXWriter::~VerifyingBRYXWriter() = default;
 
@@ -32,3 +34,5 @@ std::shared_ptr<BRYXWriter> createBRYXWriter(std::shared_ptr<std::ostream> strea
 std::shared_ptr<VerifyingBRYXWriter> createVerifyingBRYXWriter(std::shared_ptr<std::iostream> stream) {
     return std::make_shared<VerifyingBRYXWriterImpl>(std::move(stream));
 }
+
+} // namespace bryx

@@ -13,6 +13,8 @@
 #include "mxf/structure/MXFPartitionPack.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class KLVHandler;
 class MXFGCEssenceHandler;
 class MXFGCStructureHandler;
@@ -202,3 +204,5 @@ BRYX_API std::shared_ptr<BRYXWriter> createBRYXWriter(std::shared_ptr<std::ostre
 
 /// @param stream written to from where it stands, and read from; it can seek
 BRYX_API std::shared_ptr<VerifyingBRYXWriter> createVerifyingBRYXWriter(std::shared_ptr<std::iostream> stream);
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 /// The label of a frame (ST 12-1).
 struct Timecode {
     std::uint8_t hours = 0;
@@ -22,3 +24,5 @@ struct Timecode {
 
 /// Such as "10:11:12:13", with a semicolon before the frames if labels are dropped.
 BRYX_API std::string toString(const Timecode& timecode);
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "timecode/internal/NTSCDropFrameCalculator.h"
 #include "timecode/internal/RegularTimecodeCalculator.h"
 
+namespace bryx {
+
 TimecodeCalculator::~TimecodeCalculator() = default;
 
 using util::detail::AnyInteger;
@@ -75,3 +77,5 @@ std::unique_ptr<TimecodeCalculator> util::detail::createTimecodeCalculator(AnyIn
     const std::uint64_t rounded = n / d + (n % d >= d - d / 2 ? 1 : 0);
     return std::make_unique<RegularTimecodeCalculator>(inRange(rounded), std::uint8_t{1});
 }
+
+} // namespace bryx

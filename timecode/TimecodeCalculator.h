@@ -6,6 +6,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Converts between frame counts and timecodes (ST 12-1): labels of hours, minutes, seconds and frames, and optionally
 /// a part of a frame.
 ///
@@ -114,3 +116,5 @@ std::unique_ptr<TimecodeCalculator> createTimecodeCalculator(FrameRate frameRate
         return util::detail::createTimecodeCalculator(anyInteger(frameRate), dropFrame, anyInteger(subFrames));
     }
 }
+
+} // namespace bryx

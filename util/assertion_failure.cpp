@@ -1,6 +1,6 @@
 #include "util/assertion_failure.h"
 
-namespace util {
+namespace bryx::util {
 
 assertion_failure::assertion_failure(const std::string& condition)
     : std::runtime_error("assertion failure: " + condition) {}
@@ -11,4 +11,4 @@ void failAssertion(const char* condition) {
     throw assertion_failure(condition);
 }
 
-} // namespace util
+} // namespace bryx::util

@@ -5,7 +5,7 @@
 
 #include "util/Api.h"
 
-namespace util {
+namespace bryx::util {
 
 /// Thrown when a precondition or an invariant of the library does not hold: a caller's misuse or a contradiction
 /// inside the library, never the fault of the data that is read.
@@ -29,4 +29,4 @@ constexpr void require(bool holds, const char* condition) {
     }
 }
 
-} // namespace util
+} // namespace bryx::util

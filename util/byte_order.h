@@ -5,10 +5,12 @@
 #include <type_traits>
 #include <utility>
 
+#include "util/Api.h"
+
 /// @file
 /// The one home of big-endian access: every multi-octet field of KLV and MXF is stored most significant octet first.
 
-namespace util {
+namespace bryx::util {
 
 namespace detail {
 
@@ -41,4 +43,4 @@ constexpr void storeBigEndian(std::uint8_t* to, std::uint64_t value, std::size_t
     }
 }
 
-} // namespace util
+} // namespace bryx::util

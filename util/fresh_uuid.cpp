@@ -16,7 +16,7 @@
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
-namespace util {
+namespace bryx::util {
 
 #if defined(BRYX_FIXED_UUIDS)
 
@@ -79,4 +79,4 @@ uuid freshUUID() {
 
 #endif
 
-} // namespace util
+} // namespace bryx::util

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace util {
+namespace bryx::util {
 
 void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size) {
     static constexpr char digits[] = "0123456789abcdef";
@@ -23,4 +23,4 @@ std::string hexGroups(const std::uint8_t* octets, std::size_t size) {
     return text;
 }
 
-} // namespace util
+} // namespace bryx::util

@@ -6,7 +6,7 @@
 
 #include "util/Api.h"
 
-namespace util {
+namespace bryx::util {
 
 /// Appends @p size octets as lower-case hexadecimal digits, two an octet.
 BRYX_API void appendHex(std::string& text, const std::uint8_t* octets, std::size_t size);
@@ -15,4 +15,4 @@ BRYX_API void appendHex(std::string& text, const std::uint8_t* octets, std::size
 /// group may be shorter.
 BRYX_API std::string hexGroups(const std::uint8_t* octets, std::size_t size);
 
-} // namespace util
+} // namespace bryx::util

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-namespace util {
+namespace bryx::util {
 
 UTCTime currentUTCTime() {
     using namespace std::chrono;
@@ -19,4 +19,4 @@ UTCTime currentUTCTime() {
     return result;
 }
 
-} // namespace util
+} // namespace bryx::util

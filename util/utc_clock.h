@@ -4,7 +4,7 @@
 
 #include "util/Api.h"
 
-namespace util {
+namespace bryx::util {
 
 /// A time of day in UTC, broken down.
 struct UTCTime {
@@ -15,4 +15,4 @@ struct UTCTime {
 /// The current time of the system's clock.
 BRYX_API UTCTime currentUTCTime();
 
-} // namespace util
+} // namespace bryx::util

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace bryx {
+
 namespace util::utf8 {
 
 exception::~exception() = default;
@@ -138,3 +140,5 @@ std::wstring fromUTF16(const std::u16string& units) {
 }
 
 } // namespace util::utf8
+
+} // namespace bryx

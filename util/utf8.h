@@ -8,6 +8,8 @@
 /// @file
 /// Text conversions. Text is held as std::wstring: UTF-32 where wchar_t has four octets, UTF-16 where it has two.
 
+namespace bryx {
+
 namespace util::utf8 {
 
 /// Base of the errors of text conversion.
@@ -51,3 +53,5 @@ BRYX_API std::u16string toUTF16(const std::wstring& text);
 BRYX_API std::wstring fromUTF16(const std::u16string& units);
 
 } // namespace util::utf8
+
+} // namespace bryx

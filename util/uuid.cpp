@@ -2,7 +2,7 @@
 
 #include "util/hex.h"
 
-namespace util {
+namespace bryx::util {
 
 std::string toString(const uuid& id) {
     std::string text = "urn:uuid:";
@@ -17,4 +17,4 @@ std::string toString(const uuid& id) {
     return text;
 }
 
-} // namespace util
+} // namespace bryx::util

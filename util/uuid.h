@@ -6,7 +6,7 @@
 
 #include "util/Api.h"
 
-namespace util {
+namespace bryx::util {
 
 /// A 16-octet identifier (RFC 4122 octet order). The library uses it to name kinds of findings.
 struct uuid {
@@ -26,4 +26,4 @@ inline bool operator<(const uuid& a, const uuid& b) noexcept {
 /// The text form with "urn:uuid:" in front, as in "urn:uuid:6ba7b810-9dad-11d1-80b4-00c04fd430c8".
 BRYX_API std::string toString(const uuid& id);
 
-} // namespace util
+} // namespace bryx::util

@@ -1,5 +1,7 @@
 #include "validation/BRYXChecks.h"
 
+namespace bryx {
+
 #define BRYX_LIST_CHECK(name, ...) &name,
 
 /// The group of the checks in @p space that @p rows lists.
@@ -21,3 +23,5 @@ const std::vector<BRYXCheckGroup>& getBRYXChecks() {
     };
     return groups;
 }
+
+} // namespace bryx

@@ -10,6 +10,8 @@
 /// The checks that the public reader makes of a file beyond what its parsers need. Each is declared here, in one row;
 /// docs/validation.md is made of these rows.
 
+namespace bryx {
+
 /// One check.
 struct BRYXCheck {
     const char* name;              ///< of the constant
@@ -313,3 +315,5 @@ inline constexpr util::uuid base{
 BRYX_SYSTEM_CHECKS(BRYX_DEFINE_CHECK)
 
 } // namespace BRYXSystemChecks
+
+} // namespace bryx

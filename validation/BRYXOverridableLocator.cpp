@@ -4,6 +4,8 @@
 
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 BRYXOverridableLocator::~BRYXOverridableLocator() = default;
@@ -55,7 +57,7 @@ void BRYXOverridableLocator::leaveStream() {
     current_ = streams_.empty() ? nullptr : streams_.back();
 }
 
-BRYXOverridableLocator::ErrorHandler::ErrorHandler(std::shared_ptr<::ErrorHandler> handler,
+BRYXOverridableLocator::ErrorHandler::ErrorHandler(std::shared_ptr<bryx::ErrorHandler> handler,
                                                    std::shared_ptr<BRYXOverridableLocator> locator)
     : handler_(std::move(handler)), locator_(std::move(locator)) {
     require(handler_ != nullptr, "error handler is present");
@@ -112,3 +114,5 @@ void BRYXOverridableLocator::ErrorHandler::error(const util::uuid& id, const std
 void BRYXOverridableLocator::ErrorHandler::fatalError(const util::uuid& id, const std::string& message) {
     handler_->fatalError(id, message);
 }
+
+} // namespace bryx

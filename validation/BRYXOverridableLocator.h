@@ -9,6 +9,8 @@
 #include "klv/Locator.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// A locator that outlives the readings whose positions it tells, and that can be made to tell another one: where
 /// something is found wrong later than it is read, the report is to point at what it is about.
 ///
@@ -16,10 +18,10 @@
 class BRYX_API BRYXOverridableLocator : public Locator {
 public:
     /// Passes the reports of a reading on to a handler that gets its positions from an overridable locator.
-    class BRYX_API ErrorHandler : public ::ErrorHandler {
+    class BRYX_API ErrorHandler : public bryx::ErrorHandler {
     public:
         /// Requires "error handler is present" and "has locator".
-        ErrorHandler(std::shared_ptr<::ErrorHandler> handler, std::shared_ptr<BRYXOverridableLocator> locator);
+        ErrorHandler(std::shared_ptr<bryx::ErrorHandler> handler, std::shared_ptr<BRYXOverridableLocator> locator);
         ~ErrorHandler() override;
 
         /// Makes @p locator the current one, and hands the overridable locator on.
@@ -34,7 +36,7 @@ public:
         template <class Call>
         void beforeStream(Call call);
 
-        std::shared_ptr<::ErrorHandler> handler_;
+        std::shared_ptr<bryx::ErrorHandler> handler_;
         std::shared_ptr<BRYXOverridableLocator> locator_;
     };
 
@@ -64,3 +66,5 @@ private:
     std::streampos last_ = 0;
     bool hasLast_ = false;
 };
+
+} // namespace bryx

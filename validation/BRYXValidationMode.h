@@ -2,9 +2,11 @@
 
 #include <cstdint>
 
+#include "util/Api.h"
+
 /// How strictly a file is checked while it is read. Each mode makes the checks of those before it as well;
 /// docs/validation.md lists them all.
-namespace BRYXValidationMode {
+namespace bryx::BRYXValidationMode {
 
 /// The modes, from the mildest to the strictest.
 enum Enum : std::uint8_t {
@@ -14,4 +16,4 @@ enum Enum : std::uint8_t {
     Strict = 3    ///< what they say "should", recommended practice, and sharp consistency
 };
 
-} // namespace BRYXValidationMode
+} // namespace bryx::BRYXValidationMode

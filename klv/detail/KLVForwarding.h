@@ -2,7 +2,7 @@
 
 #include "klv/KLVHandler.h"
 
-namespace klvutil::detail {
+namespace bryx::klvutil::detail {
 
 /// Overrides every event of KLVHandler with one call of `Base::pass(f)`, where f makes the same call on the handler
 /// it is given and returns its result. What passing means is said once, in Base.
@@ -87,4 +87,4 @@ public:
     }
 };
 
-} // namespace klvutil::detail
+} // namespace bryx::klvutil::detail

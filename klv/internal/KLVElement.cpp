@@ -5,6 +5,8 @@
 #include "klv/internal/KLVWalk.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = klvutil::findings;
 
 std::uint64_t KLVElement::readLength() {
@@ -92,3 +94,5 @@ void KLVWrapper::parse() {
         length, [&] { return walk_.handler.startWrapper(key_, length, kind); }, [&] { walk_.deliver(length); },
         [&] { walk_.handler.endWrapper(key_); });
 }
+
+} // namespace bryx

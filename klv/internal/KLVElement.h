@@ -4,6 +4,8 @@
 
 #include "klv/KLVKey.h"
 
+namespace bryx {
+
 class KLVWalk;
 
 /// One triplet, from the end of its key on.
@@ -66,3 +68,5 @@ public:
     using KLVElement::KLVElement;
     void parse() override;
 };
+
+} // namespace bryx

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 std::string KLVEventLog::difference(const KLVEventLog& read) const {
     if (events_.size() != read.events_.size()) {
@@ -121,4 +121,4 @@ void KLVEventLog::value(const std::uint8_t* data, std::uint64_t size) {
     item.checkSum = sum_.checksum();
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

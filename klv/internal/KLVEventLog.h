@@ -9,7 +9,7 @@
 
 #include "klv/KLVHandler.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Keeps the events of an outermost triplet for comparison: of values, their sizes and a check sum.
 class KLVEventLog : public KLVHandler {
@@ -78,4 +78,4 @@ private:
     CheckSum sum_;
 };
 
-} // namespace klvutil
+} // namespace bryx::klvutil

@@ -6,6 +6,8 @@
 #include "klv/KLVFindings.h"
 #include "klv/parse_error.h"
 
+namespace bryx {
+
 namespace findings = klvutil::findings;
 
 namespace {
@@ -146,3 +148,5 @@ void KLVInput::settle() {
         fail(findings::unsuccessfulSeek);
     }
 }
+
+} // namespace bryx

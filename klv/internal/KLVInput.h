@@ -12,6 +12,8 @@
 #include "klv/internal/StreamAccess.h"
 #include "util/byte_order.h"
 
+namespace bryx {
+
 /// The octets of a stream, counted as they are consumed. Every fault of the stream leaves as klvutil::parse_error with
 /// the position of the innermost triplet, whatever the stream buffer throws and whatever the stream's exception mask.
 class KLVInput {
@@ -115,3 +117,5 @@ private:
     std::streampos located_;
     std::unique_ptr<std::uint8_t[]> piece_;
 };
+
+} // namespace bryx

@@ -6,7 +6,7 @@
 #include "klv/KLVHandler.h"
 #include "util/assertion_failure.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Passes a value of @p length octets from @p source to @p handler, chunk by chunk as the handler asks.
 ///
@@ -44,4 +44,4 @@ void deliverValue(Source& source, KLVHandler& handler, std::uint64_t length) {
     }
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

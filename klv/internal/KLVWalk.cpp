@@ -6,6 +6,8 @@
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
+namespace bryx {
+
 namespace findings = klvutil::findings;
 
 namespace {
@@ -137,3 +139,5 @@ std::uint64_t KLVWalk::readField(KLVFieldForm form) {
     }
     return number(klvutil::fieldSize(form));
 }
+
+} // namespace bryx

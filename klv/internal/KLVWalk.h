@@ -9,6 +9,8 @@
 #include "klv/internal/KLVInput.h"
 #include "klv/internal/KLVValueDelivery.h"
 
+namespace bryx {
+
 /// What the elements of one parse share: the input, the handler, the last BER length form reported, and the innermost
 /// set or pack that is being walked.
 class KLVWalk {
@@ -107,3 +109,5 @@ void KLVWalk::walkContent(std::uint64_t length, Start start, Content content, En
         input.fail(*overrun_);
     }
 }
+
+} // namespace bryx

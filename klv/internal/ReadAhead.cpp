@@ -6,6 +6,8 @@
 
 #include "klv/internal/StreamAccess.h"
 
+namespace bryx {
+
 namespace {
 
 /// More than the buffer of a file stream has, so that octets do not go through both.
@@ -125,3 +127,5 @@ bool ReadAhead::seek(std::streamoff position) {
     position_ = position;
     return true;
 }
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include <memory>
 #include <streambuf>
 
+namespace bryx {
+
 /// The octets of a stream buffer, taken in larger pieces than they are asked for, since a few at a time are most of what
 /// is asked for between values: what it holds is taken without a call. Long values go past it, straight to where they
 /// are wanted.
@@ -77,3 +79,5 @@ private:
     const std::uint8_t* next_; ///< of what is held
     const std::uint8_t* end_;
 };
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "klv/ErrorHandler.h"
 
+namespace bryx {
+
 class Locator;
 
 namespace klvutil {
@@ -26,3 +28,5 @@ void reportedStream(ErrorHandler* errorHandler, const Locator& locator, Read rea
 }
 
 } // namespace klvutil
+
+} // namespace bryx

@@ -1,6 +1,6 @@
 #include "klv/internal/StreamAccess.h"
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 StreamExtent extentOf(std::istream& stream) {
     std::streambuf* const buffer = stream.rdbuf();
@@ -27,4 +27,4 @@ bool atEnd(std::istream& stream) {
     return stream.rdstate() == std::ios::eofbit;
 }
 
-} // namespace klvutil
+} // namespace bryx::klvutil

@@ -13,7 +13,7 @@
 /// The one home of what the library asks of a caller's stream beside its octets. Nothing here throws what a stream buffer
 /// or the stream's exception mask would.
 
-namespace klvutil {
+namespace bryx::klvutil {
 
 /// Runs @p operation on a stream buffer. Returns false if it throws, whatever it throws; only the unwinding of a
 /// cancelled thread passes through.
@@ -93,4 +93,4 @@ StreamExtent extentOf(std::istream& stream);
 /// Whether there is nothing more to read, and nothing wrong with the stream. Its end-of-file state is set then.
 bool atEnd(std::istream& stream);
 
-} // namespace klvutil
+} // namespace bryx::klvutil

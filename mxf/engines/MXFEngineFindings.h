@@ -5,7 +5,7 @@
 /// @file
 /// The findings of the engines that follow the partition layout of a file.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// The partition layout.
 inline constexpr util::uuid layoutBase{
@@ -26,4 +26,4 @@ inline constexpr util::uuid layoutBase{
 
 BRYX_ENGINE_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

@@ -4,6 +4,8 @@
 #include "klv/KLVMonitor.h"
 #include "mxf/structure/MXFStructureCoder.h"
 
+namespace bryx {
+
 MXFMuxer::MXFMuxer()
     : monitor_(std::make_unique<KLVMonitor>(KLVMonitor::UnknownLengths::Counted)),
       body_(std::make_unique<KLVStreamFilter>()), headerMetadata_(std::make_unique<KLVStreamPadder>(grid_)),
@@ -50,3 +52,5 @@ KLVHandler& MXFMuxer::bodyReceiver() {
 const Locator& MXFMuxer::getLocator() const {
     return monitor_->getLocator();
 }
+
+} // namespace bryx

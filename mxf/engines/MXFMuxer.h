@@ -5,6 +5,8 @@
 #include "klv/KLVStreamPadder.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class KLVHandler;
 class KLVMonitor;
 class KLVStreamFilter;
@@ -47,3 +49,5 @@ private:
     std::unique_ptr<KLVStreamPadder> index_;
     std::unique_ptr<MXFStructureCoder> structure_;
 };
+
+} // namespace bryx

@@ -23,6 +23,8 @@
 #include "util/byte_order.h"
 #include "util/internal/octets.h"
 
+namespace bryx {
+
 namespace {
 
 /// Passes the first partition on, and nothing of what follows.
@@ -259,3 +261,5 @@ bool MXFPartialReader::readRandomIndexPack() {
     stream.read(splitter, errorHandler_, position, position + 1, stop);
     return true;
 }
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class KLVHandler;
 class MXFIndexHandler;
@@ -63,3 +65,5 @@ private:
     std::istream* stream_ = nullptr;
     std::uint64_t base_ = 0;
 };
+
+} // namespace bryx

@@ -10,6 +10,8 @@
 #include "mxf/structure/DullMXFStructureHandler.h"
 #include "mxf/structure/MXFRunInSkipper.h"
 
+namespace bryx {
+
 namespace {
 
 /// Gives a stream the state of another at its end, however that comes.
@@ -63,3 +65,5 @@ void MXFReader::read(std::istream& stream) {
     const StateOf shared(prefixed, stream);
     reader.parse(prefixed, start);
 }
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class KLVHandler;
 class MXFStructureHandler;
@@ -63,3 +65,5 @@ private:
     KLVHandler* genericStreamHandler_ = nullptr;
     ErrorHandler* errorHandler_ = nullptr;
 };
+
+} // namespace bryx

@@ -12,6 +12,8 @@
 #include "mxf/structure/internal/MXFPartitionTracker.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using Pack = MXFPartitionTracker::Pack;
 
@@ -402,3 +404,5 @@ void MXFSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, st
 void MXFSplitter::fail(const klvutil::Finding& finding, const KLVKey* key) const {
     klvutil::fail(errorHandler_, finding, tracker_->locator().streampos(), key == nullptr ? "" : toString(*key));
 }
+
+} // namespace bryx

@@ -12,6 +12,8 @@
 #include "mxf/structure/MXFTripletPosition.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class MXFPartitionTracker;
 class MXFStructureHandler;
@@ -152,3 +154,5 @@ private:
     std::uint64_t headerEnd_ = 0;
     std::uint64_t indexEnd_ = 0;
 };
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "mxf/engines/MXFMuxer.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Writes an MXF stream in one pass: the chain of an MXFMuxer, and the stream it ends in. What comes when is for the
 /// caller to decide, through the receivers.
 ///
@@ -19,3 +21,5 @@ public:
 private:
     GenericKLVWriter writer_; ///< destroyed before the muxer
 };
+
+} // namespace bryx

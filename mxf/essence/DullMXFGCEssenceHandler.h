@@ -3,6 +3,8 @@
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Wants no element, and does nothing at each call. Derive from it to do something at some of them.
 class BRYX_API DullMXFGCEssenceHandler : public MXFGCEssenceHandler {
 public:
@@ -15,3 +17,5 @@ public:
                          std::uint64_t offset) override;
     void setLengthForm(std::uint8_t form) override;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 
+namespace bryx {
+
 void DullMXFGCStructureHandler::startStream(std::uint64_t) {}
 void DullMXFGCStructureHandler::endStream() {}
 void DullMXFGCStructureHandler::startContentPackage() {}
@@ -10,3 +12,5 @@ void DullMXFGCStructureHandler::startPad(std::uint64_t) {}
 void DullMXFGCStructureHandler::endPad() {}
 void DullMXFGCStructureHandler::startAlign(std::uint64_t) {}
 void DullMXFGCStructureHandler::endAlign() {}
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/essence/MXFGCStructureHandler.h"
 
+namespace bryx {
+
 /// Does nothing. Derive from it to override only what matters.
 class BRYX_API DullMXFGCStructureHandler : public MXFGCStructureHandler {
 public:
@@ -16,3 +18,5 @@ public:
     void startAlign(std::uint64_t alignment) override;
     void endAlign() override;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/essence/DullMXFSDTICPSystemHandler.h"
 
+namespace bryx {
+
 DullMXFSDTICPSystemHandler::~DullMXFSDTICPSystemHandler() = default;
 
 void DullMXFSDTICPSystemHandler::systemMetadata(const MXFSystemMetadataPack& /*pack*/) {}
@@ -8,3 +10,5 @@ void DullMXFSDTICPSystemHandler::pictureMetadata(const MXFGCItems& /*items*/) {}
 void DullMXFSDTICPSystemHandler::soundMetadata(const MXFGCItems& /*items*/) {}
 void DullMXFSDTICPSystemHandler::dataMetadata(const MXFGCItems& /*items*/) {}
 void DullMXFSDTICPSystemHandler::controlData(const std::uint8_t* /*data*/, std::size_t /*size*/) {}
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Does nothing at each call. Derive from it to do something at some of them.
 class BRYX_API DullMXFSDTICPSystemHandler : public MXFSDTICPSystemHandler {
 public:
@@ -14,3 +16,5 @@ public:
     void dataMetadata(const MXFGCItems& items) override;
     void controlData(const std::uint8_t* data, std::size_t size) override;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "mxf/essence/MXFGCChunkedEssenceHandler.h"
 
+namespace bryx {
+
 MXFGCChunkedEssenceHandler::~MXFGCChunkedEssenceHandler() = default;
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives essence elements in chunks of its own choosing: for elements too long to be in memory, as clip-wrapped
 /// essence is. An MXFGCEssenceHandler that is this too is asked for each element that it wants without a buffer.
 class BRYX_API MXFGCChunkedEssenceHandler {
@@ -27,3 +29,5 @@ public:
     virtual bool startChunkedElement(const KLVKey& key, std::uint64_t length, std::uint64_t offset, std::uint64_t& size,
                                      std::uint8_t*& buffer) = 0;
 };
+
+} // namespace bryx

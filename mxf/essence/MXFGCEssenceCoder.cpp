@@ -3,6 +3,8 @@
 #include "klv/KLVHandler.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 MXFGCEssenceCoder::~MXFGCEssenceCoder() = default;
@@ -97,3 +99,5 @@ void MXFGCEssenceCoder::compoundElement(const KLVKey& key, const std::uint8_t* d
                                         std::uint64_t /*offset*/) {
     element(key, data, size);
 }
+
+} // namespace bryx

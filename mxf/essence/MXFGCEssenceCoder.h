@@ -8,6 +8,8 @@
 #include "mxf/essence/MXFGCEssenceHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class KLVHandler;
 
 /// Writes essence elements as KLV triplets: whole, or in chunks that come one after the other. What a splitter calls
@@ -66,3 +68,5 @@ private:
     std::uint64_t length_ = 0;
     std::uint64_t offset_ = 0; ///< of the next chunk
 };
+
+} // namespace bryx

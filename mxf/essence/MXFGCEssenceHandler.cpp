@@ -1,3 +1,7 @@
 #include "mxf/essence/MXFGCEssenceHandler.h"
 
+namespace bryx {
+
 MXFGCEssenceHandler::~MXFGCEssenceHandler() = default;
+
+} // namespace bryx

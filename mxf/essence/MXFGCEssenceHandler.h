@@ -5,6 +5,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives the essence elements of a Generic Container (ST 379-1). Whoever writes a container makes the same calls.
 ///
 /// An element that is wanted is delivered by the operation of its kind: at once, or in pieces that follow one another
@@ -40,3 +42,5 @@ public:
     /// The BER form of the lengths of the elements that follow: what a writer needs to repeat it.
     virtual void setLengthForm(std::uint8_t form) = 0;
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings about the elements of a Generic Container.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// Elements of a Generic Container (ST 379-1).
 inline constexpr util::uuid gcBase{
@@ -24,4 +24,4 @@ inline constexpr util::uuid gcBase{
 
 BRYX_GC_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

@@ -4,6 +4,8 @@
 
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 MXFGCIndexer::~MXFGCIndexer() = default;
 
 void MXFGCIndexer::startContentPackage() {
@@ -32,3 +34,5 @@ void MXFGCIndexer::endContentPackage() {
 }
 
 void MXFGCIndexer::indexContentPackage(std::uint64_t /*start*/, const Offsets& /*offsets*/) {}
+
+} // namespace bryx

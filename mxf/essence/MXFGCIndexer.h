@@ -7,6 +7,8 @@
 #include "mxf/essence/MXFGCStructureFilter.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Notes where the elements of each content package are written, for an index table.
 class BRYX_API MXFGCIndexer : public MXFGCStructureFilter {
 public:
@@ -39,3 +41,5 @@ private:
     Offsets offsets_;
     bool isFirst_ = true;
 };
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "mxf/index/MXFIndexCoder.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace {
 
 /// What the array of a segment can hold. Further elements are not told.
@@ -171,3 +173,5 @@ MXFIndexTableSegment MXFGCIntraIndexer::constantSegment(std::uint64_t octets) co
     }
     return result;
 }
+
+} // namespace bryx

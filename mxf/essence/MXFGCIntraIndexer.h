@@ -8,6 +8,8 @@
 #include "mxf/index/MXFIndexTableSegment.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Makes an index table while a Generic Container is written: an entry for each content package. Each picture is taken to
 /// be coded on its own, unless a derived class knows better.
 ///
@@ -74,3 +76,5 @@ private:
     bool inSystemItem_ = false;
     bool isFirstPackage_ = true;
 };
+
+} // namespace bryx

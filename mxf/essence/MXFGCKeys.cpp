@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -70,4 +70,4 @@ MXFGCEssenceKind gcEssenceKind(const KLVKey& key) noexcept {
     }
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -5,6 +5,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// What an essence element of a Generic Container holds, as its key tells (ST 379-1).
 enum class MXFGCEssenceKind : std::uint8_t { None, Picture, Sound, Data, Compound };
 
@@ -22,3 +24,5 @@ BRYX_API bool isGCEssenceElement(const KLVKey& key) noexcept;
 BRYX_API MXFGCEssenceKind gcEssenceKind(const KLVKey& key) noexcept;
 
 } // namespace mxfutil
+
+} // namespace bryx

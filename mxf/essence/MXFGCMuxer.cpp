@@ -14,6 +14,8 @@
 #include "mxf/structure/MXFPrimer.h"
 #include "mxf/structure/MXFRandomIndex.h"
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -238,3 +240,5 @@ MXFGCSystemHandler& MXFGCMuxer::systemReceiver() {
 MXFGCEssenceCoder& MXFGCMuxer::essenceReceiver() {
     return parts_->essence;
 }
+
+} // namespace bryx

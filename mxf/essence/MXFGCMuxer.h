@@ -5,6 +5,8 @@
 #include "klv/KLVFiller.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class MXFGCEssenceCoder;
 class MXFGCEssenceHandler;
 class MXFGCIndexer;
@@ -50,3 +52,5 @@ private:
     struct Parts;
     std::unique_ptr<Parts> parts_;
 };
+
+} // namespace bryx

@@ -16,6 +16,8 @@
 #include "util/hex.h"
 #include "util/internal/octets.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using util::require;
 
@@ -485,3 +487,5 @@ void MXFGCSplitter::individualItem(const KLVKey& key, const std::uint8_t* data, 
     }
     finishElement(key);
 }
+
+} // namespace bryx

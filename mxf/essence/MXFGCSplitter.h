@@ -13,6 +13,8 @@
 #include "mxf/essence/detail/MXFGCKnownKinds.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class MXFGCChunkedEssenceHandler;
 class MXFGCEssenceHandler;
@@ -149,3 +151,5 @@ private:
     std::vector<ItemPlace> itemPlaces_;
     MXFGCItems items_;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/essence/MXFGCStructureFilter.h"
 
+namespace bryx {
+
 MXFGCStructureFilter::~MXFGCStructureFilter() = default;
 
 void MXFGCStructureFilter::startStream(std::uint64_t kagSize) {
@@ -32,3 +34,5 @@ void MXFGCStructureFilter::startAlign(std::uint64_t alignment) {
 void MXFGCStructureFilter::endAlign() {
     next_.endAlign();
 }
+
+} // namespace bryx

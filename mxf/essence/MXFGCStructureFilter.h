@@ -3,6 +3,8 @@
 #include "mxf/essence/MXFGCStructureHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Forwards every call to the next handler. Derive from it to do more at some of them.
 class BRYX_API MXFGCStructureFilter : public MXFGCStructureHandler {
 public:
@@ -27,3 +29,5 @@ protected:
 private:
     MXFGCStructureHandler& next_;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "mxf/essence/MXFGCStructureHandler.h"
 
+namespace bryx {
+
 MXFGCStructureHandler::~MXFGCStructureHandler() = default;
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives the structure of a Generic Container (ST 379-1): content packages and the elements in them. Whoever writes
 /// a container makes the same calls, and those that place elements on the KLV alignment grid as well.
 class BRYX_API MXFGCStructureHandler {
@@ -34,3 +36,5 @@ public:
     virtual void startAlign(std::uint64_t alignment) = 0;
     virtual void endAlign() = 0;
 };
+
+} // namespace bryx

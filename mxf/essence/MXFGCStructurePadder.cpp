@@ -2,6 +2,8 @@
 
 #include "klv/KLVHandler.h"
 
+namespace bryx {
+
 MXFGCStructurePadder::MXFGCStructurePadder(KLVHandler& receiver, const Locator& locator, const KLVGrid& grid)
     : locator_(locator), filler_(grid) {
     filler_.setHandler(&receiver);
@@ -43,3 +45,5 @@ void MXFGCStructurePadder::startAlign(std::uint64_t alignment) {
 void MXFGCStructurePadder::endAlign() {
     filler_.endFilledItem();
 }
+
+} // namespace bryx

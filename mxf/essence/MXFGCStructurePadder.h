@@ -6,6 +6,8 @@
 #include "mxf/essence/DullMXFGCStructureHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Keeps what is written to a Generic Container on the KLV alignment grid: fill comes after what is padded or aligned.
 /// A KAG size of 0 or 1 asks for none.
 class BRYX_API MXFGCStructurePadder : public DullMXFGCStructureHandler {
@@ -33,3 +35,5 @@ private:
     const Locator& locator_;
     KLVFiller filler_;
 };
+
+} // namespace bryx

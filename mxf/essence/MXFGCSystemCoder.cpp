@@ -3,6 +3,8 @@
 #include "klv/KLVSending.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace {
 
 std::uint64_t fieldSize(KLVFieldForm form, std::uint64_t value, std::uint8_t berForm) {
@@ -75,3 +77,5 @@ void MXFGCSystemCoder::variableLengthPack(const KLVKey& key, const MXFGCItems& i
     }
     receiver_.endVariableLengthPack(key);
 }
+
+} // namespace bryx

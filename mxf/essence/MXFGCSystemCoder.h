@@ -6,6 +6,8 @@
 #include "mxf/essence/MXFGCSystemHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class KLVHandler;
 
 /// Writes system elements as KLV triplets. Wants all; their keys tell the forms of tags and item lengths.
@@ -29,3 +31,5 @@ private:
     KLVHandler& receiver_;
     std::uint8_t form_ = klvutil::automaticBERLengthForm;
 };
+
+} // namespace bryx

@@ -1,3 +1,7 @@
 #include "mxf/essence/MXFGCSystemHandler.h"
 
+namespace bryx {
+
 MXFGCSystemHandler::~MXFGCSystemHandler() = default;
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// An item of a system element that is a local set or a variable-length pack. Its octets are valid during the call.
 struct MXFGCItem {
     std::uint32_t tag = 0; ///< 0 in a pack
@@ -32,3 +34,5 @@ public:
     /// Items without tags.
     virtual void variableLengthPack(const KLVKey& key, const MXFGCItems& items) = 0;
 };
+
+} // namespace bryx

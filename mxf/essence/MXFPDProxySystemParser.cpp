@@ -8,6 +8,8 @@
 #include "mxf/essence/MXFSystemFindings.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 MXFPDProxySystemHandler::~MXFPDProxySystemHandler() = default;
@@ -51,3 +53,5 @@ void MXFPDProxySystemParser::fixedLengthPack(const KLVKey& /*key*/, const std::u
 void MXFPDProxySystemParser::variableLengthPack(const KLVKey& /*key*/, const MXFGCItems& /*items*/) {
     util::failAssertion("valid PDProxy local set");
 }
+
+} // namespace bryx

@@ -9,6 +9,8 @@
 #include "mxf/essence/MXFSystemMetadataPack.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// What a proxy system item tells of its content package, which holds several frames (ST 394, ST 405).
@@ -68,3 +70,5 @@ private:
     FindingReporter reporter_;
     std::uint64_t element_ = 0; ///< which one is parsed
 };
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/ValueCoding.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using mxfutil::SDTICPElement;
 using util::require;
 
@@ -49,3 +51,5 @@ void MXFSDTICPSystemCoder::dataMetadata(const MXFGCItems& items) {
 void MXFSDTICPSystemCoder::controlData(const std::uint8_t* data, std::size_t size) {
     set(SDTICPElement::Control, {{0, data, size}});
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Codes SDTI-CP compatible system items (ST 326, ST 385) as the elements that files have, and passes those that are
 /// wanted on. What a parser passes on can be coded, whatever was wrong with it: the order and the pack's announcements
 /// are the caller's. Block counts are right afterwards, and the tag of control data is 0.
@@ -32,3 +34,5 @@ private:
 
     MXFGCSystemHandler& next_;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 
+namespace bryx {
+
 MXFSDTICPSystemHandler::~MXFSDTICPSystemHandler() = default;
 
 namespace mxfutil {
@@ -41,3 +43,5 @@ SDTICPElement sdtiCPElement(const KLVKey& key) noexcept {
 }
 
 } // namespace mxfutil
+
+} // namespace bryx

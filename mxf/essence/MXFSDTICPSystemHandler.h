@@ -7,6 +7,8 @@
 #include "mxf/essence/MXFSystemMetadataPack.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives SDTI-CP compatible system items (ST 326, ST 385): for each content package the pack, then the sets that it
 /// has, then the control data that the pack announces. Whoever writes system items makes the same calls.
 class BRYX_API MXFSDTICPSystemHandler {
@@ -49,3 +51,5 @@ BRYX_API bool isSDTICPElementKey(const KLVKey& key) noexcept;
 BRYX_API SDTICPElement sdtiCPElement(const KLVKey& key) noexcept;
 
 } // namespace mxfutil
+
+} // namespace bryx

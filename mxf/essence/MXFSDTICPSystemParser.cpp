@@ -7,6 +7,8 @@
 #include "mxf/essence/MXFSystemFindings.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using mxfutil::SDTICPElement;
 using util::require;
@@ -121,3 +123,5 @@ void MXFSDTICPSystemParser::controlData(const MXFGCItems& items) {
     const MXFGCItem first = items.empty() ? MXFGCItem{} : items.front();
     handler_->controlData(first.size == 0 ? nullptr : first.data, first.size);
 }
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "mxf/essence/MXFSDTICPSystemHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// Decodes SDTI-CP compatible system items (ST 326, ST 385), as the system handler of an MXFGCSplitter, and checks that
@@ -51,3 +53,5 @@ private:
     FindingReporter reporter_;
     std::uint64_t element_ = 0; ///< which one is parsed
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings about system items.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// System items.
 inline constexpr util::uuid systemBase{
@@ -26,4 +26,4 @@ inline constexpr util::uuid systemBase{
 
 BRYX_SYSTEM_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace bryx {
+
 namespace {
 
 /// Content packages a second by the code in the rate octet above its lowest bit, which divides them by 1.001.
@@ -97,3 +99,5 @@ boost::optional<Timecode> stampTimecode(const MXFSystemMetadataPack& pack, const
 }
 
 } // namespace mxfutil
+
+} // namespace bryx

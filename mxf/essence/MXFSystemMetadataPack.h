@@ -12,6 +12,8 @@
 #include "timecode/Timecode.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// A timecode and its binary groups, as ST 331 §8.2 packs them: frames, seconds, minutes and hours in binary-coded
 /// decimal digits with the flags of ST 12-1 in their upper bits, then four octets of binary groups.
 struct BRYX_API MXFTimecodeStamp {
@@ -104,3 +106,5 @@ BRYX_API boost::optional<std::uint8_t> packageRateCode(const Rational& rate);
 BRYX_API boost::optional<Timecode> stampTimecode(const MXFSystemMetadataPack& pack, const MXFDateTimeStamp& stamp);
 
 } // namespace mxfutil
+
+} // namespace bryx

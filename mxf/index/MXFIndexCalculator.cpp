@@ -7,6 +7,8 @@
 
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -424,3 +426,5 @@ boost::optional<std::int64_t> MXFIndexCalculator::editUnitAt(std::uint64_t strea
     }
     return unit;
 }
+
+} // namespace bryx

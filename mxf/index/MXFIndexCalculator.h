@@ -15,6 +15,8 @@
 #include "mxf/index/MXFIndexHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Answers where edit units stand in an essence container, from the segments of its index table (ST 377-1).
 ///
 /// Segments may come in any order, repeated and overlapping; where two cover an edit unit, one with entries holds, then
@@ -149,3 +151,5 @@ private:
     std::vector<std::size_t> byOffset_;  ///< the same spans, in the order of their offsets
     std::vector<std::uint64_t> offsets_; ///< of these
 };
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "util/assertion_failure.h"
 #include "util/fresh_uuid.h"
 
+namespace bryx {
+
 namespace {
 
 using Presence = MXFIndexTableSegment::Presence;
@@ -83,3 +85,5 @@ void MXFIndexCoder::indexTableSegment(const MXFIndexTableSegment& segment) {
     }
     next_.endLocalSet(mxfutil::indexTableSegmentKey);
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "mxf/index/MXFIndexHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Codes index table segments as local sets (ST 377-1), the reverse of MXFIndexParser.
 ///
 /// The properties that must be there are written always, and with them the edit unit byte count, the index SID and the
@@ -44,3 +46,5 @@ constexpr std::size_t maxIndexEntries(std::uint8_t sliceCount, std::uint8_t posT
 }
 
 } // namespace mxfutil
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings about index table segments.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// Index table segments.
 inline constexpr util::uuid indexBase{
@@ -25,4 +25,4 @@ inline constexpr util::uuid indexBase{
 
 BRYX_INDEX_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

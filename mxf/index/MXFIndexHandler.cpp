@@ -1,3 +1,7 @@
 #include "mxf/index/MXFIndexHandler.h"
 
+namespace bryx {
+
 MXFIndexHandler::~MXFIndexHandler() = default;
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/index/MXFIndexTableSegment.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives index tables: for each partition that has one, startIndex, the segments in their order, endIndex. Whoever
 /// writes index tables makes the same calls.
 class BRYX_API MXFIndexHandler {
@@ -15,3 +17,5 @@ public:
     /// A segment of an index table.
     virtual void indexTableSegment(const MXFIndexTableSegment& segment) = 0;
 };
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "mxf/index/MXFIndexFindings.h"
 #include "mxf/structure/MXFStaticTags.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace {
@@ -114,3 +116,5 @@ void MXFIndexParser::check(const MXFIndexTableSegment& segment, std::uint64_t po
         reporter().report(errorHandler(), findings::inconsistentPosTables, position);
     }
 }
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Decodes the index table segments of an index region (ST 377-1). It is the index handler of an MXFReader: the region
 /// of each partition is a stream of its own to it.
 ///
@@ -29,3 +31,5 @@ private:
 
     MXFIndexHandler& handler_;
 };
+
+} // namespace bryx

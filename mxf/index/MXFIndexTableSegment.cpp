@@ -4,7 +4,7 @@
 
 #include "util/assertion_failure.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -99,4 +99,4 @@ std::vector<std::uint8_t> writeProperty(const MXFIndexTableSegment& segment,
                       });
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

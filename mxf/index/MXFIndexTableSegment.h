@@ -11,6 +11,8 @@
 #include "klv/ValueCoding.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Where one element stands in each edit unit (ST 377-1, delta entry).
 struct MXFDeltaEntry {
     std::int8_t posTableIndex =
@@ -139,3 +141,5 @@ BRYX_API std::vector<std::uint8_t> writeProperty(const MXFIndexTableSegment& seg
                                                  const std::vector<MXFIndexEntry>& entries);
 
 } // namespace mxfutil
+
+} // namespace bryx

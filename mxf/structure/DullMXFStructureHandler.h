@@ -2,6 +2,8 @@
 
 #include "mxf/structure/MXFStructureHandler.h"
 
+namespace bryx {
+
 /// Does nothing. Derive from it to override only what matters.
 class BRYX_API DullMXFStructureHandler : public MXFStructureHandler {
 public:
@@ -12,3 +14,5 @@ public:
     void endPartition(const KLVKey& key) override;
     void randomIndex(const MXFRandomIndex& index) override;
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 
 #include "mxf/structure/MXFRandomIndex.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 /// The longest value of a partition pack that is read: room for some 65,000 essence containers. What is longer is
 /// damage, and is not collected in memory.
@@ -17,4 +17,4 @@ inline constexpr std::uint64_t maxRandomIndexPackSize = std::uint64_t{1} << 24U;
 /// The most entries that a random index pack of that length holds.
 inline constexpr std::size_t maxRandomIndexEntries = maxRandomIndexPackSize / randomIndexEntrySize;
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

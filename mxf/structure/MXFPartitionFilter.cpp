@@ -9,6 +9,8 @@
 #include "mxf/structure/MXFStructureFindings.h"
 #include "mxf/structure/internal/MXFPartitionTracker.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using Pack = MXFPartitionTracker::Pack;
 
@@ -187,3 +189,5 @@ void MXFPartitionFilter::endWrapper(const KLVKey& key) {
     leave();
     next().endWrapper(key);
 }
+
+} // namespace bryx

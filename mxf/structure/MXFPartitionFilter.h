@@ -6,6 +6,8 @@
 #include "klv/KLVFilter.h"
 #include "mxf/structure/MXFStructureHandler.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class MXFPartitionTracker;
 
@@ -74,3 +76,5 @@ private:
     unsigned depth_ = 0; ///< triplets that are open
     bool nextWantsPack_ = false;
 };
+
+} // namespace bryx

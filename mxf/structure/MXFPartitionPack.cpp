@@ -6,7 +6,7 @@
 #include "klv/ValueCoding.h"
 #include "util/assertion_failure.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -66,4 +66,4 @@ std::string versionText(unsigned majorVersion, unsigned minorVersion) {
     return std::to_string(majorVersion) + "." + std::to_string(minorVersion);
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

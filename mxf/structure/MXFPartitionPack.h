@@ -8,6 +8,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// The kind of a partition: octet 13 of the key of its pack.
 enum class MXFPartitionKind : std::uint8_t { Header = 2, Body = 3, Footer = 4 };
 
@@ -89,3 +91,5 @@ BRYX_API std::vector<std::uint8_t> writePartitionPack(const MXFPartitionPack& pa
 BRYX_API std::string versionText(unsigned majorVersion, unsigned minorVersion);
 
 } // namespace mxfutil
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 
 #include "klv/KLVKey.h"
 
+namespace bryx {
+
 /// A local set decoded through the primer: every tag is replaced by the label of the property that it stands for.
 struct MXFPrimedSet {
     KLVKey key; ///< of the set
@@ -16,3 +18,5 @@ struct MXFPrimedSet {
     std::uint64_t position = 0; ///< stream position of the first octet of the set's key
     std::uint64_t length = 0;   ///< octets of the whole triplet, key and length field included
 };
+
+} // namespace bryx

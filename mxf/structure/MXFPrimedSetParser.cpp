@@ -5,6 +5,8 @@
 #include "mxf/structure/MXFPrimerFindings.h"
 #include "mxf/structure/MXFTripletPosition.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace {
@@ -128,3 +130,5 @@ void MXFPrimedSetParser::value(const std::uint8_t* data, std::uint64_t size) {
         property_->insert(property_->end(), data, data + size);
     }
 }
+
+} // namespace bryx

@@ -9,6 +9,8 @@
 #include "mxf/structure/MXFPrimedSet.h"
 #include "mxf/structure/MXFPrimer.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// Decodes local sets with two-octet tags (ST 377-1 §9) into primed sets. What a derived class parses, and with which
@@ -76,3 +78,5 @@ private:
     MXFPrimedSet set_;
     std::vector<std::uint8_t>* property_ = nullptr; ///< the value being read; null when the item is not wanted
 };
+
+} // namespace bryx

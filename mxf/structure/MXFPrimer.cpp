@@ -10,6 +10,8 @@
 #include "util/byte_order.h"
 #include "util/hex.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace mxfutil {
@@ -139,3 +141,5 @@ std::string tagText(std::uint32_t tag) {
 }
 
 } // namespace mxfutil
+
+} // namespace bryx

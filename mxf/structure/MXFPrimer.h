@@ -9,6 +9,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class FindingReporter;
 
@@ -61,3 +63,5 @@ BRYX_API std::string tagText(std::uint32_t tag);
 BRYX_API std::vector<std::uint8_t> writePrimerPack(const MXFPrimer& primer);
 
 } // namespace mxfutil
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings about primer packs and about the local sets that are decoded through them.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// Primer packs and primed sets.
 inline constexpr util::uuid primerBase{
@@ -27,4 +27,4 @@ inline constexpr util::uuid primerBase{
 
 BRYX_PRIMER_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

@@ -3,7 +3,7 @@
 #include "klv/KLVCoding.h"
 #include "klv/ValueCoding.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 std::uint64_t randomIndexPackSize(std::uint8_t form, std::uint64_t valueSize) {
     return klvutil::keySize + klvutil::berLengthFieldSize(form) + valueSize;
@@ -30,4 +30,4 @@ std::vector<std::uint8_t> writeRandomIndex(const MXFRandomIndex& index, std::uin
     return octets;
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -7,6 +7,8 @@
 #include "klv/KLVKey.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// One entry of a random index: a partition of the file.
 struct MXFRandomIndexEntry {
     std::uint32_t bodySID = 0;    ///< the essence container in the partition; 0 for none
@@ -58,3 +60,5 @@ BRYX_API bool readRandomIndex(const std::uint8_t* data, std::size_t size, std::u
 BRYX_API std::vector<std::uint8_t> writeRandomIndex(const MXFRandomIndex& index, std::uint8_t form);
 
 } // namespace mxfutil
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "mxf/structure/MXFStructureFindings.h"
 #include "mxf/structure/MXFStructureHandler.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace {
@@ -68,3 +70,5 @@ std::uint64_t MXFRunInSkipper::search(std::istream& stream, std::streampos& posi
     }
     return read - matched;
 }
+
+} // namespace bryx

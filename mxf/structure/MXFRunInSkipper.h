@@ -7,6 +7,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class MXFStructureHandler;
 
@@ -49,3 +51,5 @@ private:
     ErrorHandler* errorHandler_ = nullptr;
     std::string prefix_;
 };
+
+} // namespace bryx

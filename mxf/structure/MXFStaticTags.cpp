@@ -5,7 +5,7 @@
 
 #include "util/byte_order.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -78,4 +78,4 @@ bool isElsewhereDynamic(const KLVKey& label) noexcept {
     return entry != nullptr && entry->isElsewhereDynamic;
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

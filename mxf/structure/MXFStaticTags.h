@@ -9,7 +9,7 @@
 /// The static local tags of MXF: those below 0x8000, which ST 377-1, its companions and the registers of SMPTE (RP 210,
 /// ST 335, ST 395) give to properties once and for all. A primer pack may give tags from 0x8000 up to any property.
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 /// The first tag that is not static.
 inline constexpr std::uint16_t firstDynamicTag = 0x8000;
@@ -24,4 +24,4 @@ BRYX_API std::uint16_t staticTag(const KLVKey& label) noexcept;
 /// dynamic tag is as right.
 BRYX_API bool isElsewhereDynamic(const KLVKey& label) noexcept;
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -3,6 +3,8 @@
 #include "klv/KLVSending.h"
 #include "mxf/structure/MXFRandomIndex.h"
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -90,3 +92,5 @@ void MXFStructureCoder::randomIndex(const MXFRandomIndex& index) {
     const std::uint8_t form = klvutil::fittingBERLengthForm(form_, size);
     writePack(mxfutil::randomIndexPackKey, mxfutil::writeRandomIndex(index, form), form);
 }
+
+} // namespace bryx

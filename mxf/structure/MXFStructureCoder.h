@@ -8,6 +8,8 @@
 #include "mxf/structure/MXFStructureHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Writes the structure of a file (ST 377-1): partition packs, filled up to the KLV alignment grid, and the random index
 /// pack. It starts and ends the stream that all other senders of the file write to as well.
 ///
@@ -65,3 +67,5 @@ private:
     std::uint8_t form_ = 0x83;
     MXFPartitionPack lastPack_;
 };
+
+} // namespace bryx

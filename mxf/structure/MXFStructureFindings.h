@@ -5,7 +5,7 @@
 /// @file
 /// The findings about the outer frame of a file: partition packs, random index pack, run-in.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// Partitions and the random index, by MXFStructureValidator and where packs are decoded.
 inline constexpr util::uuid structureBase{
@@ -51,4 +51,4 @@ inline constexpr util::uuid runInBase{
 
 BRYX_STRUCTURE_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

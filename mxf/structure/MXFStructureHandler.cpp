@@ -1,3 +1,7 @@
 #include "mxf/structure/MXFStructureHandler.h"
 
+namespace bryx {
+
 MXFStructureHandler::~MXFStructureHandler() = default;
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "mxf/structure/MXFRandomIndex.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives the outer frame of an MXF file: run-in, partitions, random index (ST 377-1 §5 to §7, §12).
 ///
 /// The calls for one file, in order: runIn if there is a run-in; startStructure; for each partition startPartition
@@ -36,3 +38,5 @@ public:
     /// The random index, which comes last in a file.
     virtual void randomIndex(const MXFRandomIndex& index) = 0;
 };
+
+} // namespace bryx

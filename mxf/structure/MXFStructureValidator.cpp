@@ -8,6 +8,8 @@
 #include "mxf/structure/MXFStructureFindings.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using klvutil::report;
 
@@ -230,3 +232,5 @@ void MXFStructureValidator::endStructure() {
     forgetFile();
     next_.endStructure();
 }
+
+} // namespace bryx

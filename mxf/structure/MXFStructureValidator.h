@@ -7,6 +7,8 @@
 #include "util/Api.h"
 #include "util/uuid.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class Locator;
 
@@ -86,3 +88,5 @@ private:
     bool stopped_ = false;
     File file_;
 };
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include "klv/KLVCoding.h"
 #include "klv/Locator.h"
 
+namespace bryx {
+
 /// Where a triplet stands in its stream, as its start event tells.
 struct MXFTripletPosition {
     std::uint64_t start = 0;      ///< first octet of the key
@@ -25,3 +27,5 @@ struct MXFTripletPosition {
         return {start, start + klvutil::keySize, start + klvutil::keySize};
     }
 };
+
+} // namespace bryx

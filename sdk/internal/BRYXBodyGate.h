@@ -5,6 +5,8 @@
 #include "klv/GroupValidatorFilter.h"
 #include "klv/KLVFilter.h"
 
+namespace bryx {
+
 /// Lets body triplets pass as long as it is open, and holds their senders to the lengths that they announce.
 class BRYXBodyGate final : public ActionKLVFilter {
 public:
@@ -39,3 +41,5 @@ private:
     bool isOpen_ = false;
     std::uint8_t form_ = 0;
 };
+
+} // namespace bryx

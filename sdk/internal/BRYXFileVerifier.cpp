@@ -15,6 +15,8 @@
 #include "mxf/metadata/parsing/MXFHeaderMetadataParser.h"
 #include "mxf/structure/DullMXFStructureHandler.h"
 
+namespace bryx {
+
 namespace {
 
 [[noreturn]] void fail(const std::string& what) {
@@ -171,3 +173,5 @@ void verifyFile(std::istream& file, std::streampos start, const std::set<std::ui
     }
     follower.finish();
 }
+
+} // namespace bryx

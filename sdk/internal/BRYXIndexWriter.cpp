@@ -11,6 +11,8 @@
 #include "mxf/metadata/model/MXFUIDGenerator.h"
 #include "sdk/internal/BRYXRegion.h"
 
+namespace bryx {
+
 using Placement = BRYXWriterConfiguration::IndexPlacement;
 
 /// Asks the caller what to say of a picture, keeps nothing if there is to be no index table of this making, and compares
@@ -188,3 +190,5 @@ std::size_t BRYXIndexWriter::send(KLVHandler& handler, const Part& part) {
     coder.endIndex();
     return number - part.number;
 }
+
+} // namespace bryx

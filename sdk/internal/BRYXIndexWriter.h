@@ -10,6 +10,8 @@
 #include "mxf/essence/MXFGCIndexer.h"
 #include "sdk/BRYXWriter.h"
 
+namespace bryx {
+
 class KLVHandler;
 class Locator;
 
@@ -83,3 +85,5 @@ private:
     std::vector<MXFUID> segmentUIDs_;            ///< of the segments of the table, as far as they have been made
     std::vector<MXFIndexTableSegment> constant_; ///< the whole table, if it needs no entries
 };
+
+} // namespace bryx

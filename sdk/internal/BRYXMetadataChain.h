@@ -5,6 +5,8 @@
 #include "sdk/BRYXMetadataFactory.h"
 #include "sdk/BRYXMetadataParser.h"
 
+namespace bryx {
+
 /// What reads header metadata for one handler, with a factory of its own if none is given.
 class BRYXMetadataChain {
 public:
@@ -28,3 +30,5 @@ private:
     std::shared_ptr<MXFMetadataFactory> factory_;
     BRYXMetadataParser parser_;
 };
+
+} // namespace bryx

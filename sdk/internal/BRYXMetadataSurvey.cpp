@@ -10,6 +10,8 @@
 #include "mxf/structure/MXFStaticTags.h"
 #include "sdk/BRYXWriter.h"
 
+namespace bryx {
+
 namespace {
 
 // ---- Properties by their static tags (ST 377-1) ----
@@ -199,3 +201,5 @@ bool BRYXMetadataSurvey::fits(std::uint32_t bodySID, std::uint64_t editUnits, co
     }
     return isRate(editRate) ? areAllRight : isOneRight || !isAny;
 }
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "klv/KLVValueTypes.h"
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 
+namespace bryx {
+
 struct BRYXHeaderMetadata;
 
 /// What header metadata holds, whoever makes its sets: whether anything in it is not known yet, and whether the durations
@@ -42,3 +44,5 @@ private:
     std::vector<MXFPrimedSet> sets_;
     std::map<MXFUID, std::size_t> byUID_;
 };
+
+} // namespace bryx

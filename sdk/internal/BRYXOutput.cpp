@@ -5,6 +5,8 @@
 #include "klv/internal/StreamAccess.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 BRYXOutput::BRYXOutput(std::shared_ptr<std::ostream> stream) : stream_(std::move(stream)) {
@@ -48,3 +50,5 @@ void BRYXOutput::overwrite(std::uint64_t position, const std::uint8_t* octets, s
     require(std::streamoff{stream_->tellp()} == base_ + static_cast<std::streamoff>(position + size),
             "stream writes where it stands");
 }
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 
 #include "klv/KLVKey.h"
 
+namespace bryx {
+
 /// The stream that a file is written to, as far as its chain does not write it: where the file begins, and going back in
 /// it. Positions are octets from there. What fails throws "successful write()", whatever the stream's exception mask.
 class BRYXOutput {
@@ -35,3 +37,5 @@ private:
     std::shared_ptr<std::ostream> stream_;
     std::streamoff base_ = -1; ///< where the file begins; -1 if the stream cannot seek
 };
+
+} // namespace bryx

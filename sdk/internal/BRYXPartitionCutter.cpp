@@ -2,6 +2,8 @@
 
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 MXFGCStructureHandler& BRYXPartitionCutter::next() const {
     util::require(next_ != nullptr, "in essence");
     return *next_;
@@ -44,3 +46,5 @@ void BRYXPartitionCutter::startAlign(std::uint64_t alignment) {
 void BRYXPartitionCutter::endAlign() {
     next().endAlign();
 }
+
+} // namespace bryx

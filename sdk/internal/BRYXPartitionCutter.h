@@ -6,6 +6,8 @@
 
 #include "mxf/essence/MXFGCStructureHandler.h"
 
+namespace bryx {
+
 /// The structure receiver: has the writer told where a content package starts, which is where a partition may end before it,
 /// and passes calls on as long as essence is written.
 class BRYXPartitionCutter final : public MXFGCStructureHandler {
@@ -36,3 +38,5 @@ private:
     std::function<std::shared_ptr<void>()> beforePackage_;
     MXFGCStructureHandler* next_ = nullptr;
 };
+
+} // namespace bryx

@@ -16,6 +16,8 @@
 #include "validation/internal/BRYXStructureValidator.h"
 #include "validation/internal/BRYXSystemValidator.h"
 
+namespace bryx {
+
 namespace {
 
 /// Knows which system parser to tell of the end of a body.
@@ -207,3 +209,5 @@ void BRYXReaderImpl::read() {
     const std::shared_ptr<std::istream> stream = stream_; // a handler may drop the last reference to this
     Pipeline(slots_, mode_, locator_).read(*stream);
 }
+
+} // namespace bryx

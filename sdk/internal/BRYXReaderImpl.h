@@ -6,6 +6,8 @@
 #include "sdk/BRYXReader.h"
 #include "validation/BRYXOverridableLocator.h"
 
+namespace bryx {
+
 /// Keeps the stream, the mode and the handlers; the pipeline is built anew for each reading.
 class BRYXReaderImpl final : public BRYXReader {
 public:
@@ -49,3 +51,5 @@ private:
     /// For all readings: the error handler may still ask it afterwards.
     std::shared_ptr<BRYXOverridableLocator> locator_ = std::make_shared<BRYXOverridableLocator>();
 };
+
+} // namespace bryx

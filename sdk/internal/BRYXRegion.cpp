@@ -4,6 +4,8 @@
 
 #include "klv/KLVCoding.h"
 
+namespace bryx {
+
 namespace {
 
 /// The least octets of a fill item with the usual form of its length.
@@ -26,3 +28,5 @@ void prepareRegion(KLVStreamPadder& padder, std::uint64_t size, std::uint64_t sp
     padder.setPadding(KLVFiller::Mode::FixedLength, kagSize,
                       fitsRegion(size, length) ? length : rounded(size + leastFill));
 }
+
+} // namespace bryx

@@ -10,6 +10,8 @@
 /// The regions of header metadata and index that stand behind a partition pack, which says how long they are: so they are
 /// measured by sending them to nobody first.
 
+namespace bryx {
+
 /// The octets that @p send sends.
 template <class Send>
 std::uint64_t sizeOf(Send send) {
@@ -34,3 +36,5 @@ void sendRegion(KLVStreamPadder& padder, Send send) {
     send(padder);
     padder.endStream(false);
 }
+
+} // namespace bryx

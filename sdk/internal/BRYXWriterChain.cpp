@@ -2,6 +2,8 @@
 
 #include "mxf/structure/MXFStructureCoder.h"
 
+namespace bryx {
+
 BRYXWriterChain::BRYXWriterChain(std::ostream& stream, std::iostream* written,
                                  const BRYXWriterConfiguration& configuration)
     : writer(stream) {
@@ -16,3 +18,5 @@ BRYXWriterChain::BRYXWriterChain(std::ostream& stream, std::iostream* written,
     writer.setKLVWriter(&fill_);
     writer.structureReceiver().setBERLengthForm(configuration.packLengthForm);
 }
+
+} // namespace bryx

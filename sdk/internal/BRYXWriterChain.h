@@ -8,6 +8,8 @@
 #include "mxf/engines/MXFWriter.h"
 #include "sdk/BRYXWriter.h"
 
+namespace bryx {
+
 /// The chain to a stream: what MXFWriter assembles, with a key filter for fill in it, and a verifier if that is wanted.
 class BRYXWriterChain {
 public:
@@ -20,3 +22,5 @@ private:
     KLVFillItemKeyFilter fill_;
     std::unique_ptr<VerifyingKLVHandler> verifying_;
 };
+
+} // namespace bryx

@@ -16,6 +16,8 @@
 #include "util/assertion_failure.h"
 #include "util/byte_order.h"
 
+namespace bryx {
+
 using Placement = BRYXWriterConfiguration::IndexPlacement;
 using util::require;
 
@@ -452,3 +454,5 @@ void BRYXWriterImpl::openHeader() {
         output_.overwrite(statusOctet, &key.octets[statusOctet], 1);
     }
 }
+
+} // namespace bryx

@@ -16,6 +16,8 @@
 #include "sdk/internal/BRYXPartitionCutter.h"
 #include "sdk/internal/BRYXWriterChain.h"
 
+namespace bryx {
+
 /// What it asks the caller for may drop the last reference to it: calls that ask hold it until they return.
 class BRYXWriterImpl : public BRYXWriter, public std::enable_shared_from_this<BRYXWriterImpl> {
 public:
@@ -96,3 +98,5 @@ private:
     std::unique_ptr<MXFGCMuxer> muxer_;
     BRYXPartitionCutter cutter_;
 };
+
+} // namespace bryx

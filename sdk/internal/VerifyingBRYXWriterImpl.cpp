@@ -5,6 +5,8 @@
 #include "klv/internal/StreamAccess.h"
 #include "sdk/internal/BRYXFileVerifier.h"
 
+namespace bryx {
+
 VerifyingBRYXWriterImpl::VerifyingBRYXWriterImpl(std::shared_ptr<std::iostream> stream)
     : stream_(std::move(stream)), writer_(std::make_shared<BRYXWriterImpl>(stream_, stream_.get())) {}
 
@@ -60,3 +62,5 @@ bool VerifyingBRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     stream_->seekp(end);
     return isClosed;
 }
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 
 #include "sdk/internal/BRYXWriterImpl.h"
 
+namespace bryx {
+
 /// Reads the file as a whole when it is finished.
 class VerifyingBRYXWriterImpl : public VerifyingBRYXWriter,
                                 public std::enable_shared_from_this<VerifyingBRYXWriterImpl> {
@@ -31,3 +33,5 @@ private:
     std::streampos start_ = 0;
     std::shared_ptr<BRYXWriterImpl> writer_; ///< whose calls hold it
 };
+
+} // namespace bryx

@@ -3,7 +3,7 @@
 # first installs, which the others need; packages needs the consumer's programs as well.
 # usage: run.sh BUILD_DIR install
 #        run.sh BUILD_DIR headers              each header compiles on its own
-#        run.sh BUILD_DIR consumer MAKE_CLIP   a program, by CMake and by pkg-config
+#        run.sh BUILD_DIR consumer MAKE_CLIP   programs, by CMake and by pkg-config
 #        run.sh BUILD_DIR programs             the tools and the examples as projects of their own
 #        run.sh BUILD_DIR packages             what the Debian packages say and hold
 set -euo pipefail
@@ -49,15 +49,18 @@ consumer() {
     local flags
     fresh "$work/consumer"
     "$1" "$sample" 12
-    cp "$here/CMakeLists.txt" "$work/consumer"
+    cp "$here/CMakeLists.txt" "$here/names.cpp" "$work/consumer"
     # What users paste first is what is built here.
     awk '/^```cpp$/ { inside = 1; next } /^```$/ && inside { exit } inside' "$here/../../README.md" \
         >"$work/consumer/main.cpp"
 
     echo "== an outside CMake project"
     configure "$work/consumer" "$work/consumer/build"
-    cmake --build "$work/consumer/build" --target consumer
+    cmake --build "$work/consumer/build" --target consumer names
     try "$work/consumer/build/consumer"
+
+    echo "== an application with names of its own"
+    [[ $("$work/consumer/build/names" "$sample") == "12 tracks, shelf 42 of a ShelfMark" ]]
 
     echo "== pkg-config"
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name bryxmxf.pc)")

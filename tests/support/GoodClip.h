@@ -9,8 +9,10 @@
 #include "mxf/metadata/model/MXFSetDeclaration.h"
 #include "sdk/BRYXWriter.h"
 
+namespace bryx {
 class MXFSetDescription;
 class Preface;
+} // namespace bryx
 
 /// What a GoodClip is like.
 struct ClipOptions {

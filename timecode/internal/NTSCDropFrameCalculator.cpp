@@ -4,6 +4,8 @@
 
 #include <boost/numeric/conversion/cast.hpp>
 
+namespace bryx {
+
 NTSCDropFrameCalculator::NTSCDropFrameCalculator(std::uint8_t framesPerSecond, std::uint8_t subFrames)
     : RegularTimecodeCalculator(framesPerSecond, subFrames), subFrames_(subFrames),
       dropped_(std::int64_t{framesPerSecond} / 30 * 2), framesPerSecond_(framesPerSecond),
@@ -49,3 +51,5 @@ bool NTSCDropFrameCalculator::isValidTimecode(std::uint8_t hours, std::uint8_t m
 std::uint64_t NTSCDropFrameCalculator::getFramesPerDay() const {
     return static_cast<std::uint64_t>(framesPerTenMinutes_ * 144 * subFrames_);
 }
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "timecode/internal/RegularTimecodeCalculator.h"
 
+namespace bryx {
+
 /// Drops the first labels of every minute but each tenth, so that a nominal rate of 30 frames a second, or a multiple,
 /// follows 30000/1001 Hz (ST 12-1).
 class NTSCDropFrameCalculator : public RegularTimecodeCalculator {
@@ -24,3 +26,5 @@ private:
     std::int64_t framesPerMinute_; ///< in a minute that drops labels
     std::int64_t framesPerTenMinutes_;
 };
+
+} // namespace bryx

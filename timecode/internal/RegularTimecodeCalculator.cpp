@@ -4,6 +4,8 @@
 
 #include <boost/numeric/conversion/cast.hpp>
 
+namespace bryx {
+
 void RegularTimecodeCalculator::toTimecode(std::uint32_t count, std::uint8_t& hours, std::uint8_t& minutes,
                                            std::uint8_t& seconds, std::uint8_t& frames, std::uint8_t* subFrame) const {
     const std::uint32_t frame = count / subFrames_;
@@ -51,3 +53,5 @@ std::uint64_t RegularTimecodeCalculator::normalise(std::int32_t count) const {
 std::uint64_t RegularTimecodeCalculator::getFramesPerDay() const {
     return std::uint64_t{framesPerSecond_} * 86400 * subFrames_;
 }
+
+} // namespace bryx

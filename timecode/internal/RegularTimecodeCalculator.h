@@ -2,6 +2,8 @@
 
 #include "timecode/TimecodeCalculator.h"
 
+namespace bryx {
+
 /// Counts every label, at a whole number of frames a second.
 class RegularTimecodeCalculator : public TimecodeCalculator {
 public:
@@ -23,3 +25,5 @@ private:
     std::uint32_t subFrames_;
     std::uint32_t framesPerSecond_;
 };
+
+} // namespace bryx

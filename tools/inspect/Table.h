@@ -26,9 +26,10 @@ public:
 
     /// @param list has forEach(), and omitted(), which is mentioned below the rows unless it is 0
     /// @param entries what to call them there
-    /// The cells come from toRow(entry). It is called twice for each, so that the rows need not be kept.
-    template <class List>
-    void print(std::ostream& out, const std::string& heading, const char* entries, const List& list) const {
+    /// @param toRow makes the cells of an entry; it is called twice for each, so that the rows need not be kept
+    template <class List, class ToRow>
+    void print(std::ostream& out, const std::string& heading, const char* entries, const List& list,
+               ToRow toRow) const {
         Row titles;
         Row subtitles;
         std::vector<std::size_t> widths;

@@ -5,6 +5,9 @@
 
 namespace {
 
+/// The cells of an entry of any table.
+const auto cells = [](const auto& entry) { return toRow(entry); };
+
 void printFile(std::ostream& out, const std::string& name, const Inspection& inspection) {
     const std::uint64_t runIn = inspection.structure.runIn();
     out << "File: " << name << '\n';
@@ -45,10 +48,10 @@ void printLabels(std::ostream& out, const StructureCollector::Partitions& partit
 }
 
 void printStructure(std::ostream& out, const StructureCollector& structure) {
-    partitionTable().print(out, "Partitions", "partitions", structure.partitions());
+    partitionTable().print(out, "Partitions", "partitions", structure.partitions(), cells);
     printLabels(out, structure.partitions());
     randomIndexTable().print(out, "Random index", "entries",
-                             structure.randomIndex().value_or(StructureCollector::RandomIndex{}));
+                             structure.randomIndex().value_or(StructureCollector::RandomIndex{}), cells);
 }
 
 /// Prints a set and, indented below the references to them, the sets that it owns.
@@ -95,11 +98,11 @@ void printMetadata(std::ostream& out, const MetadataCollector::Models& models) {
 }
 
 void printIndex(std::ostream& out, const IndexCollector& index) {
-    segmentTable().print(out, "Index table segments", "segments", index.segments());
+    segmentTable().print(out, "Index table segments", "segments", index.segments(), cells);
 }
 
 void printBody(std::ostream& out, const BodyCounter& body) {
-    essenceTable().print(out, "Essence", "elements", body.essence());
+    essenceTable().print(out, "Essence", "elements", body.essence(), cells);
     const std::string timecodes = timecodeRange(body);
     out << "\nContent packages: " << (body.packages() == 0 ? "none" : std::to_string(body.packages()))
         << (timecodes.empty() ? "" : ", ") << timecodes
@@ -108,7 +111,7 @@ void printBody(std::ostream& out, const BodyCounter& body) {
 }
 
 void printFindings(std::ostream& out, const FindingCollector& findings) {
-    findingTable().print(out, "Findings", "findings", findings);
+    findingTable().print(out, "Findings", "findings", findings, cells);
     out << '\n' << verdict(findings) << '\n';
 }
 
@@ -120,6 +123,6 @@ void printText(std::ostream& out, const std::string& name, const Inspection& ins
     printMetadata(out, inspection.metadata.models());
     printIndex(out, inspection.index);
     printBody(out, inspection.body);
-    otherTripletsTable().print(out, "Generic streams", "triplets", inspection.genericStreams.triplets());
+    otherTripletsTable().print(out, "Generic streams", "triplets", inspection.genericStreams.triplets(), cells);
     printFindings(out, inspection.findings);
 }

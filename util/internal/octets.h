@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <vector>
 
-namespace util {
+namespace bryx::util {
 
 /// Adds @p size octets to the end of @p octets. Out of line, since the growth of a vector is much code, which would slow
 /// down what stands around the call.
 void append(std::vector<std::uint8_t>& octets, const std::uint8_t* data, std::size_t size);
 
-} // namespace util
+} // namespace bryx::util

@@ -6,6 +6,8 @@
 #include "mxf/essence/MXFGCKeys.h"
 #include "validation/internal/BRYXRates.h"
 
+namespace bryx {
+
 namespace checks = BRYXCrossChecks;
 
 namespace {
@@ -303,3 +305,5 @@ void BRYXCrossValidator::endStructure() {
         }
     }
 }
+
+} // namespace bryx

@@ -15,6 +15,8 @@
 #include "validation/internal/BRYXSummaries.h"
 #include "validation/internal/BRYXValidator.h"
 
+namespace bryx {
+
 /// Holds against one another what is found in the parts of a file: most of it when the file ends. It gets the structure
 /// from the structure validator; where nobody wants that, from the engine.
 class BRYXCrossValidator final : public DullMXFStructureHandler, public BRYXValidator {
@@ -109,3 +111,5 @@ private:
     BRYXIndexSummarizer* indexSummarizer_ = nullptr;
     bool expectsElements_ = false;
 };
+
+} // namespace bryx

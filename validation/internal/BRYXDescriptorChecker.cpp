@@ -13,6 +13,8 @@
 #include "validation/internal/BRYXPackageChecker.h"
 #include "validation/internal/BRYXRates.h"
 
+namespace bryx {
+
 namespace checks = BRYXMetadataChecks;
 
 namespace {
@@ -261,3 +263,5 @@ void BRYXDescriptorChecker::checkLabels(const Package& package, const FileDescri
                std::to_string(labelled) + " of " + std::to_string(sound->getChannelCount()));
     }
 }
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "mxf/metadata/structural/Preface.h"
 #include "validation/internal/BRYXModelChecker.h"
 
+namespace bryx {
+
 class CDCIPictureDescriptor;
 class FileDescriptor;
 class MultipleDescriptor;
@@ -47,3 +49,5 @@ private:
 
     std::set<KLVKey> essenceContainers_; ///< of the Preface
 };
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace bryx {
+
 /// Tells things that are equal from most that are not, in 64 bits: FNV-1a, a word at a time.
 class BRYXDigest {
 public:
@@ -25,3 +27,5 @@ public:
 private:
     std::uint64_t value_ = 0xCBF29CE484222325U;
 };
+
+} // namespace bryx

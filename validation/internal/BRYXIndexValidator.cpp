@@ -10,6 +10,8 @@
 #include "validation/internal/BRYXDigest.h"
 #include "validation/internal/BRYXRates.h"
 
+namespace bryx {
+
 namespace checks = BRYXIndexChecks;
 
 namespace {
@@ -383,3 +385,5 @@ const BRYXIndexSummaries& BRYXIndexValidator::endFile() {
     }
     return summaries_;
 }
+
+} // namespace bryx

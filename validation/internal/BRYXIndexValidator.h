@@ -9,6 +9,8 @@
 #include "mxf/index/MXFIndexHandler.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
+namespace bryx {
+
 /// Checks index table segments, each by itself and all of a table together, and passes them on. MXFIndexParser has
 /// checked before whether durations and counts fit the arrays.
 class BRYXIndexValidator final : public MXFIndexHandler, public BRYXValidator, public BRYXIndexSummarizer {
@@ -80,3 +82,5 @@ private:
     std::uint32_t region_ = 0;
     std::size_t kept_ = 0; ///< segments
 };
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "validation/internal/BRYXModelChecker.h"
 #include "validation/internal/BRYXPackageChecker.h"
 
+namespace bryx {
+
 namespace checks = BRYXMetadataChecks;
 
 namespace {
@@ -175,3 +177,5 @@ void BRYXMetadataValidator::endMetadata() {
     }
     next_.endMetadata();
 }
+
+} // namespace bryx

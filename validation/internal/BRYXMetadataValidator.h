@@ -8,6 +8,8 @@
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
+namespace bryx {
+
 class Preface;
 
 /// Checks the sets of header metadata and the model that they make, and passes them on. It wants all sets, so as to know
@@ -45,3 +47,5 @@ private:
     Region region_;
     Region complete_; ///< the last region that was final, and with nothing missing
 };
+
+} // namespace bryx

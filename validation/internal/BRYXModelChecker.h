@@ -8,6 +8,8 @@
 #include "mxf/metadata/model/MetadataRoot.h"
 #include "validation/internal/BRYXValidator.h"
 
+namespace bryx {
+
 /// Where @p set stands in its stream.
 inline std::uint64_t positionOf(const MetadataRoot& set) {
     return set.hasStartStreampos() ? static_cast<std::uint64_t>(std::streamoff{set.getStartStreampos()}) : 0;
@@ -41,3 +43,5 @@ protected:
 private:
     const BRYXValidator& validator_;
 };
+
+} // namespace bryx

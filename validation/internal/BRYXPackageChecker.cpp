@@ -15,6 +15,8 @@
 #include "mxf/metadata/structural/TimelineTrack.h"
 #include "validation/internal/BRYXRates.h"
 
+namespace bryx {
+
 namespace checks = BRYXMetadataChecks;
 
 namespace {
@@ -41,7 +43,7 @@ std::int64_t sumOf(std::int64_t a, std::int64_t b) {
 
 std::int64_t durationOf(const Track& track) {
     const auto segment = track.getSegment();
-    return segment == nullptr ? -1 : ::durationOf(*segment);
+    return segment == nullptr ? -1 : bryx::durationOf(*segment);
 }
 
 /// Whether a data definition is that of descriptive metadata, which need not be there all the time.
@@ -217,13 +219,13 @@ void BRYXPackageChecker::checkSequence(const Sequence& sequence, bool isTimeline
         if (isWhole(*component) && component->getDataDefinition() != sequence.getDataDefinition()) {
             report(*component, checks::inconsistentDataDefinition, toString(component->getDataDefinition()));
         }
-        const std::int64_t duration = ::durationOf(*component);
+        const std::int64_t duration = bryx::durationOf(*component);
         isKnown = isKnown && duration >= 0;
         sum = isKnown ? sumOf(sum, duration) : 0;
     }
     if (sequence.hasDuration() && sequence.getDuration() < -1) {
         report(sequence, checks::invalidDuration, std::to_string(sequence.getDuration()));
-    } else if (isTimeline && isKnown && ::durationOf(sequence) >= 0 && sum != sequence.getDuration()) {
+    } else if (isTimeline && isKnown && bryx::durationOf(sequence) >= 0 && sum != sequence.getDuration()) {
         report(sequence, checks::inconsistentSequenceDuration,
                std::to_string(sequence.getDuration()) + ", not " + std::to_string(sum));
     }
@@ -306,8 +308,8 @@ void BRYXPackageChecker::checkSourceClip(const GenericPackage& package, const Tr
     }
     const auto* const from = as<TimelineTrack>(sourceTrack.get());
     const auto* const to = as<TimelineTrack>(&track);
-    const std::int64_t available = ::durationOf(*segment);
-    const std::int64_t needed = ::durationOf(clip);
+    const std::int64_t available = bryx::durationOf(*segment);
+    const std::int64_t needed = bryx::durationOf(clip);
     // Positions count from the origin of the source track. Whether what is before that counts in its duration is read
     // in two ways, so that a clip may reach to its end in both.
     if (from != nullptr && to != nullptr && isSameRate(from->getEditRate(), to->getEditRate()) && available >= 0 &&
@@ -450,3 +452,5 @@ void BRYXPackageChecker::addPackage(const SourcePackage& package, BRYXMetadataSu
         }
     }
 }
+
+} // namespace bryx

@@ -12,6 +12,8 @@
 #include "validation/internal/BRYXModelChecker.h"
 #include "validation/internal/BRYXSummaries.h"
 
+namespace bryx {
+
 class Sequence;
 class SourceClip;
 class SourcePackage;
@@ -70,3 +72,5 @@ private:
     std::set<UMID> linked_; ///< named by essence container data
     std::map<std::pair<const GenericPackage*, std::uint32_t>, std::shared_ptr<const Track>> tracks_; ///< by track ID
 };
+
+} // namespace bryx

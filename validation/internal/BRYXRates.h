@@ -4,6 +4,8 @@
 
 #include "klv/KLVValueTypes.h"
 
+namespace bryx {
+
 /// Whether @p rate is one: positive.
 inline bool isRate(const Rational& rate) noexcept {
     return rate.numerator > 0 && rate.denominator > 0;
@@ -21,3 +23,5 @@ inline bool isFrameRate(const Rational& rate) noexcept {
     constexpr std::int64_t mostFrames = 240;
     return isRate(rate) && rate.numerator <= mostFrames * rate.denominator;
 }
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/structure/MXFPartitionPack.h"
 
+namespace bryx {
+
 namespace checks = BRYXStructureChecks;
 
 namespace {
@@ -157,3 +159,5 @@ void BRYXStructureValidator::endStructure() {
     cross_.endStructure();
     next_.endStructure();
 }
+
+} // namespace bryx

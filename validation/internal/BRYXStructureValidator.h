@@ -10,6 +10,8 @@
 #include "mxf/structure/MXFStructureHandler.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
+namespace bryx {
+
 /// Checks of partition packs and the random index what MXFStructureValidator, behind which it stands, does not; and passes
 /// them on.
 class BRYXStructureValidator final : public MXFStructureHandler, public BRYXValidator {
@@ -51,3 +53,5 @@ private:
     std::uint64_t position_ = 0;                  ///< of the pack of the current partition
     std::uint32_t kagSize_ = 0;                   ///< of that
 };
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
 
+namespace bryx {
+
 /// What header metadata says about the rest of the file. Positions are those of sets.
 struct BRYXMetadataSummary {
     /// A track of a file package with essence in the file.
@@ -65,3 +67,5 @@ public:
 protected:
     ~BRYXIndexSummarizer() = default;
 };
+
+} // namespace bryx

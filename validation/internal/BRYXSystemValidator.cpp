@@ -6,6 +6,8 @@
 
 #include "timecode/TimecodeCalculator.h"
 
+namespace bryx {
+
 namespace checks = BRYXSystemChecks;
 
 namespace {
@@ -227,3 +229,5 @@ void BRYXSystemValidator::pdProxyMetadata(const MXFPDProxyMetadata& metadata, co
         nextProxy_->pdProxyMetadata(metadata, items);
     }
 }
+
+} // namespace bryx

@@ -13,6 +13,8 @@
 #include "mxf/essence/detail/MXFGCKnownKinds.h"
 #include "validation/internal/BRYXCrossValidator.h"
 
+namespace bryx {
+
 class TimecodeCalculator;
 
 /// Checks system items, and the content packages that they stand in, and passes them on.
@@ -91,3 +93,5 @@ private:
     std::uint8_t calculatorRate_ = 0;
     bool calculatorDrops_ = false;
 };
+
+} // namespace bryx

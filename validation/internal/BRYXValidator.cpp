@@ -2,6 +2,8 @@
 
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace {
 
 /// Has a locator tell another position for a while.
@@ -48,3 +50,5 @@ void BRYXValidator::reportAt(std::uint64_t position, const BRYXSubjectCheck& che
                              const std::string& detail) const {
     at(position, check, [&] { reporter_.report(errorHandler_.get(), check.report(), reports_++, subject, detail); });
 }
+
+} // namespace bryx

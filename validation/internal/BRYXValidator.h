@@ -11,6 +11,8 @@
 #include "validation/BRYXChecks.h"
 #include "validation/BRYXOverridableLocator.h"
 
+namespace bryx {
+
 using BRYXPlainCheck = BRYXCheckOf<klvutil::Finding>;
 using BRYXSubjectCheck = BRYXCheckOf<klvutil::SubjectFinding>;
 
@@ -55,3 +57,5 @@ private:
     std::shared_ptr<ErrorHandler> errorHandler_;
     std::shared_ptr<BRYXOverridableLocator> locator_;
 };
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace bryx {
+
 PrefixedStreambuf::PrefixedStreambuf(std::string prefix, std::streambuf& rest)
     : prefix_(std::move(prefix)), rest_(rest) {
     setg(prefix_.data(), prefix_.data(), prefix_.data() + prefix_.size());
@@ -22,3 +24,5 @@ std::streamsize PrefixedStreambuf::xsgetn(char* to, std::streamsize size) {
     gbump(static_cast<int>(own));
     return own == size ? own : own + rest_.sgetn(to + own, size - own);
 }
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include <streambuf>
 #include <string>
 
+namespace bryx {
+
 /// Octets that were taken from a stream buffer, followed by what is left in it: for a stream that cannot seek. Holds
 /// nothing back: large reads go straight to the buffer behind.
 class PrefixedStreambuf : public std::streambuf {
@@ -19,3 +21,5 @@ private:
     std::string prefix_;
     std::streambuf& rest_;
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 
 #include "mxf/essence/MXFGCKeys.h"
 
-namespace mxfutil::detail {
+namespace bryx::mxfutil::detail {
 
 /// What the keys of a body stand for, remembered of those that came last: the few keys of a content package come again
 /// and again.
@@ -34,4 +34,4 @@ private:
     std::array<Known, 32> known_;
 };
 
-} // namespace mxfutil::detail
+} // namespace bryx::mxfutil::detail

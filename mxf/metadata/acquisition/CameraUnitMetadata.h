@@ -5,6 +5,8 @@
 #include "mxf/metadata/descriptors/RGBAPictureDescriptor.h"
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// The part of the picture that the lens is focused by (RDD 18).
 enum class MXFAutoFocusSensingArea : std::uint8_t {
     ManualFocusMode = 0,
@@ -141,3 +143,5 @@ protected:
 };
 
 using CameraUnitMetadataFactory = MXFSetFactory<CameraUnitMetadata>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/acquisition/CameraUnitMetadata.h"
 
+namespace bryx {
+
 /// The settings of a lens at the time of a picture (RDD 18).
 class BRYX_API LensUnitMetadata : public AcquisitionMetadataObject {
     BRYX_SET(LensUnitMetadata, AcquisitionMetadataObject, "060e2b34.02530101.0c020101.01010000");
@@ -44,3 +46,5 @@ protected:
 };
 
 using LensUnitMetadataFactory = MXFSetFactory<LensUnitMetadata>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// Acquisition metadata of a maker's own (RDD 18): further properties with tags from 0xE000 to 0xEFFF are dark.
 class BRYX_API UserDefinedAcquisitionMetadata : public AcquisitionMetadataObject {
     BRYX_SET(UserDefinedAcquisitionMetadata, AcquisitionMetadataObject, "060e2b34.02530101.0c020101.7f010000");
@@ -16,3 +18,5 @@ protected:
 };
 
 using UserDefinedAcquisitionMetadataFactory = MXFSetFactory<UserDefinedAcquisitionMetadata>;
+
+} // namespace bryx

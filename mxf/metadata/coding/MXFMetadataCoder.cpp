@@ -4,6 +4,8 @@
 #include "mxf/structure/MXFPrimer.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 MXFMetadataCoder::MXFMetadataCoder(KLVHandler& next) : next_(next) {}
@@ -89,3 +91,5 @@ void MXFFormatMetadataCoder::codePrimer(const Primer& primer) {
     }
     next().endFixedLengthPack(mxfutil::primerPackKey);
 }
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Codes primed sets as local sets, with the tags of a primer that stands nowhere in the stream: as sets outside the
 /// header metadata are coded. MXFFormatMetadataCoder codes header metadata.
 ///
@@ -64,3 +66,5 @@ private:
     /// twice.
     void codePrimer(const Primer& primer) override;
 };
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "mxf/structure/MXFStaticTags.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 using util::require;
 
 namespace {
@@ -182,3 +184,5 @@ void MXFMetadataModelCoder::model(const Model& model) {
         next_.primedSet(set);
     }
 }
+
+} // namespace bryx

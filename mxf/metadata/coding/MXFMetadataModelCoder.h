@@ -9,6 +9,8 @@
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Makes a primer and primed sets of a model, the reverse of MXFMetadataModelParser: has a factory code each set, and
 /// gives tags to the properties that have none of their own.
 ///
@@ -67,3 +69,5 @@ BRYX_API MXFMetadataModelHandler::Model rootAlone(const MXFMetadataModelHandler:
                                                   MXFMetadataModelHandler::Model* leftOut = nullptr);
 
 } // namespace mxfutil
+
+} // namespace bryx

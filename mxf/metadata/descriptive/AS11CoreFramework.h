@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptive/DescriptiveMetadataFramework.h"
 
+namespace bryx {
+
 /// What is on which sound track (EBU R 48, EBU R 123).
 enum class AS11AudioTrackLayout : std::uint8_t {
     EBU_R_48_1a = 0,
@@ -89,3 +91,5 @@ protected:
 };
 
 using AS11CoreFrameworkFactory = MXFSetFactory<AS11CoreFramework>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptive/DMSegmentationFramework.h"
 
+namespace bryx {
+
 /// One part of a programme, described on the segmentation track (AS-11).
 class BRYX_API AS11SegmentationFramework : public DMSegmentationFramework {
     BRYX_SET(AS11SegmentationFramework, DMSegmentationFramework, "060e2b34.02530101.0d010701.0b020100");
@@ -16,3 +18,5 @@ protected:
 };
 
 using AS11SegmentationFrameworkFactory = MXFSetFactory<AS11SegmentationFramework>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptive/AS11CoreFramework.h"
 
+namespace bryx {
+
 /// How a stereoscopic picture is stored.
 enum class UKDPPThreeDType : std::uint8_t { SideBySide = 0, Dual = 1, LeftEyeOnly = 2, RightEyeOnly = 3 };
 
@@ -79,3 +81,5 @@ protected:
 };
 
 using AS11UKDPPFrameworkFactory = MXFSetFactory<AS11UKDPPFramework>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// The top of a description (ST 377-1).
 class BRYX_API DescriptiveMetadataFramework : public MetadataObject {
     BRYX_ABSTRACT_SET(DescriptiveMetadataFramework, MetadataObject, "060e2b34.02530101.0d010401.00000000");
@@ -14,3 +16,5 @@ protected:
 };
 
 using DescriptiveMetadataFrameworkFactory = MXFSetFactory<DescriptiveMetadataFramework>;
+
+} // namespace bryx

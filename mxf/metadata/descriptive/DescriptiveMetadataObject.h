@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// A part of a description below its framework (ST 377-1).
 class BRYX_API DescriptiveMetadataObject : public MetadataObject {
     BRYX_ABSTRACT_SET(DescriptiveMetadataObject, MetadataObject, "060e2b34.02530101.0d010400.00000000");
@@ -14,3 +16,5 @@ protected:
 };
 
 using DescriptiveMetadataObjectFactory = MXFSetFactory<DescriptiveMetadataObject>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptive/TextBasedObject.h"
 
+namespace bryx {
+
 /// A text that stands in a generic stream partition (RP 2057, ST 410).
 class BRYX_API GenericStreamTextBasedSet : public TextBasedObject {
     BRYX_SET(GenericStreamTextBasedSet, TextBasedObject, "060e2b34.02530101.0d010401.04020100");
@@ -14,3 +16,5 @@ protected:
 };
 
 using GenericStreamTextBasedSetFactory = MXFSetFactory<GenericStreamTextBasedSet>;
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/metadata/descriptive/DescriptiveMetadataFramework.h"
 #include "mxf/metadata/descriptive/TextBasedObject.h"
 
+namespace bryx {
+
 /// A description that is a text (RP 2057).
 class BRYX_API TextBasedDMFramework : public DescriptiveMetadataFramework {
     BRYX_SET(TextBasedDMFramework, DescriptiveMetadataFramework, "060e2b34.02530101.0d010401.04010100");
@@ -15,3 +17,5 @@ protected:
 };
 
 using TextBasedDMFrameworkFactory = MXFSetFactory<TextBasedDMFramework>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptive/DescriptiveMetadataObject.h"
 
+namespace bryx {
+
 /// A text that describes (RP 2057). Its sets may be coded with BER item lengths, since texts can be long.
 class BRYX_API TextBasedObject : public DescriptiveMetadataObject {
     BRYX_ABSTRACT_SET(TextBasedObject, DescriptiveMetadataObject, "060e2b34.02530101.0d010401.04030100");
@@ -24,3 +26,5 @@ protected:
 };
 
 using TextBasedObjectFactory = MXFSetFactory<TextBasedObject>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptive/TextBasedObject.h"
 
+namespace bryx {
+
 /// A text that stands in the set itself, in UTF-16 (RP 2057).
 class BRYX_API UTF16TextBasedSet : public TextBasedObject {
     BRYX_SET(UTF16TextBasedSet, TextBasedObject, "060e2b34.02530101.0d010401.04020300");
@@ -15,3 +17,5 @@ protected:
 };
 
 using UTF16TextBasedSetFactory = MXFSetFactory<UTF16TextBasedSet>;
+
+} // namespace bryx

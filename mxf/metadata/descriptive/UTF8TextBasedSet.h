@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptive/TextBasedObject.h"
 
+namespace bryx {
+
 /// A text that stands in the set itself, in UTF-8 (RP 2057).
 class BRYX_API UTF8TextBasedSet : public TextBasedObject {
     BRYX_SET(UTF8TextBasedSet, TextBasedObject, "060e2b34.02530101.0d010401.04020200");
@@ -16,3 +18,5 @@ protected:
 };
 
 using UTF8TextBasedSetFactory = MXFSetFactory<UTF8TextBasedSet>;
+
+} // namespace bryx

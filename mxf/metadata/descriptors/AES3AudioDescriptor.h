@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptors/WaveAudioDescriptor.h"
 
+namespace bryx {
+
 /// The emphasis of an AES3 signal (ST 382).
 enum class MXFEmphasis : std::uint8_t { Unknown = 0, None = 4, FiftyFifteen = 6, J17 = 7 };
 
@@ -57,3 +59,5 @@ protected:
 };
 
 using AES3AudioDescriptorFactory = MXFSetFactory<AES3AudioDescriptor>;
+
+} // namespace bryx

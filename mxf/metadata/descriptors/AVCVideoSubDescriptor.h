@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/SubDescriptor.h"
 
+namespace bryx {
+
 /// How the pictures of an AVC stream are scanned and coded (ST 381-3).
 enum class MXFAVCCodedContentKind : std::uint8_t {
     Unknown = 0,
@@ -52,3 +54,5 @@ protected:
 };
 
 using AVCVideoSubDescriptorFactory = MXFSetFactory<AVCVideoSubDescriptor>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/MCALabelSubDescriptor.h"
 
+namespace bryx {
+
 /// Labels a channel (ST 377-4).
 class BRYX_API AudioChannelLabelSubDescriptor : public MCALabelSubDescriptor {
     BRYX_SET(AudioChannelLabelSubDescriptor, MCALabelSubDescriptor, "060e2b34.02530101.0d010101.01016b00");
@@ -14,3 +16,5 @@ protected:
 };
 
 using AudioChannelLabelSubDescriptorFactory = MXFSetFactory<AudioChannelLabelSubDescriptor>;
+
+} // namespace bryx

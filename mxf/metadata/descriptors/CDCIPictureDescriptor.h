@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/PictureDescriptor.h"
 
+namespace bryx {
+
 /// Where the samples of colour difference stand among those of luminance (ST 377-1).
 enum class MXFColourSiting : std::uint8_t {
     CoSiting = 0,
@@ -40,3 +42,5 @@ protected:
 };
 
 using CDCIPictureDescriptorFactory = MXFSetFactory<CDCIPictureDescriptor>;
+
+} // namespace bryx

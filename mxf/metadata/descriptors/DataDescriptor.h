@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/FileDescriptor.h"
 
+namespace bryx {
+
 /// Describes data essence (ST 377-1).
 class BRYX_API DataDescriptor : public FileDescriptor {
     BRYX_SET(DataDescriptor, FileDescriptor, "060e2b34.02530101.0d010101.01014300");
@@ -14,3 +16,5 @@ protected:
 };
 
 using DataDescriptorFactory = MXFSetFactory<DataDescriptor>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/GenericDescriptor.h"
 
+namespace bryx {
+
 /// Describes the essence of a file package (ST 377-1).
 class BRYX_API FileDescriptor : public GenericDescriptor {
     BRYX_ABSTRACT_SET(FileDescriptor, GenericDescriptor, "060e2b34.02530101.0d010101.01012500");
@@ -22,3 +24,5 @@ protected:
 };
 
 using FileDescriptorFactory = MXFSetFactory<FileDescriptor>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 #include "mxf/metadata/model/MetadataObject.h"
 #include "mxf/metadata/structural/GenericLocator.h"
 
+namespace bryx {
+
 /// Describes the essence that a source package stands for (ST 377-1).
 class BRYX_API GenericDescriptor : public MetadataObject {
     BRYX_ABSTRACT_SET(GenericDescriptor, MetadataObject, "060e2b34.02530101.0d010101.01012400");
@@ -18,3 +20,5 @@ protected:
 };
 
 using GenericDescriptorFactory = MXFSetFactory<GenericDescriptor>;
+
+} // namespace bryx

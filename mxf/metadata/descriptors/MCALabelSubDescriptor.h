@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptors/SubDescriptor.h"
 
+namespace bryx {
+
 /// A label of multichannel audio (ST 377-4).
 class BRYX_API MCALabelSubDescriptor : public SubDescriptor {
     BRYX_ABSTRACT_SET(MCALabelSubDescriptor, SubDescriptor, "060e2b34.02530101.0d010101.01016a00");
@@ -44,3 +46,5 @@ protected:
 };
 
 using MCALabelSubDescriptorFactory = MXFSetFactory<MCALabelSubDescriptor>;
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/metadata/descriptors/MPEGVideoDescriptor.h"
 #include "mxf/metadata/descriptors/SubDescriptor.h"
 
+namespace bryx {
+
 /// Adds what there is to say of MPEG-4 visual essence (ST 381-2).
 class BRYX_API MPEG4VideoSubDescriptor : public SubDescriptor {
     BRYX_SET(MPEG4VideoSubDescriptor, SubDescriptor, "060e2b34.02530101.0d010101.01016800");
@@ -32,3 +34,5 @@ protected:
 };
 
 using MPEG4VideoSubDescriptorFactory = MXFSetFactory<MPEG4VideoSubDescriptor>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/SoundDescriptor.h"
 
+namespace bryx {
+
 /// Describes MPEG audio (ST 381-2).
 class BRYX_API MPEGAudioDescriptor : public SoundDescriptor {
     BRYX_SET(MPEGAudioDescriptor, SoundDescriptor, "060e2b34.02530101.0d010101.01015e00");
@@ -16,3 +18,5 @@ protected:
 };
 
 using MPEGAudioDescriptorFactory = MXFSetFactory<MPEGAudioDescriptor>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/CDCIPictureDescriptor.h"
 
+namespace bryx {
+
 /// How the pictures of a compressed stream are scanned (ST 381-1, ST 381-2).
 enum class MXFCodedContentType : std::uint8_t { Unknown = 0, Progressive = 1, Interlaced = 2, Mixed = 3 };
 
@@ -34,3 +36,5 @@ protected:
 };
 
 using MPEGVideoDescriptorFactory = MXFSetFactory<MPEGVideoDescriptor>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/FileDescriptor.h"
 
+namespace bryx {
+
 /// Describes interleaved essence, by one descriptor for each kind (ST 377-1).
 class BRYX_API MultipleDescriptor : public FileDescriptor {
     BRYX_SET(MultipleDescriptor, FileDescriptor, "060e2b34.02530101.0d010101.01014400");
@@ -13,3 +15,5 @@ protected:
 };
 
 using MultipleDescriptorFactory = MXFSetFactory<MultipleDescriptor>;
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/descriptors/FileDescriptor.h"
 
+namespace bryx {
+
 /// How the lines of a frame are stored (ST 377-1).
 enum class MXFFrameLayout : std::uint8_t {
     FullFrame = 0,      ///< progressive
@@ -128,3 +130,5 @@ protected:
 };
 
 using PictureDescriptorFactory = MXFSetFactory<PictureDescriptor>;
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/metadata/descriptors/RGBAPictureDescriptor.h"
 
+namespace bryx {
+
 std::string toString(const MXFPixelLayout& layout) {
     std::string text;
     for (const MXFPixelComponent& component : layout.components) {
@@ -27,3 +29,5 @@ void ValueCoding<MXFPixelLayout>::write(OctetWriter& to, const MXFPixelLayout& l
 }
 
 } // namespace klvutil
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "klv/ValueCoding.h"
 #include "mxf/metadata/descriptors/PictureDescriptor.h"
 
+namespace bryx {
+
 /// A component of a pixel (ST 377-1).
 struct MXFPixelComponent {
     char code = 0;          ///< what it is, such as 'R', 'G', 'B' or 'A'; 0 for none
@@ -65,3 +67,5 @@ protected:
 };
 
 using RGBAPictureDescriptorFactory = MXFSetFactory<RGBAPictureDescriptor>;
+
+} // namespace bryx

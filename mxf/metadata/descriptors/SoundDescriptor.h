@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/FileDescriptor.h"
 
+namespace bryx {
+
 /// What the channels of sound are to one another (ST 377-1).
 enum class MXFElectroSpatialFormulation : std::uint8_t {
     Default = 0,
@@ -44,3 +46,5 @@ protected:
 };
 
 using SoundDescriptorFactory = MXFSetFactory<SoundDescriptor>;
+
+} // namespace bryx

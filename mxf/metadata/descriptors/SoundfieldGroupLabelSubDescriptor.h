@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/MCALabelSubDescriptor.h"
 
+namespace bryx {
+
 /// Labels a soundfield group: channels that are heard together (ST 377-4).
 class BRYX_API SoundfieldGroupLabelSubDescriptor : public MCALabelSubDescriptor {
     BRYX_SET(SoundfieldGroupLabelSubDescriptor, MCALabelSubDescriptor, "060e2b34.02530101.0d010101.01016c00");
@@ -15,3 +17,5 @@ protected:
 };
 
 using SoundfieldGroupLabelSubDescriptorFactory = MXFSetFactory<SoundfieldGroupLabelSubDescriptor>;
+
+} // namespace bryx

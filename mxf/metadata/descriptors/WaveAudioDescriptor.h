@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/descriptors/SoundDescriptor.h"
 
+namespace bryx {
+
 /// Describes uncompressed sound as in a WAVE file (ST 382).
 class BRYX_API WaveAudioDescriptor : public SoundDescriptor {
     BRYX_SET(WaveAudioDescriptor, SoundDescriptor, "060e2b34.02530101.0d010101.01014800");
@@ -33,3 +35,5 @@ protected:
 };
 
 using WaveAudioDescriptorFactory = MXFSetFactory<WaveAudioDescriptor>;
+
+} // namespace bryx

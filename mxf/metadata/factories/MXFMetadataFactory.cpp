@@ -1,3 +1,7 @@
 #include "mxf/metadata/factories/MXFMetadataFactory.h"
 
+namespace bryx {
+
 MXFMetadataFactory::~MXFMetadataFactory() = default;
+
+} // namespace bryx

@@ -11,6 +11,8 @@
 #include "mxf/structure/MXFPrimedSet.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// Makes sets from what files hold, and the other way round. Used by one thread at a time.
@@ -46,3 +48,5 @@ public:
     /// The key of the sets of a class. Requires canCode().
     virtual const KLVKey& getSetKey(const std::type_info& type) = 0;
 };
+
+} // namespace bryx

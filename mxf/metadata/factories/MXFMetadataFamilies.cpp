@@ -5,6 +5,8 @@
 #include "mxf/metadata/MXFMetadataSets.h"
 #include "mxf/metadata/factories/MXFSetFactory.h"
 
+namespace bryx {
+
 // The classes of each family, in the order in which their factories are asked. To add a class, add it here.
 
 #define BRYX_FORMAT_SETS(ROW)                                                                                          \
@@ -100,3 +102,5 @@ MXFMetadataFamily::MXFMetadataFamily(const MXFMetadataFamily& other) : MXFMetada
 }
 
 MXFMetadataFamily::~MXFMetadataFamily() = default;
+
+} // namespace bryx

@@ -6,6 +6,8 @@
 #include "mxf/metadata/factories/MXFMetadataModelFactory.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class MetadataRootFactory;
 
 /// @file
@@ -70,3 +72,5 @@ class BRYX_API MXFVBIANCMetadataModelFactory : public MXFMetadataFamily {
 public:
     MXFVBIANCMetadataModelFactory();
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 /// @file
 /// The findings about sets of header metadata and the model that they make.
 
-namespace mxfutil::findings {
+namespace bryx::mxfutil::findings {
 
 /// Sets, and references between them.
 inline constexpr util::uuid metadataBase{
@@ -29,4 +29,4 @@ inline constexpr util::uuid metadataBase{
 
 BRYX_METADATA_FINDINGS(BRYX_DEFINE_FINDING)
 
-} // namespace mxfutil::findings
+} // namespace bryx::mxfutil::findings

@@ -7,6 +7,8 @@
 #include "mxf/metadata/model/dangling_ref.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 MXFMetadataModelFactory::MXFMetadataModelFactory() = default;
 
 // The cache leads to the factories of the other, and is filled anew.
@@ -113,3 +115,5 @@ void MXFMetadataModelFactory::fireReferenceDarkPropertyInternalizeError(const KL
                                                                         const std::exception& reason) {
     klvutil::report(errorHandler_.get(), mxfutil::findings::invalidReferenceDarkProperty, toString(key), reason.what());
 }
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "mxf/metadata/factories/MXFMetadataFactory.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// A factory that leaves each class to another factory: the first in its list that accepts a key or a class.
 class BRYX_API MXFMetadataModelFactory : public MXFMetadataFactory {
 public:
@@ -51,3 +53,5 @@ private:
     std::shared_ptr<ErrorHandler> errorHandler_;
     std::map<KLVKey, std::shared_ptr<MXFMetadataFactory>> cache_;
 };
+
+} // namespace bryx

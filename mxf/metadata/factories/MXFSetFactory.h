@@ -18,6 +18,8 @@
 /// What follows from the declaration of a set: its factory and its description. Needed where sets of an application's
 /// own are made; those of the library come with their factories, such as PrefaceFactory.
 
+namespace bryx {
+
 namespace mxfutil::detail {
 
 /// Lets allocate_shared construct sets, whose constructors are protected, and end them by endSet().
@@ -387,3 +389,5 @@ public:
     std::shared_ptr<MetadataRoot> create() const override { return Set::create(); }
     std::shared_ptr<MetadataRootFactory> clone() const override { return std::make_shared<MXFSetFactory>(*this); }
 };
+
+} // namespace bryx

@@ -7,6 +7,8 @@
 #include "mxf/metadata/model/MXFOrderHint.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace {
@@ -172,3 +174,5 @@ void MetadataRootFactory::codeList(const PropertyList& list, const MetadataRoot&
         }
     }
 }
+
+} // namespace bryx

@@ -9,6 +9,8 @@
 #include "mxf/metadata/model/MXFSetDescription.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// The base of the factories of single classes. Its own part are the instance UID and the dark properties.
 class BRYX_API MetadataRootFactory : public MXFMetadataFactory {
 public:
@@ -80,3 +82,5 @@ private:
     std::shared_ptr<ErrorHandler> errorHandler_;
     SetPrimer setPrimer_;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/metadata/model/DullMXFMetadataHandler.h"
 
+namespace bryx {
+
 DullMXFMetadataHandler::~DullMXFMetadataHandler() = default;
 
 void DullMXFMetadataHandler::primer(const Primer& /*primer*/) {}
@@ -9,3 +11,5 @@ bool DullMXFMetadataHandler::handlesSet(const KLVKey& /*key*/) {
 }
 
 void DullMXFMetadataHandler::primedSet(MXFPrimedSet& /*set*/) {}
+
+} // namespace bryx

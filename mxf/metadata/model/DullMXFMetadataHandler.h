@@ -3,6 +3,8 @@
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Wants no set, and does nothing at each call. Derive from it to do something at some of them.
 class BRYX_API DullMXFMetadataHandler : public MXFMetadataHandler {
 public:
@@ -13,3 +15,5 @@ public:
     bool handlesSet(const KLVKey& key) override;
     void primedSet(MXFPrimedSet& set) override;
 };
+
+} // namespace bryx

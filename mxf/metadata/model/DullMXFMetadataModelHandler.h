@@ -3,6 +3,8 @@
 #include "mxf/metadata/model/DullMXFMetadataHandler.h"
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
 
+namespace bryx {
+
 /// Does nothing, and wants no set. Derive from it and override model(): whoever reads header metadata for a handler that is
 /// an MXFMetadataModelHandler as well, as BRYXReader does, makes the models.
 class BRYX_API DullMXFMetadataModelHandler : public DullMXFMetadataHandler, public MXFMetadataModelHandler {
@@ -12,3 +14,5 @@ public:
     void endMetadata() override {}
     void model(const Model& model) override;
 };
+
+} // namespace bryx

@@ -7,7 +7,7 @@
 #include "klv/KLVCoding.h"
 #include "util/byte_order.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -33,4 +33,4 @@ const char* labelName(const KLVKey& label) noexcept {
     return at != std::end(rows) && at->item == item ? at->name : nullptr;
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -1,5 +1,9 @@
 #include "mxf/metadata/model/MXFMetadataHandler.h"
 
+namespace bryx {
+
 MXFMetadataHandler::~MXFMetadataHandler() = default;
 
 void MXFMetadataHandler::unhandledSet(const MXFPrimedSet& /*set*/) {}
+
+} // namespace bryx

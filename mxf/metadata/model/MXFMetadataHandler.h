@@ -8,6 +8,8 @@
 #include "mxf/structure/MXFPrimedSet.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// Receives the header metadata of one partition after the other: for each, startMetadata, the primer, the sets in
 /// their order, endMetadata. Whoever writes header metadata makes the same calls.
 class BRYX_API MXFMetadataHandler {
@@ -33,3 +35,5 @@ public:
     /// A set that is not wanted, for those who care what refers to what. Does nothing here.
     virtual void unhandledSet(const MXFPrimedSet& set);
 };
+
+} // namespace bryx

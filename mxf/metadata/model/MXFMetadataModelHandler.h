@@ -5,6 +5,8 @@
 
 #include "util/Api.h"
 
+namespace bryx {
+
 class MetadataRoot;
 
 /// Receives the models that the header metadata of one partition after the other make.
@@ -23,3 +25,5 @@ public:
     /// it.
     virtual void model(const Model& model) = 0;
 };
+
+} // namespace bryx

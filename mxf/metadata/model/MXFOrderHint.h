@@ -7,7 +7,7 @@
 /// The labels of dark properties that tell a coder of a model how to write it, and are not written themselves. See
 /// MXFMetadataModelCoder.
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 /// The label of the dark property that fixes the order of sets.
 inline constexpr KLVKey orderHintLabel = klvutil::key("9cef38e7.d80425c1.c3010102.9cad11e0");
@@ -16,4 +16,4 @@ inline constexpr KLVKey orderHintLabel = klvutil::key("9cef38e7.d80425c1.c301010
 /// xx 9C AD 11 E0, with any octets 7, 10 and 11.
 BRYX_API bool isPrivateLabel(const KLVKey& label) noexcept;
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -5,6 +5,8 @@
 #include "klv/KLVKey.h"
 #include "mxf/structure/MXFStaticTags.h"
 
+namespace bryx {
+
 /// How files name a property: by its label, and in a set by a local tag.
 class MXFPropertyLabel {
 public:
@@ -31,3 +33,5 @@ private:
     std::uint16_t tag_ = 0;
     KLVKey label_{};
 };
+
+} // namespace bryx

@@ -5,7 +5,7 @@
 #include "util/hex.h"
 #include "util/utf8.h"
 
-namespace mxfutil {
+namespace bryx::mxfutil {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string toText(const MXFScalar& value) {
     return std::visit(Text(), value);
 }
 
-} // namespace mxfutil
+} // namespace bryx::mxfutil

@@ -10,6 +10,8 @@
 #include "klv/KLVValueTypes.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class MetadataRoot;
 
 /// A value of any kind that a property can have: an enumeration stands as its number, a rare record as its text, and a
@@ -47,3 +49,5 @@ void forEachReference(const MXFPropertyValue& value, Visit visit) {
 }
 
 } // namespace mxfutil
+
+} // namespace bryx

@@ -9,6 +9,8 @@
 #include "klv/KLVKey.h"
 #include "klv/KLVValueTypes.h"
 
+namespace bryx {
+
 class MetadataRoot;
 class dangling_ref_base;
 
@@ -20,3 +22,5 @@ using MXFPendingReferences = std::multimap<MXFUID, std::shared_ptr<dangling_ref_
 
 /// Sets that another set owns, in the order of its references.
 using MXFOwnedSets = std::list<std::shared_ptr<const MetadataRoot>>;
+
+} // namespace bryx

@@ -4,7 +4,7 @@
 
 #include "util/assertion_failure.h"
 
-namespace mxfutil::detail {
+namespace bryx::mxfutil::detail {
 
 void failPresent(const char* setName, const char* propertyName) {
     util::failAssertion((std::string(setName) + "." + propertyName + " is present").c_str());
@@ -16,4 +16,4 @@ void requireIndex(std::size_t index, std::size_t end, const char* setName, const
     }
 }
 
-} // namespace mxfutil::detail
+} // namespace bryx::mxfutil::detail

@@ -43,6 +43,8 @@
 /// An application adds sets of its own in the same way. Then mxf/metadata/factories/MXFSetFactory.h must be included
 /// where such sets are made, and an MXFMetadataModelFactory lists their factories.
 
+namespace bryx {
+
 template <class Set, bool concrete = Set::isConcrete>
 class MXFSetFactory;
 class MXFSetDescription;
@@ -186,29 +188,29 @@ auto elementAt(const Member& member, std::size_t index, const char* setName, con
 public:                                                                                                                \
     using Base = BaseClass;                                                                                            \
     [[maybe_unused]] static constexpr const char* className = #Class;                                                  \
-    [[maybe_unused]] static constexpr KLVKey classKey = klvutil::key(keyText);                                         \
+    [[maybe_unused]] static constexpr ::bryx::KLVKey classKey = ::bryx::klvutil::key(keyText);                         \
     [[maybe_unused]] static constexpr bool isConcrete = concrete;                                                      \
                                                                                                                        \
 private:                                                                                                               \
     using Self = Class;                                                                                                \
     [[maybe_unused]] static constexpr int firstLine = __LINE__;                                                        \
-    static ::mxfutil::detail::NoProperty property(...) {                                                               \
+    static ::bryx::mxfutil::detail::NoProperty property(...) {                                                         \
         return {};                                                                                                     \
     }                                                                                                                  \
     template <class>                                                                                                   \
-    friend struct ::mxfutil::detail::SetAllocator;                                                                     \
+    friend struct ::bryx::mxfutil::detail::SetAllocator;                                                               \
     template <class>                                                                                                   \
-    friend struct ::mxfutil::detail::SetLines
+    friend struct ::bryx::mxfutil::detail::SetLines
 
 /// Begins the declaration of a set that files hold; @p keyText is the key of the set as klvutil::key() takes it.
 #define BRYX_SET(Class, BaseClass, keyText)                                                                            \
 public:                                                                                                                \
     /** A new set with a fresh instance UID and default values. */                                                     \
     static std::shared_ptr<Class> create() {                                                                           \
-        return ::mxfutil::createSet<Class>();                                                                          \
+        return ::bryx::mxfutil::createSet<Class>();                                                                    \
     }                                                                                                                  \
-    const MXFSetDescription& getDescription() const override {                                                         \
-        return ::mxfutil::describeSet<Class>();                                                                        \
+    const ::bryx::MXFSetDescription& getDescription() const override {                                                 \
+        return ::bryx::mxfutil::describeSet<Class>();                                                                  \
     }                                                                                                                  \
     BRYX_DETAIL_SET(Class, BaseClass, keyText, true)
 
@@ -218,33 +220,33 @@ public:                                                                         
 // What it says is a template, so that it costs nothing where nobody asks.
 #define BRYX_DETAIL_LINE(name, required, ...)                                                                          \
     template <class List>                                                                                              \
-    static void property(::mxfutil::detail::Line<__LINE__>, List& list) {                                              \
-        list.add(#name, MXFPropertyLabel(__VA_ARGS__), required, &Self::name##_);                                      \
+    static void property(::bryx::mxfutil::detail::Line<__LINE__>, List& list) {                                        \
+        list.add(#name, ::bryx::MXFPropertyLabel(__VA_ARGS__), required, &Self::name##_);                              \
     }                                                                                                                  \
-    static_assert(__LINE__ - firstLine < ::mxfutil::detail::maxSetLines, "a set has too many lines")
+    static_assert(__LINE__ - firstLine < ::bryx::mxfutil::detail::maxSetLines, "a set has too many lines")
 
 #define BRYX_DETAIL_SETTER(Name, name, Argument, ...)                                                                  \
     void set##Name(const Argument& value) {                                                                            \
         assign(name##_, value);                                                                                        \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasSet(::bryx::MXFPropertyLabel(__VA_ARGS__));                                                                 \
     }
 
 #define BRYX_DETAIL_HAS_AND_REMOVE(Name, name, ...)                                                                    \
     bool has##Name() const noexcept {                                                                                  \
-        return ::mxfutil::detail::isHeld(name##_);                                                                     \
+        return ::bryx::mxfutil::detail::isHeld(name##_);                                                               \
     }                                                                                                                  \
     void remove##Name() {                                                                                              \
         clear(name##_);                                                                                                \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasSet(::bryx::MXFPropertyLabel(__VA_ARGS__));                                                                 \
     }
 
 #define BRYX_DETAIL_OPTIONAL_REFERENCE(Name, name, Target, Pointer, ...)                                               \
 public:                                                                                                                \
     std::shared_ptr<Target> get##Name() {                                                                              \
-        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+        return ::bryx::mxfutil::detail::held(name##_, className, #name);                                               \
     }                                                                                                                  \
     std::shared_ptr<const Target> get##Name() const {                                                                  \
-        return ::mxfutil::detail::held(name##_, className, #name);                                                     \
+        return ::bryx::mxfutil::detail::held(name##_, className, #name);                                               \
     }                                                                                                                  \
     BRYX_DETAIL_SETTER(Name, name, std::shared_ptr<Target>, __VA_ARGS__)                                               \
     BRYX_DETAIL_HAS_AND_REMOVE(Name, name, __VA_ARGS__)                                                                \
@@ -256,27 +258,27 @@ private:                                                                        
 #define BRYX_DETAIL_REFERENCES(Name, name, Target, ...)                                                                \
 public:                                                                                                                \
     std::size_t get##Name##Count() const noexcept {                                                                    \
-        return ::mxfutil::detail::elements(name##_).size();                                                            \
+        return ::bryx::mxfutil::detail::elements(name##_).size();                                                      \
     }                                                                                                                  \
     std::shared_ptr<Target> get##Name##At(std::size_t index) {                                                         \
-        return ::mxfutil::detail::elementAt(name##_, index, className, #name);                                         \
+        return ::bryx::mxfutil::detail::elementAt(name##_, index, className, #name);                                   \
     }                                                                                                                  \
     std::shared_ptr<const Target> get##Name##At(std::size_t index) const {                                             \
-        return ::mxfutil::detail::elementAt(name##_, index, className, #name);                                         \
+        return ::bryx::mxfutil::detail::elementAt(name##_, index, className, #name);                                   \
     }                                                                                                                  \
     void add##Name(const std::shared_ptr<Target>& target) {                                                            \
         insert##Name##At(get##Name##Count(), target);                                                                  \
     }                                                                                                                  \
     void insert##Name##At(std::size_t index, const std::shared_ptr<Target>& target) {                                  \
-        ::mxfutil::detail::requireIndex(index, get##Name##Count() + 1, className, #name);                              \
-        ::mxfutil::detail::requirePresent(target != nullptr, className, #name);                                        \
+        ::bryx::mxfutil::detail::requireIndex(index, get##Name##Count() + 1, className, #name);                        \
+        ::bryx::mxfutil::detail::requirePresent(target != nullptr, className, #name);                                  \
         insertElement(name##_, index, target);                                                                         \
-        wasChanged(name##_, MXFPropertyLabel(__VA_ARGS__));                                                            \
+        wasChanged(name##_, ::bryx::MXFPropertyLabel(__VA_ARGS__));                                                    \
     }                                                                                                                  \
     void remove##Name##At(std::size_t index) {                                                                         \
-        ::mxfutil::detail::requireIndex(index, get##Name##Count(), className, #name);                                  \
+        ::bryx::mxfutil::detail::requireIndex(index, get##Name##Count(), className, #name);                            \
         removeElement(name##_, index);                                                                                 \
-        wasChanged(name##_, MXFPropertyLabel(__VA_ARGS__));                                                            \
+        wasChanged(name##_, ::bryx::MXFPropertyLabel(__VA_ARGS__));                                                    \
     }
 
 /// A value that every set of the class has.
@@ -287,7 +289,7 @@ public:                                                                         
     }                                                                                                                  \
     void set##Name(const Type& value) {                                                                                \
         name##_ = value;                                                                                               \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasSet(::bryx::MXFPropertyLabel(__VA_ARGS__));                                                                 \
     }                                                                                                                  \
                                                                                                                        \
 private:                                                                                                               \
@@ -302,18 +304,18 @@ public:                                                                         
     }                                                                                                                  \
     void set##Name(const Type& value) {                                                                                \
         name##_.set(value);                                                                                            \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasSet(::bryx::MXFPropertyLabel(__VA_ARGS__));                                                                 \
     }                                                                                                                  \
     bool has##Name() const noexcept {                                                                                  \
         return name##_.isPresent();                                                                                    \
     }                                                                                                                  \
     void remove##Name() {                                                                                              \
         name##_.remove();                                                                                              \
-        wasSet(MXFPropertyLabel(__VA_ARGS__));                                                                         \
+        wasSet(::bryx::MXFPropertyLabel(__VA_ARGS__));                                                                 \
     }                                                                                                                  \
                                                                                                                        \
 private:                                                                                                               \
-    ::mxfutil::detail::OptionalValue<Type> name##_;                                                                    \
+    ::bryx::mxfutil::detail::OptionalValue<Type> name##_;                                                              \
     BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
 
 /// A set that every set of the class owns.
@@ -357,3 +359,5 @@ private:                                                                        
     BRYX_DETAIL_LINE(name, false, __VA_ARGS__)
 
 // NOLINTEND(bugprone-macro-parentheses)
+
+} // namespace bryx

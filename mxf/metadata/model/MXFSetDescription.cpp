@@ -7,6 +7,8 @@
 #include "klv/ValueCoding.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 MXFProperty::MXFProperty(const char* setName, const char* name, const MXFPropertyLabel& label, bool required, Kind kind)
     : setName_(setName), name_(name), label_(label.label()), tag_(label.tag()), required_(required), kind_(kind) {
     util::require(label_ != KLVKey{}, "property has a label");
@@ -224,3 +226,5 @@ MXFOwnedSets mxfutil::ownedSets(const MetadataRoot& set) {
     }
     return owned;
 }
+
+} // namespace bryx

@@ -12,6 +12,8 @@
 #include "mxf/metadata/model/MetadataRoot.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 namespace mxfutil {
 
 /// Where the model below @p a differs from that below @p b, as the way that leads there with the name of the property,
@@ -115,3 +117,5 @@ private:
     const std::type_info& type_;
     Properties properties_;
 };
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "util/fresh_uuid.h"
 
+namespace bryx {
+
 MXFUIDGenerator::~MXFUIDGenerator() = default;
 
 BRYXDefaultUIDGenerator::~BRYXDefaultUIDGenerator() = default;
@@ -19,3 +21,5 @@ UMID mxfutil::generateUMID(MXFUIDGenerator& generator) {
     std::copy(number.octets.begin(), number.octets.end(), umid.octets.begin() + 16);
     return umid;
 }
+
+} // namespace bryx

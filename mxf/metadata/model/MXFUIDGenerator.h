@@ -3,6 +3,8 @@
 #include "klv/KLVValueTypes.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// A source of identifiers for new sets: derive from it to make them reproducible.
 class BRYX_API MXFUIDGenerator {
 public:
@@ -25,3 +27,5 @@ public:
     ~BRYXDefaultUIDGenerator() override;
     MXFUID generateUID() override;
 };
+
+} // namespace bryx

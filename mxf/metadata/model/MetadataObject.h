@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataRoot.h"
 
+namespace bryx {
+
 /// A set of ST 377-1 or of descriptive metadata.
 class BRYX_API MetadataObject : public MetadataRoot {
     BRYX_ABSTRACT_SET(MetadataObject, MetadataRoot, "060e2b34.02530101.0d010101.01010100");
@@ -34,3 +36,5 @@ protected:
 
 using MetadataObjectFactory = MXFSetFactory<MetadataObject>;
 using AcquisitionMetadataObjectFactory = MXFSetFactory<AcquisitionMetadataObject>;
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "util/assertion_failure.h"
 #include "util/fresh_uuid.h"
 
+namespace bryx {
+
 using util::require;
 
 MetadataRoot::MetadataRoot() : instanceUID_{util::freshUUID().octets} {}
@@ -203,3 +205,5 @@ void MetadataRoot::swapOwnership(const KLVKey& key, const std::shared_ptr<Metada
     const auto* const removed = at == dark_.end() ? nullptr : std::get_if<std::shared_ptr<MetadataRoot>>(&at->second);
     swapOwnership(removed == nullptr ? nullptr : *removed, added);
 }
+
+} // namespace bryx

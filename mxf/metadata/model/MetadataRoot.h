@@ -16,6 +16,8 @@
 #include "mxf/metadata/model/MXFSetDeclaration.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 /// A set of header metadata (ST 377-1 §9): the base of the classes of all sets.
 ///
 /// A model is a tree. A set owns the sets to which it has strong references, and a set has one owner at a time; the
@@ -217,3 +219,5 @@ private:
     boost::optional<std::streampos> start_;
     boost::optional<std::streampos> end_;
 };
+
+} // namespace bryx

@@ -1,5 +1,7 @@
 #include "mxf/metadata/model/dangling_ref.h"
 
+namespace bryx {
+
 dangling_ref_base::~dangling_ref_base() = default;
 
 bool dangling_ref_base::isWaiting(const MetadataRoot& set, const KLVKey& label, std::size_t index) {
@@ -14,3 +16,5 @@ void dangling_ref_base::wasResolved(MetadataRoot& set, const KLVKey& label, std:
         set.unresolved_.erase(at);
     }
 }
+
+} // namespace bryx

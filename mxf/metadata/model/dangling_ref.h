@@ -9,6 +9,8 @@
 #include "util/Api.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 /// A reference that has been read, and whose target is not known yet.
 ///
 /// Until it is resolved, the referencing set has the instance UID of the target among its unresolved references, and an
@@ -152,3 +154,5 @@ private:
     std::shared_ptr<MetadataRoot> owner_;
     KLVKey key_;
 };
+
+} // namespace bryx

@@ -12,6 +12,8 @@
 #include "mxf/structure/MXFStaticTags.h"
 #include "util/internal/octets.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 namespace {
@@ -108,3 +110,5 @@ void MXFHeaderMetadataParser::primedSet(MXFPrimedSet& set) {
         handler_.unhandledSet(set);
     }
 }
+
+} // namespace bryx

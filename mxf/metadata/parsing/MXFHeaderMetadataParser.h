@@ -6,6 +6,8 @@
 #include "mxf/structure/MXFPrimedSetParser.h"
 #include "mxf/structure/MXFPrimer.h"
 
+namespace bryx {
+
 class MXFMetadataHandler;
 
 /// Turns the KLV triplets of a header metadata region into a primer and primed sets (ST 377-1 §9). It is the header
@@ -46,3 +48,5 @@ private:
     bool inPrimerPack_ = false;
     std::vector<std::uint8_t> octets_;
 };
+
+} // namespace bryx

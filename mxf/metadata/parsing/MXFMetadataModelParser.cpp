@@ -10,6 +10,8 @@
 #include "mxf/metadata/model/dangling_ref.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 using klvutil::report;
 
@@ -196,3 +198,5 @@ void MXFMetadataModelParser::endMetadata() {
     }
     handler_.endMetadata();
 }
+
+} // namespace bryx

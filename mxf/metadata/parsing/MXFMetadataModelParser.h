@@ -13,6 +13,8 @@
 #include "mxf/metadata/model/MXFMetadataModelHandler.h"
 #include "util/Api.h"
 
+namespace bryx {
+
 class ErrorHandler;
 
 /// Makes models of primed sets: has a factory make each set, and leads references to the sets that they name.
@@ -68,3 +70,5 @@ private:
     std::set<MXFUID> unhandled_;        ///< instance UIDs of sets of unknown classes
     std::set<MXFUID> unhandledTargets_; ///< whatever they may refer to
 };
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/metadata/structural/Event.h"
 #include "mxf/metadata/structural/SourceReference.h"
 
+namespace bryx {
+
 /// An event with a comment.
 class BRYX_API CommentMarker : public Event {
     BRYX_SET(CommentMarker, Event, "060e2b34.02530101.0d010101.01010800");
@@ -15,3 +17,5 @@ protected:
 };
 
 using CommentMarkerFactory = MXFSetFactory<CommentMarker>;
+
+} // namespace bryx

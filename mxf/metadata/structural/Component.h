@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// A part of what is on a track (ST 377-1).
 class BRYX_API Component : public MetadataObject {
     BRYX_ABSTRACT_SET(Component, MetadataObject, "060e2b34.02530101.0d010101.01010200");
@@ -22,3 +24,5 @@ protected:
 };
 
 using ComponentFactory = MXFSetFactory<Component>;
+
+} // namespace bryx

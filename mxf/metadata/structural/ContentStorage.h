@@ -4,6 +4,8 @@
 #include "mxf/metadata/structural/EssenceContainerData.h"
 #include "mxf/metadata/structural/GenericPackage.h"
 
+namespace bryx {
+
 /// The packages of the file, and where their essence is (ST 377-1).
 class BRYX_API ContentStorage : public MetadataObject {
     BRYX_SET(ContentStorage, MetadataObject, "060e2b34.02530101.0d010101.01011800");
@@ -16,3 +18,5 @@ protected:
 };
 
 using ContentStorageFactory = MXFSetFactory<ContentStorage>;
+
+} // namespace bryx

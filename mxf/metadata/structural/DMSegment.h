@@ -5,6 +5,8 @@
 #include "mxf/metadata/descriptive/DescriptiveMetadataFramework.h"
 #include "mxf/metadata/structural/CommentMarker.h"
 
+namespace bryx {
+
 /// A part of a track of descriptive metadata (ST 377-1).
 class BRYX_API DMSegment : public CommentMarker {
     BRYX_SET(DMSegment, CommentMarker, "060e2b34.02530101.0d010101.01014100");
@@ -26,3 +28,5 @@ protected:
 };
 
 using DMSegmentFactory = MXFSetFactory<DMSegment>;
+
+} // namespace bryx

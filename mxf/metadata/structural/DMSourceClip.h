@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/SourceClip.h"
 
+namespace bryx {
+
 /// A part of a track of descriptive metadata that comes from another package (ST 377-1).
 class BRYX_API DMSourceClip : public SourceClip {
     BRYX_SET(DMSourceClip, SourceClip, "060e2b34.02530101.0d010101.01014500");
@@ -14,3 +16,5 @@ protected:
 };
 
 using DMSourceClipFactory = MXFSetFactory<DMSourceClip>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// Where in the file the essence of a file package is (ST 377-1).
 class BRYX_API EssenceContainerData : public MetadataObject {
     BRYX_SET(EssenceContainerData, MetadataObject, "060e2b34.02530101.0d010101.01012300");
@@ -30,3 +32,5 @@ protected:
 };
 
 using EssenceContainerDataFactory = MXFSetFactory<EssenceContainerData>;
+
+} // namespace bryx

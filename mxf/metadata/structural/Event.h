@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/structural/Segment.h"
 
+namespace bryx {
+
 /// Something at a certain time on an event track.
 class BRYX_API Event : public Segment {
     BRYX_ABSTRACT_SET(Event, Segment, "060e2b34.02530101.0d010101.01010600");
@@ -17,3 +19,5 @@ protected:
 };
 
 using EventFactory = MXFSetFactory<Event>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/Track.h"
 
+namespace bryx {
+
 /// A track of events, which may overlap and leave gaps (ST 377-1).
 class BRYX_API EventTrack : public Track {
     BRYX_SET(EventTrack, Track, "060e2b34.02530101.0d010101.01013900");
@@ -16,3 +18,5 @@ protected:
 };
 
 using EventTrackFactory = MXFSetFactory<EventTrack>;
+
+} // namespace bryx

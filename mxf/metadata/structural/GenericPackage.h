@@ -5,6 +5,8 @@
 #include "mxf/metadata/model/MetadataObject.h"
 #include "mxf/metadata/structural/Track.h"
 
+namespace bryx {
+
 /// What packages have in common: an identity and tracks (ST 377-1). A new one was created and modified now.
 class BRYX_API GenericPackage : public MetadataObject {
     BRYX_ABSTRACT_SET(GenericPackage, MetadataObject, "060e2b34.02530101.0d010101.01013400");
@@ -30,3 +32,5 @@ protected:
 };
 
 using GenericPackageFactory = MXFSetFactory<GenericPackage>;
+
+} // namespace bryx

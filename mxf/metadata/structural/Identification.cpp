@@ -2,5 +2,9 @@
 
 #include "util/fresh_uuid.h"
 
+namespace bryx {
+
 Identification::Identification()
     : thisGenerationUID_{util::freshUUID().octets}, modificationDate_(klvutil::currentTimestamp()) {}
+
+} // namespace bryx

@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/model/MetadataObject.h"
 
+namespace bryx {
+
 /// An application that wrote or modified the file (ST 377-1).
 ///
 /// A new one was modified now, and has a fresh generation UID.
@@ -29,3 +31,5 @@ protected:
 };
 
 using IdentificationFactory = MXFSetFactory<Identification>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/GenericPackage.h"
 
+namespace bryx {
+
 /// A package that says how material is played: its tracks lead to those of source packages (ST 377-1).
 class BRYX_API MaterialPackage : public GenericPackage {
     BRYX_SET(MaterialPackage, GenericPackage, "060e2b34.02530101.0d010101.01013600");
@@ -11,3 +13,5 @@ protected:
 };
 
 using MaterialPackageFactory = MXFSetFactory<MaterialPackage>;
+
+} // namespace bryx

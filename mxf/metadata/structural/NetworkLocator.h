@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/structural/GenericLocator.h"
 
+namespace bryx {
+
 /// A locator that programs can follow.
 class BRYX_API NetworkLocator : public GenericLocator {
     BRYX_SET(NetworkLocator, GenericLocator, "060e2b34.02530101.0d010101.01013200");
@@ -16,3 +18,5 @@ protected:
 };
 
 using NetworkLocatorFactory = MXFSetFactory<NetworkLocator>;
+
+} // namespace bryx

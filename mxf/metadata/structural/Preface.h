@@ -5,6 +5,8 @@
 #include "mxf/metadata/structural/GenericPackage.h"
 #include "mxf/metadata/structural/Identification.h"
 
+namespace bryx {
+
 /// The root of the header metadata of a file (ST 377-1).
 ///
 /// A new one was modified now, is of version 1.2, and has empty batches.
@@ -54,3 +56,5 @@ protected:
 };
 
 using PrefaceFactory = MXFSetFactory<Preface>;
+
+} // namespace bryx

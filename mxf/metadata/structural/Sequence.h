@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/Segment.h"
 
+namespace bryx {
+
 /// Components that follow one another (ST 377-1). Its duration is the sum of theirs.
 class BRYX_API Sequence : public Segment {
     BRYX_SET(Sequence, Segment, "060e2b34.02530101.0d010101.01010f00");
@@ -13,3 +15,5 @@ protected:
 };
 
 using SequenceFactory = MXFSetFactory<Sequence>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/SourceReference.h"
 
+namespace bryx {
+
 /// A fade at the start or end of a clip (AAF).
 enum class MXFFadeType : std::uint8_t { None = 0, LinearAmplitude = 1, LinearPower = 2 };
 
@@ -22,3 +24,5 @@ protected:
 };
 
 using SourceClipFactory = MXFSetFactory<SourceClip>;
+
+} // namespace bryx

@@ -3,6 +3,8 @@
 #include "mxf/metadata/descriptors/GenericDescriptor.h"
 #include "mxf/metadata/structural/GenericPackage.h"
 
+namespace bryx {
+
 /// A package that stands for essence: a file package, which describes an essence container, or a physical one, which
 /// says where that came from (ST 377-1).
 class BRYX_API SourcePackage : public GenericPackage {
@@ -16,3 +18,5 @@ protected:
 };
 
 using SourcePackageFactory = MXFSetFactory<SourcePackage>;
+
+} // namespace bryx

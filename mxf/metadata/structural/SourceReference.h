@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/Segment.h"
 
+namespace bryx {
+
 /// A segment that leads to a track of another package.
 class BRYX_API SourceReference : public Segment {
     BRYX_ABSTRACT_SET(SourceReference, Segment, "060e2b34.02530101.0d010101.01011000");
@@ -20,3 +22,5 @@ protected:
 };
 
 using SourceReferenceFactory = MXFSetFactory<SourceReference>;
+
+} // namespace bryx

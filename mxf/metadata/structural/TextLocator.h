@@ -4,6 +4,8 @@
 
 #include "mxf/metadata/structural/GenericLocator.h"
 
+namespace bryx {
+
 /// A locator for people.
 class BRYX_API TextLocator : public GenericLocator {
     BRYX_SET(TextLocator, GenericLocator, "060e2b34.02530101.0d010101.01013300");
@@ -15,3 +17,5 @@ protected:
 };
 
 using TextLocatorFactory = MXFSetFactory<TextLocator>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/Segment.h"
 
+namespace bryx {
+
 /// A part of a timecode track (ST 377-1).
 class BRYX_API TimecodeComponent : public Segment {
     BRYX_SET(TimecodeComponent, Segment, "060e2b34.02530101.0d010101.01011400");
@@ -18,3 +20,5 @@ protected:
 };
 
 using TimecodeComponentFactory = MXFSetFactory<TimecodeComponent>;
+
+} // namespace bryx

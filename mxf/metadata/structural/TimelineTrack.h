@@ -2,6 +2,8 @@
 
 #include "mxf/metadata/structural/Track.h"
 
+namespace bryx {
+
 /// A track without gaps or overlaps, counted in edit units (ST 377-1).
 class BRYX_API TimelineTrack : public Track {
     BRYX_SET(TimelineTrack, Track, "060e2b34.02530101.0d010101.01013b00");
@@ -24,3 +26,5 @@ protected:
 };
 
 using TimelineTrackFactory = MXFSetFactory<TimelineTrack>;
+
+} // namespace bryx

@@ -5,6 +5,8 @@
 #include "mxf/metadata/model/MetadataObject.h"
 #include "mxf/metadata/structural/Segment.h"
 
+namespace bryx {
+
 /// A track of a package (ST 377-1).
 class BRYX_API Track : public MetadataObject {
     BRYX_ABSTRACT_SET(Track, MetadataObject, "060e2b34.02530101.0d010101.01013800");
@@ -22,3 +24,5 @@ protected:
 };
 
 using TrackFactory = MXFSetFactory<Track>;
+
+} // namespace bryx

@@ -2,6 +2,8 @@
 
 #include "klv/Locator.h"
 
+namespace bryx {
+
 /// Shows the position of the locator it follows, or the last one that it was given; or else one that it holds: that of a
 /// pack which is dealt with after it has been passed. When it follows none any more, the last position stays.
 class HeldLocator final : public Locator {
@@ -32,3 +34,5 @@ private:
     std::streampos heldPosition_ = 0;
     std::streampos position_ = 0;
 };
+
+} // namespace bryx

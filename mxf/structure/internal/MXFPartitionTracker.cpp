@@ -5,6 +5,8 @@
 #include "mxf/structure/MXFStructureValidator.h"
 #include "util/assertion_failure.h"
 
+namespace bryx {
+
 namespace findings = mxfutil::findings;
 
 MXFPartitionTracker::Pack MXFPartitionTracker::packOf(const KLVKey& key) {
@@ -85,3 +87,5 @@ void MXFPartitionTracker::closePartition() {
         structureHandler_.endPartition(key_);
     }
 }
+
+} // namespace bryx

@@ -8,6 +8,8 @@
 #include "mxf/structure/internal/HeldLocator.h"
 #include "util/internal/octets.h"
 
+namespace bryx {
+
 class ErrorHandler;
 class MXFStructureValidator;
 
@@ -80,3 +82,5 @@ private:
     MXFPartitionPack pack_;
     std::uint64_t headerStart_ = 0;
 };
+
+} // namespace bryx
