@@ -81,10 +81,14 @@ BRYX_API void report(ErrorHandler* errorHandler, const SubjectFinding& finding, 
 
 } // namespace klvutil
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a name cannot have parentheses
+
 /// Turns one row of a table of findings into the constant of its name: a Finding, or a SubjectFinding if the message has
 /// a "%".
 #define BRYX_DEFINE_FINDING(name, base, index, level, message)                                                         \
     inline constexpr ::bryx::klvutil::FindingOf<::bryx::klvutil::countSubjects(message)> name{                         \
         {::bryx::klvutil::findingId(base, index), ::bryx::klvutil::FindingLevel::level, message}};
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 } // namespace bryx

@@ -39,6 +39,8 @@ struct BRYXCheckGroup {
 /// All checks.
 BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a name cannot have parentheses
+
 /// Turns one row of a table of checks into the constant of its name.
 #define BRYX_DEFINE_CHECK(name, base, index, mode, level, message, clause)                                             \
     inline constexpr BRYXCheckOf<klvutil::FindingOf<klvutil::countSubjects(message)>> name{                            \
@@ -46,6 +48,8 @@ BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
          BRYXValidationMode::mode,                                                                                     \
          {klvutil::findingId(base, index), klvutil::FindingLevel::level, message},                                     \
          clause}};
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// Of partition packs, the regions that they announce, the random index.
 namespace BRYXStructureChecks {
