@@ -16,13 +16,11 @@
 #    define BRYX_API __attribute__((visibility("default")))
 #endif
 
-/// Everything of the library stands in it.
+/// Everything of the library stands in it. Its names can be written without bryx:: wherever one of the headers is included.
+///
+/// An application that has names of its own which are some of the library's as well, such as Event, Track or util, defines
+/// BRYX_NO_GLOBAL_NAMES for all of its sources, and writes bryx::Event.
 namespace bryx {}
-
-/// @def BRYX_NO_GLOBAL_NAMES
-/// To be defined, for a whole program, by an application that has names of its own which are some of the library's as
-/// well, such as Event, Track or util. Otherwise the names of the library can be written without bryx:: wherever one of
-/// its headers is included.
 
 #if !defined(BRYX_NO_GLOBAL_NAMES)
 using namespace bryx; // NOLINT(google-build-using-namespace): the one place

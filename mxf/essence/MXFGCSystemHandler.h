@@ -15,6 +15,7 @@ struct MXFGCItem {
     const std::uint8_t* data = nullptr;
     std::size_t size = 0;
 };
+/// Those of one system element, in their order there.
 using MXFGCItems = std::vector<MXFGCItem>;
 
 /// Receives the system elements of a Generic Container (ST 379-1). Whoever writes a container makes the same calls.

@@ -44,6 +44,7 @@ struct MXFChromaticity {
         visit("y", self.y);
     }
 };
+/// Its coordinates as they are coded.
 BRYX_API std::string toString(const MXFChromaticity& chromaticity);
 
 /// The primaries of a display (ST 2067-21).
@@ -59,6 +60,7 @@ struct MXFThreeChromaticities {
         visit("blue", self.blue);
     }
 };
+/// The coordinates of red, green and blue as they are coded.
 BRYX_API std::string toString(const MXFThreeChromaticities& primaries);
 
 /// Describes picture essence (ST 377-1). Widths and horizontal offsets count in pixels, heights and vertical offsets in
