@@ -66,7 +66,8 @@ struct BRYXWriterConfiguration {
     /// Of the header partition until it is rewritten, which happens at the end if the stream can seek.
     MXFPartitionStatus headerStatus = MXFPartitionStatus::OpenIncomplete;
     MXFPartitionStatus bodyStatus = MXFPartitionStatus::ClosedComplete;
-    /// Of what finish() is given: in the footer partition, and in the header partition when that is rewritten.
+    /// Of what finish() is given: in the header partition when that is rewritten, and in the footer partition, which is
+    /// closed and incomplete where this would be open.
     MXFPartitionStatus footerStatus = MXFPartitionStatus::ClosedComplete;
     /// Of ST 377-1: in partition packs, and in the Preface whatever that says.
     std::uint16_t minorVersion = 3;

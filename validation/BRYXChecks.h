@@ -43,10 +43,10 @@ BRYX_API const std::vector<BRYXCheckGroup>& getBRYXChecks();
 
 /// Turns one row of a table of checks into the constant of its name.
 #define BRYX_DEFINE_CHECK(name, base, index, mode, level, message, clause)                                             \
-    inline constexpr BRYXCheckOf<klvutil::FindingOf<klvutil::countSubjects(message)>> name{                            \
+    inline constexpr ::bryx::BRYXCheckOf<::bryx::klvutil::FindingOf<::bryx::klvutil::countSubjects(message)>> name{    \
         {#name,                                                                                                        \
-         BRYXValidationMode::mode,                                                                                     \
-         {klvutil::findingId(base, index), klvutil::FindingLevel::level, message},                                     \
+         ::bryx::BRYXValidationMode::mode,                                                                             \
+         {::bryx::klvutil::findingId(base, index), ::bryx::klvutil::FindingLevel::level, message},                     \
          clause}};
 
 // NOLINTEND(bugprone-macro-parentheses)

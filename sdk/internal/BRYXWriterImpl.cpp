@@ -317,8 +317,9 @@ void BRYXWriterImpl::endEssence() {
     gate_.close();
     cutter_.close();
     closeBody();
-    state_ = State::Between;
+    state_ = State::Failed; // if a table is wrong that stands in front
     require(current_->index.isAsAnnounced(current_->octets), "edit units have the size announced");
+    state_ = State::Between;
 }
 
 KLVHandler& BRYXWriterImpl::startGenericStream(std::uint32_t bodySID) {
@@ -384,7 +385,9 @@ bool BRYXWriterImpl::finish(const BRYXHeaderMetadata& metadata) {
     for (const Part& index : indexes) {
         writeIndexPartition(index);
     }
-    startPartition(MXFPartitionKind::Footer, status, &metadata, last, 0);
+    // No footer partition is open (ST 377-1, Partition Status): the header partition tells what is.
+    const MXFPartitionStatus footerStatus = isClosed(status) ? status : MXFPartitionStatus::ClosedIncomplete;
+    startPartition(MXFPartitionKind::Footer, footerStatus, &metadata, last, 0);
     endPartition();
     MXFStructureCoder& structure = chain_->writer.structureReceiver();
     const std::uint64_t footer = structure.lastPack().thisPartition;

@@ -501,7 +501,9 @@ TEST(MetadataModel, SetsParsedAloneKeepTheirReferences) {
 
 TEST(MetadataModel, ReferencesAreResolvedToWhatTheyMayLeadTo) {
     BRYXMetadataFactory factory;
-    auto [parsed, pending] =
+    std::shared_ptr<MetadataRoot> parsed;
+    MXFPendingReferences pending;
+    std::tie(parsed, pending) =
         factory.parse(primed(ContentStorage::classKey, 1, {{0x1901, batchOf({2, 3, 4})}, {0x1902, batchOf({5})}}));
     const auto storage = as<ContentStorage>(parsed);
     const auto resolve = [&](std::uint32_t number, const std::shared_ptr<MetadataRoot>& target) {

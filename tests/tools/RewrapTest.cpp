@@ -59,12 +59,11 @@ public:
     std::int64_t indexed = 0; ///< edit units, in the segments of the footer partition
     Log findings;
 
-    /// Whether the header or the footer partition is.
+    /// Whether the header partition is, or the footer partition, which is never open, is complete.
     bool isClosed() const {
-        const auto closed = [](MXFPartitionStatus status) {
-            return status == MXFPartitionStatus::ClosedComplete || status == MXFPartitionStatus::ClosedIncomplete;
-        };
-        return closed(statuses.front()) || closed(statuses.back());
+        return statuses.front() == MXFPartitionStatus::ClosedComplete ||
+               statuses.front() == MXFPartitionStatus::ClosedIncomplete ||
+               statuses.back() == MXFPartitionStatus::ClosedComplete;
     }
 
 private:

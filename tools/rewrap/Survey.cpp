@@ -140,7 +140,7 @@ void Survey::mendTables() {
         if (!isRate(rate)) {
             forEachTrack(table->first, [&](const Track& track) {
                 const auto* timeline = dynamic_cast<const TimelineTrack*>(&track);
-                if (timeline != nullptr && track.getTrackNumber() != 0 && isRate(timeline->getEditRate())) {
+                if (timeline != nullptr && isRate(timeline->getEditRate())) {
                     errors_.remark(name + " has the edit rate " + toString(rate) + "; that of the track is written, " +
                                    toString(timeline->getEditRate()));
                     rate = timeline->getEditRate();
@@ -173,11 +173,11 @@ bool Survey::isWhole(std::uint32_t bodySID, const Container& container) const {
 std::set<std::uint32_t> Survey::tracksOf(std::uint32_t bodySID) const {
     std::set<std::uint32_t> numbers;
     forEachTrack(bodySID, [&](const Track& track) { numbers.insert(track.getTrackNumber()); });
-    numbers.erase(0);
     return numbers;
 }
 
-/// Calls @p visit with the tracks of the package whose essence is in an essence container.
+/// Calls @p visit with the tracks of the package whose essence is in an essence container; with those that have a number,
+/// which others, such as timecode tracks, need not have.
 void Survey::forEachTrack(std::uint32_t bodySID, const std::function<void(const Track&)>& visit) const {
     const auto storage = contentStorage();
     for (std::size_t i = 0; storage != nullptr && i < storage->getEssenceContainerDataCount(); ++i) {
@@ -186,7 +186,10 @@ void Survey::forEachTrack(std::uint32_t bodySID, const std::function<void(const 
             const auto package = storage->getPackageAt(j);
             const bool isLinked = package->getPackageUID() == container->getLinkedPackageUID();
             for (std::size_t k = 0; isLinked && k < package->getTrackCount(); ++k) {
-                visit(*package->getTrackAt(k));
+                const auto track = package->getTrackAt(k);
+                if (track->hasTrackNumber() && track->getTrackNumber() != 0) {
+                    visit(*track);
+                }
             }
         }
     }
