@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <set>
 #include <sstream>
 #include <string>
@@ -246,6 +247,106 @@ TEST_F(Rewrap, SaysWhatIsMeantWhenFilesCannotBeUsed) {
     expect("trap '' XFSZ; ulimit -f 64; rewrap in.mxf out.mxf --verify", 1, "rewrap: out.mxf: File too large");
     folder.put("in.mxf", "what is no MXF file, and long enough to be looked through for the key of a partition pack");
     EXPECT_EQ(run("rewrap " + in + ' ' + out).status, 1);
+}
+
+TEST_F(Rewrap, SaysThatSomethingIsCopiedWhenItIs) {
+    const GoodClip clip(smallClip());
+    const auto expect = [&](std::uint64_t size, const std::string& options, const std::string& otherwise) {
+        std::filesystem::remove(folder.path("out.mxf"));
+        const Outcome result = rewrap(clip.octets, size, options);
+        EXPECT_EQ(result.status, 1) << size << ": " << result.text;
+        const bool isSaid = result.text.find("rewrap: what is whole up to there is copied\n") != std::string::npos;
+        EXPECT_EQ(isSaid, folder.has("out.mxf")) << size << ": " << result.text;
+        if (!isSaid) {
+            EXPECT_EQ(result.text.find(" copied") != std::string::npos, otherwise.find(" copied") != std::string::npos)
+                << size << ": " << result.text;
+            EXPECT_NE(result.text.find("rewrap: " + otherwise + '\n'), std::string::npos)
+                << size << ": " << result.text;
+        }
+        return isSaid;
+    };
+    expect(0, "", "the file is empty");
+    const std::uint64_t body = clip.packs().at(1).position;
+    for (std::uint64_t size = 1; size < body; size += 53) {
+        expect(size, "", "there is no whole header metadata; nothing can be copied");
+    }
+    for (const KLVKey& key : {keys::primer, klvutil::fillKey}) {
+        expect(clip.all(key).front().end, "", "there is no whole header metadata; nothing can be copied");
+    }
+    EXPECT_TRUE(expect(body, "", ""));
+    EXPECT_TRUE(expect(body + 30, "", ""));
+    EXPECT_FALSE(expect(body + 30, "--keep-layout", "what breaks off cannot keep its layout"));
+}
+
+TEST_F(Rewrap, RefusesHeaderMetadataWithMorePropertiesThanTags) {
+    // Each primer gives the same tags to properties of its own.
+    std::string header;
+    for (const int family : {1, 2}) {
+        std::string primer = octets::of({0, 0, 0x50, 0, 0, 0, 0, 18});
+        std::string items[2];
+        for (int tag = 0x8000; tag < 0xD000; ++tag) {
+            const std::string octets = octets::of({tag >> 8, tag & 0xFF});
+            primer += octets + octets::key(keys::make(1, 1)).substr(0, 12) + octets::of({0, family}) + octets;
+            items[tag & 1] += octets + octets::of({0, 0});
+        }
+        header += octets::klv(keys::primer, primer);
+        for (const std::string& properties : items) {
+            header += octets::klv(keys::localSet, properties);
+        }
+    }
+    FileBuilder file;
+    file.partition(MXFPartitionKind::Header, header).partition(MXFPartitionKind::Footer);
+    folder.put("in.mxf", file.file);
+    const Outcome result = run("timeout 60 rewrap " + folder.path("in.mxf") + ' ' + folder.path("out.mxf"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.text.find("rewrap: the header metadata has more properties than there are tags\n"),
+              std::string::npos)
+        << result.text.substr(0, 3000);
+    EXPECT_FALSE(folder.has("out.mxf"));
+}
+
+TEST_F(Rewrap, TellsOfEachIndexTableOnce) {
+    GoodClip clip;
+    const std::size_t segments = clip.all(mxfutil::indexTableSegmentKey).size();
+    for (std::size_t i = 0; i < segments; ++i) {
+        clip.setSegment(i, 0x3F0B, Rational{0, 0});
+    }
+    const std::string remark = "has the edit rate 0/0; that of the track is written, 25/1\n";
+    const Outcome mended = rewrap(clip.octets, clip.octets.size());
+    EXPECT_EQ(mended.status, 0);
+    EXPECT_EQ(mended.text, "rewrap: the index table of essence container 1 " + remark);
+
+    // Ten essence containers in turn, of two edit units each, whose index tables know of one.
+    const auto item = [](int tag, const std::string& value) {
+        return octets::of({0x3F, tag, 0, static_cast<int>(value.size())}) + value;
+    };
+    const std::string four(3, '\0');
+    const std::string eight(7, '\0');
+    FileBuilder file;
+    file.partition(MXFPartitionKind::Header, octets::klv(keys::primer, octets::of({0, 0, 0, 0, 0, 0, 0, 18})) +
+                                                 octets::klv(keys::localSet, octets::of({0x3C, 0x0A, 0, 2, 7, 7})));
+    std::string index;
+    for (int i = 0; i < 20; ++i) {
+        const char bodySID = static_cast<char>(1 + i % 10);
+        file.partition(MXFPartitionKind::Body, {}, {}, octets::klv(keys::picture, "ABC"));
+        file.file[file.pack.thisPartition + 83] = bodySID;
+        if (i < 10) {
+            index += octets::klv(mxfutil::indexTableSegmentKey,
+                                 octets::of({0x3C, 0x0A, 0, 16}) + std::string(16, bodySID) +
+                                     item(0x0B, four + '\x19' + four + '\1') + item(0x0C, eight + '\0') +
+                                     item(0x0D, eight + '\1') + item(0x05, four + '\x17') +
+                                     item(0x06, four + static_cast<char>(100 + bodySID)) + item(0x07, four + bodySID) +
+                                     item(0x08, std::string(1, '\0')));
+        }
+    }
+    file.partition(MXFPartitionKind::Footer, {}, index);
+    const std::string text = rewrap(file.file, file.file.size()).text;
+    std::size_t lines = 0;
+    for (std::size_t at = 0; (at = text.find(" ends at edit unit 1 of 2;", at)) != std::string::npos; ++at) {
+        ++lines;
+    }
+    EXPECT_EQ(lines, 6U) << text;
+    EXPECT_NE(text.find(": ... and 5 more like it\n"), std::string::npos) << text;
 }
 
 TEST_F(Rewrap, CountsWhatRepeats) {
