@@ -165,18 +165,23 @@ void Copier::startBody() {
         return;
     }
     finish();
-    writer_.startEssence(describe(bodySID_));
+    // Of a container that was begun before, the body SID counts alone.
+    BRYXEssenceContainer container;
+    container.bodySID = bodySID_;
+    if (described_.insert(bodySID_).second) {
+        describe(container);
+    }
+    writer_.startEssence(container);
     isOpen_ = true;
     openSID_ = bodySID_;
 }
 
-BRYXEssenceContainer Copier::describe(std::uint32_t bodySID) const {
-    BRYXEssenceContainer container;
-    container.bodySID = bodySID;
+void Copier::describe(BRYXEssenceContainer& container) const {
+    const std::uint32_t bodySID = container.bodySID;
     container.indexSID = 0;
     const auto found = survey_.tables.find(bodySID);
     if (found == survey_.tables.end()) {
-        return container;
+        return;
     }
     const IndexTable& table = found->second;
     container.indexSID = table.indexSID;
@@ -188,13 +193,14 @@ BRYXEssenceContainer Copier::describe(std::uint32_t bodySID) const {
     const bool isCutClip = survey_.cutClip && survey_.cutClip->bodySID == bodySID;
     const bool isClip = isCutClip || (packages == 1 && !ranges.empty() && ranges.back().end > 1);
     if (packages != 0 && !isClip && !ranges.empty() && ranges.back().end < packages) {
-        errors_.remark("the index table of essence container " + std::to_string(bodySID) + " ends at edit unit " +
-                       std::to_string(ranges.back().end) + " of " + std::to_string(packages) +
-                       "; for those behind it nothing is known but their places");
+        remark(errors_, Lost::Entries,
+               "the index table of essence container " + std::to_string(bodySID) + " ends at edit unit " +
+                   std::to_string(ranges.back().end) + " of " + std::to_string(packages) +
+                   "; for those behind it nothing is known but their places");
     }
     if (isClip || keepsLayout_) {
         describeClip(container, table);
-        return container;
+        return;
     }
     container.isConstant = table.isConstant;
     container.describe = [index](std::int64_t editUnit, MXFIndexEntry& entry) {
@@ -202,7 +208,6 @@ BRYXEssenceContainer Copier::describe(std::uint32_t bodySID) const {
             index->describe(editUnit, entry);
         }
     };
-    return container;
 }
 
 /// Gives @p container the segments of @p table, for the edit units that are whole.

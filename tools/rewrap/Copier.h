@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <istream>
 #include <map>
+#include <set>
 
 #include "klv/DullKLVHandler.h"
 #include "klv/KLVFilter.h"
@@ -99,7 +100,7 @@ private:
     };
 
     void startBody();
-    BRYXEssenceContainer describe(std::uint32_t bodySID) const;
+    void describe(BRYXEssenceContainer& container) const;
     void describeClip(BRYXEssenceContainer& container, const IndexTable& table) const;
 
     const Survey& survey_;
@@ -115,4 +116,5 @@ private:
     std::uint32_t bodySID_ = 0;
     bool isOpen_ = false;
     std::uint32_t openSID_ = 0;
+    std::set<std::uint32_t> described_; ///< body SIDs
 };

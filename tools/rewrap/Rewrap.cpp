@@ -1,9 +1,12 @@
 #include "rewrap/Rewrap.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <set>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -17,7 +20,8 @@
 
 namespace {
 
-/// @p primer with an entry for each property of @p sets, and none twice: as a damaged file need not have it.
+/// @p primer with an entry for each property of @p sets, and none twice: as a damaged file need not have it. Throws
+/// std::runtime_error if there are not enough tags.
 MXFMetadataHandler::Primer wholePrimer(const MXFMetadataHandler::Primer& primer,
                                        const std::vector<MXFPrimedSet>& sets) {
     std::map<KLVKey, std::uint16_t> tags;
@@ -27,7 +31,7 @@ MXFMetadataHandler::Primer wholePrimer(const MXFMetadataHandler::Primer& primer,
             taken.insert(tag);
         }
     }
-    std::uint16_t next = mxfutil::firstDynamicTag;
+    std::uint32_t next = mxfutil::firstDynamicTag;
     for (const MXFPrimedSet& set : sets) {
         for (const auto& property : set.properties) {
             if (tags.count(property.first) != 0) {
@@ -35,7 +39,10 @@ MXFMetadataHandler::Primer wholePrimer(const MXFMetadataHandler::Primer& primer,
             }
             std::uint16_t tag = mxfutil::staticTag(property.first);
             while (tag == 0 || taken.count(tag) != 0) {
-                tag = next++;
+                if (next > std::numeric_limits<std::uint16_t>::max()) {
+                    throw std::runtime_error("the header metadata has more properties than there are tags");
+                }
+                tag = static_cast<std::uint16_t>(next++);
             }
             tags.emplace(property.first, tag);
             taken.insert(tag);
@@ -53,7 +60,8 @@ MXFMetadataHandler::Primer wholePrimer(const MXFMetadataHandler::Primer& primer,
 BRYXHeaderMetadata headerMetadata(const Survey& survey, bool& isModel) {
     const Metadata* const found = survey.metadata.found();
     if (found == nullptr) {
-        throw std::runtime_error("there is no header metadata");
+        throw std::runtime_error(std::string("there is no ") + (survey.isCut ? "whole " : "") +
+                                 "header metadata; nothing can be copied");
     }
     BRYXHeaderMetadata metadata;
     isModel = found->isModelWhole;
@@ -117,6 +125,13 @@ void rewrap(std::istream& in, const std::function<std::shared_ptr<std::fstream>(
     in.seekg(0);
     bool isModel = false;
     const BRYXHeaderMetadata metadata = headerMetadata(survey, isModel);
+    const std::shared_ptr<std::fstream> file = create();
+    if (survey.isCut) {
+        errors.remark("what is whole up to there is copied" +
+                      (survey.cutClip ? ", and of the clip the " + std::to_string(survey.cutClip->octets) +
+                                            " octets of whole edit units"
+                                      : std::string()));
+    }
     if (!isModel) {
         errors.remark("the model does not hold all header metadata; its sets are copied as they are");
     }
@@ -129,7 +144,6 @@ void rewrap(std::istream& in, const std::function<std::shared_ptr<std::fstream>(
         options.configuration.footerStatus = MXFPartitionStatus::OpenIncomplete;
     }
 
-    const std::shared_ptr<std::fstream> file = create();
     std::vector<char> runIn(static_cast<std::size_t>(survey.runInLength));
     in.read(runIn.data(), static_cast<std::streamsize>(runIn.size()));
     in.seekg(0);

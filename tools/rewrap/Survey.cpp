@@ -38,7 +38,7 @@ void Survey::read(std::istream& file) {
         if (lastKind_ != MXFPartitionKind::Footer) {
             isCut = true;
             lookAtLastPackage(file);
-            errors_.error("the file ends without a footer partition; what is whole up to there is copied");
+            errors_.error("the file ends without a footer partition");
         }
     } catch (const klvutil::parse_error& error) {
         mendTables();
@@ -50,10 +50,6 @@ void Survey::read(std::istream& file) {
             packages += container.second.packages;
         }
         errors_.readingEnded(error, describeEnd(error, file, element_, static_cast<std::uint64_t>(packages)));
-        errors_.remark("what is whole up to there is copied" +
-                       (cutClip
-                            ? ", and of the clip the " + std::to_string(cutClip->octets) + " octets of whole edit units"
-                            : std::string()));
     }
 }
 
@@ -138,14 +134,18 @@ void Survey::mendTables() {
         const std::string name = "the index table of essence container " + std::to_string(table->first);
         Rational& rate = table->second.editRate;
         if (!isRate(rate)) {
+            const Rational told = rate;
             forEachTrack(table->first, [&](const Track& track) {
                 const auto* timeline = dynamic_cast<const TimelineTrack*>(&track);
-                if (timeline != nullptr && isRate(timeline->getEditRate())) {
-                    errors_.remark(name + " has the edit rate " + toString(rate) + "; that of the track is written, " +
-                                   toString(timeline->getEditRate()));
+                if (!isRate(rate) && timeline != nullptr) {
                     rate = timeline->getEditRate();
                 }
             });
+            if (isRate(rate)) {
+                remark(errors_, Lost::EditRate,
+                       name + " has the edit rate " + toString(told) + "; that of the track is written, " +
+                           toString(rate));
+            }
         }
         if (isRate(rate) && sids.insert(table->second.indexSID).second) {
             ++table;

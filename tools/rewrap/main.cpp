@@ -51,6 +51,9 @@ ExitCode run(const std::string& in, const std::string& out, const RewrapOptions&
     if (!size) {
         throw std::runtime_error(in + ": cannot seek, and is to be read twice; make it a file first");
     }
+    if (*size == 0) {
+        throw std::runtime_error("the file is empty");
+    }
     std::error_code unknown;
     if (std::filesystem::equivalent(in, out, unknown)) {
         throw std::runtime_error(out + " is what is read");

@@ -20,12 +20,7 @@ std::string inThousands(std::uint64_t number) {
 } // namespace
 
 void ErrorPrinter::error(const util::uuid& id, const std::string& message) {
-    Kind& kind = kinds_[id];
-    kind.latest = message;
-    if (++kind.count == 1) {
-        kind.first = message;
-    }
-    if (kind.count <= mostOfAKind) {
+    if (isAmongFirst(id, message)) {
         error(locator_ == nullptr ? message : message + " at octet " + std::to_string(position()));
     } else {
         ++errors_;
@@ -50,6 +45,21 @@ void ErrorPrinter::readingEnded(const klvutil::parse_error& failure, const std::
 void ErrorPrinter::remark(const std::string& message) {
     progress_.clear();
     std::cerr << program_ << ": " << message << '\n';
+}
+
+void ErrorPrinter::remark(const util::uuid& id, const std::string& message) {
+    if (isAmongFirst(id, message)) {
+        remark(message);
+    }
+}
+
+bool ErrorPrinter::isAmongFirst(const util::uuid& id, const std::string& message) {
+    Kind& kind = kinds_[id];
+    kind.latest = message;
+    if (++kind.count == 1) {
+        kind.first = message;
+    }
+    return kind.count <= mostOfAKind;
 }
 
 void ErrorPrinter::finish() {

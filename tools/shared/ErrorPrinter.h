@@ -27,6 +27,8 @@ public:
     void readingEnded(const klvutil::parse_error& failure, const std::string& summary);
     /// What is no error.
     void remark(const std::string& message);
+    /// What is no error, and may come as often as findings of one kind.
+    void remark(const util::uuid& id, const std::string& message);
     /// Nothing more is to come.
     void finish();
 
@@ -41,6 +43,9 @@ private:
         std::string first;  ///< message
         std::string latest; ///< message
     };
+
+    /// Counts a finding, and returns whether it is to be told.
+    bool isAmongFirst(const util::uuid& id, const std::string& message);
 
     const char* program_;
     ProgressBar& progress_;
