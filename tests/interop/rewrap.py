@@ -104,8 +104,12 @@ def check_file(inspect, folder, path):
                 checked.same(layout, name, value, source[name])
         result, warnings = probed(out)
         checked.same(layout, "ffprobe", result, source_probed[0])
-        checked.holds(layout, "warnings of ffprobe", warnings <= source_probed[1],
-                      f"{layout}: ffprobe has new warnings: {warnings - source_probed[1]}")
+        new_warnings = warnings - source_probed[1]
+        if "error reading header metadata" in source_probed[1]:
+            # So it ends at an index table segment with an edit rate of 0/0, before it can say that it knows no essence.
+            # The writer refuses such a rate, and that of the track is written.
+            new_warnings -= {"no essence"}
+        checked.holds(layout, "warnings of ffprobe", not new_warnings, f"{layout}: ffprobe has new warnings: {new_warnings}")
         checked.same(layout, "streams of ffmpeg", stream_hashes(out), source_hashes)
         checked.same(layout, "MediaInfo", media(out), source_media)
         if layout == "same layout":
