@@ -6,62 +6,62 @@
 #include <stdexcept>
 #include <utility>
 
+#include "klv/KLVKey.h"
 #include "klv/ValueCoding.h"
-#include "mxf/structure/MXFStaticTags.h"
 #include "sdk/BRYXWriter.h"
 
 namespace bryx {
 
 namespace {
 
-// ---- Properties by their static tags (ST 377-1) ----
+// ---- Properties by their labels (ST 377-1) ----
 
-constexpr std::uint16_t instanceUID = 0x3C0A;
-constexpr std::uint16_t linkedPackageUID = 0x2701;
-constexpr std::uint16_t linkedBodySID = 0x3F07;
-constexpr std::uint16_t packageUID = 0x4401;
-constexpr std::uint16_t packageTracks = 0x4403;
-constexpr std::uint16_t packageDescriptor = 0x4701;
-constexpr std::uint16_t subDescriptors = 0x3F01;
-constexpr std::uint16_t trackSegment = 0x4803;
-constexpr std::uint16_t trackNumber = 0x4804;
-constexpr std::uint16_t trackEditRate = 0x4B01;
-constexpr std::uint16_t trackOrigin = 0x4B02;
-constexpr std::uint16_t componentDuration = 0x0202;
-constexpr std::uint16_t sampleRate = 0x3001;
-constexpr std::uint16_t containerDuration = 0x3002;
-constexpr std::uint16_t channelCount = 0x3D07;
+constexpr KLVKey instanceUID = klvutil::key("060e2b34.01010101.01011502.00000000");
+constexpr KLVKey linkedPackageUID = klvutil::key("060e2b34.01010102.06010106.01000000");
+constexpr KLVKey linkedBodySID = klvutil::key("060e2b34.01010104.01030404.00000000");
+constexpr KLVKey packageUID = klvutil::key("060e2b34.01010101.01011510.00000000");
+constexpr KLVKey packageTracks = klvutil::key("060e2b34.01010102.06010104.06050000");
+constexpr KLVKey packageDescriptor = klvutil::key("060e2b34.01010102.06010104.02030000");
+constexpr KLVKey subDescriptors = klvutil::key("060e2b34.01010104.06010104.060b0000");
+constexpr KLVKey trackSegment = klvutil::key("060e2b34.01010102.06010104.02040000");
+constexpr KLVKey trackNumber = klvutil::key("060e2b34.01010102.01040103.00000000");
+constexpr KLVKey trackEditRate = klvutil::key("060e2b34.01010102.05300405.00000000");
+constexpr KLVKey trackOrigin = klvutil::key("060e2b34.01010102.07020103.01030000");
+constexpr KLVKey componentDuration = klvutil::key("060e2b34.01010102.07020201.01030000");
+constexpr KLVKey sampleRate = klvutil::key("060e2b34.01010101.04060101.00000000");
+constexpr KLVKey containerDuration = klvutil::key("060e2b34.01010101.04060102.00000000");
+constexpr KLVKey channelCount = klvutil::key("060e2b34.01010105.04020101.04000000");
 
 /// A property that may be written before its value is known. Then all octets of it are the one that stands for that.
 struct BestEffort {
-    std::uint16_t tag;
+    KLVKey label;
     std::uint8_t unknown;
 };
 
 constexpr BestEffort bestEffort[] = {
     {componentDuration, 0xFF},
     {containerDuration, 0xFF},
-    {0x320C, 0xFF}, // PictureDescriptor.frameLayout
-    {0x3202, 0x00}, // PictureDescriptor.storedHeight
-    {0x3203, 0x00}, // PictureDescriptor.storedWidth
-    {0x320E, 0x00}, // PictureDescriptor.aspectRatio
-    {0x3301, 0x00}, // CDCIPictureDescriptor.componentDepth
-    {0x3302, 0x00}, // CDCIPictureDescriptor.horizontalSubsampling
-    {0x3401, 0x00}, // RGBAPictureDescriptor.pixelLayout
-    {0x3D01, 0x00}, // SoundDescriptor.quantizationBits
-    {0x3D03, 0x00}, // SoundDescriptor.audioSamplingRate
+    {klvutil::key("060e2b34.01010101.04010301.04000000"), 0xFF}, // PictureDescriptor.frameLayout
+    {klvutil::key("060e2b34.01010101.04010502.01000000"), 0x00}, // PictureDescriptor.storedHeight
+    {klvutil::key("060e2b34.01010101.04010502.02000000"), 0x00}, // PictureDescriptor.storedWidth
+    {klvutil::key("060e2b34.01010101.04010101.01000000"), 0x00}, // PictureDescriptor.aspectRatio
+    {klvutil::key("060e2b34.01010102.04010503.0a000000"), 0x00}, // CDCIPictureDescriptor.componentDepth
+    {klvutil::key("060e2b34.01010101.04010501.05000000"), 0x00}, // CDCIPictureDescriptor.horizontalSubsampling
+    {klvutil::key("060e2b34.01010102.04010503.06000000"), 0x00}, // RGBAPictureDescriptor.pixelLayout
+    {klvutil::key("060e2b34.01010104.04020303.04000000"), 0x00}, // SoundDescriptor.quantizationBits
+    {klvutil::key("060e2b34.01010105.04020301.01010000"), 0x00}, // SoundDescriptor.audioSamplingRate
     {channelCount, 0x00},
 };
 
-const std::vector<std::uint8_t>* octetsOf(const MXFPrimedSet& set, std::uint16_t tag) {
-    const auto property = set.properties.find(*mxfutil::staticLabel(tag));
+const std::vector<std::uint8_t>* octetsOf(const MXFPrimedSet& set, const KLVKey& label) {
+    const auto property = set.properties.find(label);
     return property == set.properties.end() ? nullptr : &property->second;
 }
 
 /// A property of @p set; none if it is not there, or is no such value.
 template <class Value>
-std::optional<Value> get(const MXFPrimedSet& set, std::uint16_t tag) {
-    const auto* const octets = octetsOf(set, tag);
+std::optional<Value> get(const MXFPrimedSet& set, const KLVKey& label) {
+    const auto* const octets = octetsOf(set, label);
     if (octets == nullptr) {
         return {};
     }
@@ -76,8 +76,8 @@ std::optional<Value> get(const MXFPrimedSet& set, std::uint16_t tag) {
 constexpr KLVKey immersiveAudioKey = klvutil::key("060e2b34.02530101.0d010101.01017b00");
 
 bool holdsUnknown(const MXFPrimedSet& set, const BestEffort& property) {
-    const auto* const octets = octetsOf(set, property.tag);
-    return octets != nullptr && (property.tag != channelCount || set.key != immersiveAudioKey) &&
+    const auto* const octets = octetsOf(set, property.label);
+    return octets != nullptr && (property.label != channelCount || set.key != immersiveAudioKey) &&
            std::all_of(octets->begin(), octets->end(), [&](std::uint8_t octet) { return octet == property.unknown; });
 }
 
@@ -100,6 +100,16 @@ bool isDuration(std::int64_t duration, const Rational& rate, std::uint64_t editU
 
 BRYXMetadataSurvey::BRYXMetadataSurvey(const BRYXHeaderMetadata& metadata) {
     metadata.send(*this);
+    for (const MXFPrimedSet& set : sets_) {
+        const auto linked = get<UMID>(set, linkedPackageUID);
+        const auto bodySID = get<std::uint32_t>(set, linkedBodySID);
+        if (linked && bodySID) {
+            packages_[*bodySID].insert(*linked);
+        }
+        if (const auto uid = get<UMID>(set, packageUID)) {
+            addDurations(durations_[*uid], set);
+        }
+    }
 }
 
 void BRYXMetadataSurvey::startMetadata() {}
@@ -139,67 +149,64 @@ bool BRYXMetadataSurvey::isComplete() const {
     });
 }
 
-void BRYXMetadataSurvey::visitDescriptor(const MXFPrimedSet* descriptor, const Visit& visit) const {
-    if (descriptor == nullptr) {
-        return;
-    }
-    const auto duration = get<std::int64_t>(*descriptor, containerDuration);
-    const auto rate = get<Rational>(*descriptor, sampleRate);
-    if (duration && rate) {
-        visit(*duration, *rate);
-    }
-}
-
-void BRYXMetadataSurvey::forEachDuration(const MXFPrimedSet& package, const Visit& visit) const {
+/// Adds all durations that @p package gives.
+void BRYXMetadataSurvey::addDurations(Durations& durations, const MXFPrimedSet& package) const {
+    const auto add = [&](const std::optional<std::int64_t>& duration, const std::optional<Rational>& rate) {
+        if (duration && rate && *duration >= 0 && isRate(*rate)) {
+            durations.insert({*duration, *rate});
+        }
+    };
+    const auto addDescriptor = [&](const MXFPrimedSet* descriptor) {
+        if (descriptor != nullptr) {
+            add(get<std::int64_t>(*descriptor, containerDuration), get<Rational>(*descriptor, sampleRate));
+        }
+    };
     for (const MXFUID& uid : get<std::vector<MXFUID>>(package, packageTracks).value_or(std::vector<MXFUID>())) {
         const MXFPrimedSet* const track = find(uid);
         const MXFPrimedSet* const segment = track == nullptr ? nullptr : segmentOf(*track);
-        if (segment == nullptr || get<std::uint32_t>(*track, trackNumber).value_or(0) == 0) {
-            continue;
-        }
-        const auto duration = get<std::int64_t>(*segment, componentDuration);
-        const auto rate = get<Rational>(*track, trackEditRate);
-        if (duration && rate) {
-            visit(*duration, *rate);
+        if (segment != nullptr && get<std::uint32_t>(*track, trackNumber).value_or(0) != 0) {
+            add(get<std::int64_t>(*segment, componentDuration), get<Rational>(*track, trackEditRate));
         }
     }
     if (const auto uid = get<MXFUID>(package, packageDescriptor)) {
         const MXFPrimedSet* const descriptor = find(*uid);
-        visitDescriptor(descriptor, visit);
+        addDescriptor(descriptor);
         if (descriptor != nullptr) {
             for (const MXFUID& sub :
                  get<std::vector<MXFUID>>(*descriptor, subDescriptors).value_or(std::vector<MXFUID>())) {
-                visitDescriptor(find(sub), visit);
+                addDescriptor(find(sub));
             }
         }
     }
 }
 
 bool BRYXMetadataSurvey::fits(std::uint32_t bodySID, std::uint64_t editUnits, const Rational& editRate) const {
+    const auto packages = packages_.find(bodySID);
+    if (packages == packages_.end()) {
+        return true;
+    }
     bool isAny = false;
-    bool isOneRight = false;
-    bool areAllRight = true;
-    const Visit compare = [&](std::int64_t duration, const Rational& rate) {
-        if (duration < 0 || !isRate(rate)) {
-            return;
-        }
-        const bool isRight = isDuration(duration, rate, editUnits, isRate(editRate) ? editRate : rate);
-        isAny = true;
-        isOneRight = isOneRight || isRight;
-        areAllRight = areAllRight && isRight;
-    };
-    for (const MXFPrimedSet& container : sets_) {
-        const auto linked = get<UMID>(container, linkedPackageUID);
-        if (!linked || get<std::uint32_t>(container, linkedBodySID) != bodySID) {
+    for (const UMID& package : packages->second) {
+        const auto found = durations_.find(package);
+        if (found == durations_.end() || found->second.empty()) {
             continue;
         }
-        for (const MXFPrimedSet& package : sets_) {
-            if (get<UMID>(package, packageUID) == linked) {
-                forEachDuration(package, compare);
+        const Durations& durations = found->second;
+        if (isRate(editRate)) {
+            if (!std::all_of(durations.begin(), durations.end(), [&](const Duration& duration) {
+                    return isDuration(duration.units, duration.rate, editUnits, editRate);
+                })) {
+                return false;
             }
+        } else {
+            const auto right = durations.lower_bound({static_cast<std::int64_t>(editUnits), Rational()});
+            if (right != durations.end() && static_cast<std::uint64_t>(right->units) == editUnits) {
+                return true;
+            }
+            isAny = true;
         }
     }
-    return isRate(editRate) ? areAllRight : isOneRight || !isAny;
+    return !isAny;
 }
 
 } // namespace bryx

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
+#include <set>
+#include <tuple>
 #include <vector>
 
 #include "klv/KLVValueTypes.h"
@@ -34,15 +36,26 @@ public:
     void primedSet(MXFPrimedSet& set) override;
 
 private:
-    using Visit = std::function<void(std::int64_t duration, const Rational& rate)>;
+    /// A duration in units of a rate, both of which can be.
+    struct Duration {
+        std::int64_t units;
+        Rational rate;
+
+        friend bool operator<(const Duration& a, const Duration& b) noexcept {
+            return std::tie(a.units, a.rate.numerator, a.rate.denominator) <
+                   std::tie(b.units, b.rate.numerator, b.rate.denominator);
+        }
+    };
+    using Durations = std::set<Duration>;
 
     const MXFPrimedSet* find(const MXFUID& uid) const;
     const MXFPrimedSet* segmentOf(const MXFPrimedSet& track) const;
-    void forEachDuration(const MXFPrimedSet& package, const Visit& visit) const;
-    void visitDescriptor(const MXFPrimedSet* descriptor, const Visit& visit) const;
+    void addDurations(Durations& durations, const MXFPrimedSet& package) const;
 
     std::vector<MXFPrimedSet> sets_;
     std::map<MXFUID, std::size_t> byUID_;
+    std::map<std::uint32_t, std::set<UMID>> packages_; ///< whose essence is in an essence container, by its body SID
+    std::map<UMID, Durations> durations_;              ///< by the package that gives them
 };
 
 } // namespace bryx
