@@ -12,8 +12,9 @@ of 50 Mbit/s is scanned by its random index; that fails if it takes a second, or
 what a stream's buffer takes in with them.
 
 Before that, files that nobody would write are read, with 2,000 and with 20,000 of something in one place: index tables, elements
-of one content package with keys of their own, sets, in as many chains of 25 and of 250 levels, that come in any order, and
-elements that many packages claim. It fails if ten times as many take more than 13 times the instructions.
+of one content package with keys of their own, sets, in as many chains of 25 and of 250 levels, that come in any order,
+elements that many packages claim, and essence containers with packages of their own. It fails if ten times as many take more
+than 13 times the instructions.
 """
 
 import argparse
@@ -84,6 +85,11 @@ def sparse_file(path, size, distance):
 SEQUENCE = "060e2b34025301010d01010101010f00"
 SEQUENCE_TAGS = {0x3C0A: "060e2b34010101010101150200000000", 0x0201: "060e2b34010101020407010000000000",
                  0x0202: "060e2b34010101020702020101030000", 0x1001: "060e2b34010101020601010406090000"}
+PACKAGE_TAGS = {0x3C0A: "060e2b34010101010101150200000000", 0x0202: "060e2b34010101020702020101030000",
+                0x2701: "060e2b34010101020601010601000000", 0x3F07: "060e2b34010101040103040400000000",
+                0x4401: "060e2b34010101010101151000000000", 0x4403: "060e2b34010101020601010406050000",
+                0x4803: "060e2b34010101020601010402040000", 0x4804: "060e2b34010101020104010300000000",
+                0x4B01: "060e2b34010101020530040500000000"}
 SOUND = bytes.fromhex("060e2b34040101010103020202000000")
 CHAINS = 80
 
@@ -100,15 +106,24 @@ def uid(number):
     return b"growth.." + number.to_bytes(8, "big")
 
 
-def write_file(path, header=b"", index=b"", body=b""):
-    """Three partitions and the random index."""
+def write_file(path, header=b"", index=b"", bodies=(b"",)):
+    """A header partition, one for each essence container, the footer partition and the random index."""
+    places = [0]
     with open(path, "wb") as file:
         file.write(partition(b"\x02\x04", 0, header=len(header)) + header)
-        place = file.tell()
-        file.write(partition(b"\x03\x04", place, index=len(index), body_sid=1) + index + body)
+        for body_sid, body in enumerate(bodies, 1):
+            places.append(file.tell())
+            file.write(partition(b"\x03\x04", places[-1], previous=places[-2], index=len(index), body_sid=body_sid) +
+                       index + body)
         footer = file.tell()
-        file.write(partition(b"\x04\x04", footer, previous=place, footer=footer))
-        file.write(pack(b"\x11\x01", struct.pack(">IQIQIQI", 0, 0, 1, place, 0, footer, 65)))
+        file.write(partition(b"\x04\x04", footer, previous=places[-1], footer=footer))
+        entries = b"".join(struct.pack(">IQ", *entry) for entry in enumerate(places)) + struct.pack(">IQ", 0, footer)
+        file.write(pack(b"\x11\x01", entries + struct.pack(">I", len(entries) + 29)))
+
+
+def primer(tags):
+    return klv("060e2b34020501010d01020101050100", struct.pack(">II", len(tags), 18) + b"".join(
+        struct.pack(">H", tag) + bytes.fromhex(label) for tag, label in tags.items()))
 
 
 def sequence(own, below):
@@ -118,11 +133,9 @@ def sequence(own, below):
 
 def sets(count, levels):
     """Header metadata of chains of sets."""
-    primer = struct.pack(">II", len(SEQUENCE_TAGS), 18) + b"".join(
-        struct.pack(">H", tag) + bytes.fromhex(label) for tag, label in SEQUENCE_TAGS.items())
     chained = [sequence(own, [own + 1] if (own + 1) % levels else []) for own in range(count)]
     random.shuffle(chained)
-    return klv("060e2b34020501010d01020101050100", primer) + b"".join(chained)
+    return primer(SEQUENCE_TAGS) + b"".join(chained)
 
 
 def index_tables(path, count):
@@ -138,7 +151,7 @@ def elements(path, count):
     keys = [b"\x15\x01\x05\x00"] + [random.choice(b"\x15\x16\x17").to_bytes(1, "big") + random.randbytes(3)
                                      for _ in range(count - 1)]
     write_file(path, header=sets(1, 1),
-               body=b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys))
+               bodies=[b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys)])
 
 
 def nested_sets(path, count):
@@ -163,9 +176,23 @@ def containers(path, count):
         header.append(local_set("060e2b34025301010d01010101012300", (0x3C0A, uid(number + packages)),
                                 (0x2701, umid(number)), (0x3F07, struct.pack(">I", 1))))
     keys = [random.choice(b"\x15\x16\x17").to_bytes(1, "big") + random.randbytes(3) for _ in range(count)]
-    primer = klv("060e2b34020501010d01020101050100", struct.pack(">II", 0, 18))
-    write_file(path, header=primer + b"".join(header),
-               body=b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys))
+    write_file(path, header=primer({}) + b"".join(header),
+               bodies=[b"".join(klv("060e2b34010201010d010301" + key.hex(), b"essence") for key in keys)])
+
+
+def body_sids(path, count):
+    """Essence containers of two edit units, each with a file package that says so."""
+    header = [primer(PACKAGE_TAGS), local_set("060e2b34025301010d01010101012f00", (0x3C0A, uid(0)))]
+    for body_sid in range(1, 1 + count):
+        package, track, segment = (uid(4 * body_sid + part) for part in range(3))
+        header.append(local_set("060e2b34025301010d01010101012300", (0x3C0A, uid(4 * body_sid + 3)),
+                                (0x2701, 2 * package), (0x3F07, struct.pack(">I", body_sid))))
+        header.append(local_set("060e2b34025301010d01010101013700", (0x3C0A, package), (0x4401, 2 * package),
+                                (0x4403, struct.pack(">II", 1, 16) + track)))
+        header.append(local_set("060e2b34025301010d01010101013b00", (0x3C0A, track), (0x4803, segment),
+                                (0x4804, b"\x15\x01\x05\x00"), (0x4B01, struct.pack(">ii", 25, 1))))
+        header.append(local_set(SEQUENCE, (0x3C0A, segment), (0x0202, struct.pack(">q", 2))))
+    write_file(path, header=b"".join(header), bodies=[2 * klv("060e2b34010201010d01030115010500", b"essence")] * count)
 
 
 def grow(work, rewrap, folder):
@@ -173,7 +200,8 @@ def grow(work, rewrap, folder):
     random.seed(1)
     counted = [2000, 20000]
     made = [(index_tables, [(work, "index"), (work, "validate")]), (elements, [(work, "validate"), (rewrap,)]),
-            (nested_sets, [(work, "metadata"), (work, "validate")]), (containers, [(work, "validate")])]
+            (nested_sets, [(work, "metadata"), (work, "validate")]), (containers, [(work, "validate")]),
+            (body_sids, [(rewrap,)])]
     failures = []
     print(f"{'instructions for each of':>26}")
     print(f"{counted[0]:12}  {counted[1]:12}  {'times':>11}  work")
