@@ -96,6 +96,12 @@ bool isDuration(std::int64_t duration, const Rational& rate, std::uint64_t editU
     return std::abs(difference) < std::max(unit, editUnit);
 }
 
+/// Whether so many units of a rate are no more than @p editUnits of another.
+bool isWithin(std::int64_t units, const Rational& rate, std::uint64_t editUnits, const Rational& editRate) {
+    return static_cast<double>(units) * rate.denominator / rate.numerator <=
+           static_cast<double>(editUnits) * editRate.denominator / editRate.numerator;
+}
+
 } // namespace
 
 BRYXMetadataSurvey::BRYXMetadataSurvey(const BRYXHeaderMetadata& metadata) {
@@ -151,9 +157,10 @@ bool BRYXMetadataSurvey::isComplete() const {
 
 /// Adds all durations that @p package gives.
 void BRYXMetadataSurvey::addDurations(Durations& durations, const MXFPrimedSet& package) const {
+    std::int64_t origin = 0;
     const auto add = [&](const std::optional<std::int64_t>& duration, const std::optional<Rational>& rate) {
         if (duration && rate && *duration >= 0 && isRate(*rate)) {
-            durations.insert({*duration, *rate});
+            durations.insert({*duration, *rate, origin});
         }
     };
     const auto addDescriptor = [&](const MXFPrimedSet* descriptor) {
@@ -161,10 +168,16 @@ void BRYXMetadataSurvey::addDurations(Durations& durations, const MXFPrimedSet& 
             add(get<std::int64_t>(*descriptor, containerDuration), get<Rational>(*descriptor, sampleRate));
         }
     };
+    std::vector<const MXFPrimedSet*> tracks;
     for (const MXFUID& uid : get<std::vector<MXFUID>>(package, packageTracks).value_or(std::vector<MXFUID>())) {
         const MXFPrimedSet* const track = find(uid);
-        const MXFPrimedSet* const segment = track == nullptr ? nullptr : segmentOf(*track);
-        if (segment != nullptr && get<std::uint32_t>(*track, trackNumber).value_or(0) != 0) {
+        if (track != nullptr && get<std::uint32_t>(*track, trackNumber).value_or(0) != 0) {
+            tracks.push_back(track);
+            origin = std::max<std::int64_t>(get<std::int64_t>(*track, trackOrigin).value_or(0), origin);
+        }
+    }
+    for (const MXFPrimedSet* const track : tracks) {
+        if (const MXFPrimedSet* const segment = segmentOf(*track)) {
             add(get<std::int64_t>(*segment, componentDuration), get<Rational>(*track, trackEditRate));
         }
     }
@@ -194,12 +207,13 @@ bool BRYXMetadataSurvey::fits(std::uint32_t bodySID, std::uint64_t editUnits, co
         const Durations& durations = found->second;
         if (isRate(editRate)) {
             if (!std::all_of(durations.begin(), durations.end(), [&](const Duration& duration) {
-                    return isDuration(duration.units, duration.rate, editUnits, editRate);
+                    return isDuration(duration.units, duration.rate, editUnits, editRate) ||
+                           (duration.origin > 0 && isWithin(duration.units, duration.rate, editUnits, editRate));
                 })) {
                 return false;
             }
         } else {
-            const auto right = durations.lower_bound({static_cast<std::int64_t>(editUnits), Rational()});
+            const auto right = durations.lower_bound({static_cast<std::int64_t>(editUnits), Rational(), 0});
             if (right != durations.end() && static_cast<std::uint64_t>(right->units) == editUnits) {
                 return true;
             }

@@ -25,7 +25,8 @@ public:
 
     /// Whether the durations that the metadata gives for the essence container with @p bodySID fit @p editUnits: those of
     /// the tracks of its file package that have a number, and of that package's descriptors. What is counted in units of
-    /// another rate may be off by less than one unit.
+    /// another rate may be off by less than one unit. Where a track has an origin, what comes before it and behind its end
+    /// need not be counted.
     /// @param editRate of the container; one with a zero if it is not known. Then it is enough that one of them fits.
     bool fits(std::uint32_t bodySID, std::uint64_t editUnits, const Rational& editRate) const;
 
@@ -36,14 +37,15 @@ public:
     void primedSet(MXFPrimedSet& set) override;
 
 private:
-    /// A duration in units of a rate, both of which can be.
+    /// A duration in units of a rate, both of which can be, with the origin that goes with it.
     struct Duration {
         std::int64_t units;
         Rational rate;
+        std::int64_t origin; ///< the largest of the tracks of the package
 
         friend bool operator<(const Duration& a, const Duration& b) noexcept {
-            return std::tie(a.units, a.rate.numerator, a.rate.denominator) <
-                   std::tie(b.units, b.rate.numerator, b.rate.denominator);
+            return std::tie(a.units, a.rate.numerator, a.rate.denominator, a.origin) <
+                   std::tie(b.units, b.rate.numerator, b.rate.denominator, b.origin);
         }
     };
     using Durations = std::set<Duration>;

@@ -214,6 +214,11 @@ TEST(BRYXWriterStatus, SaysNoMoreThanWhatHolds) {
              body.endIndividualItem(keys::picture);
              writer.endEssence();
          }},
+        {"pictures before the origin", "4 4 4",
+         [](Clip& clip) {
+             clip.setDuration(packages - 2);
+             std::dynamic_pointer_cast<TimelineTrack>(clip.source->getTrackAt(0))->setOrigin(2);
+         }},
         {"no essence",
          "3 4 2",
          [](Clip&) {},
