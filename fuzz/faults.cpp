@@ -420,7 +420,7 @@ void failToAllocate(const GoodClip& clip) {
                        mxfutil::firstDifference(*model, *reader.models.front().front()).empty();
             };
             expect(!isDone || isEqual(parsing.reader), "something is lost");
-            ModelReader again(parsing.factory); // a parser is done for when an exception has gone through it
+            ModelReader again(parsing.factory); // no parser through which an exception has gone is used again
             again.readRegion(region);
             expect(isEqual(again), "the factory does not make what it made before");
         });

@@ -115,7 +115,7 @@ void KLVInput::skip(std::uint64_t size) {
         }
         return;
     }
-    // Whether a seek beyond the end fails is up to the stream buffer, so the end decides; it is asked anew before
+    // Whether a seek beyond the end fails is up to the stream buffer, so the end decides; it is asked again before
     // complaining, since a file may be growing while it is read.
     const auto fits = [&] {
         return size <= static_cast<std::uint64_t>(std::max<std::streamoff>(end_ - position(), 0));

@@ -11,7 +11,7 @@ namespace bryx {
 ///
 /// Each segment is checked, and passed on whatever the checks find. A mandatory property that is wanting is reported as
 /// "missing", a value that cannot be read as "invalid"; both have their initial value then. What is no segment is
-/// forwarded to the next handler, if one is set. After an exception has ended a reading, a parser is done for.
+/// forwarded to the next handler, if one is set. A parser can be used again, also after an exception has ended a reading.
 class BRYX_API MXFIndexParser : public MXFPrimedSetParser {
 public:
     /// @param handler not owned

@@ -39,7 +39,7 @@ struct MXFIndexEntry {
     std::vector<std::uint32_t> sliceOffsets; ///< octets from there to each slice after the first
     std::vector<Rational> posTable;          ///< fractional position offsets of elements
 
-    /// Visits the fields in their order on the wire, save the lists, whose sizes the segment tells.
+    /// Visits the fields in their order on the wire, except the lists, whose sizes the segment tells.
     template <class Self, class Visit>
     static void fields(Self& self, Visit&& visit) {
         visit("temporalOffset", self.temporalOffset);

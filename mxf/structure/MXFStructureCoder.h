@@ -19,7 +19,7 @@ public:
     /// @param filler writes to the stream
     /// @param locator tells where in the stream the next octet goes, as do grid, headerMetadata and index it outlives
     ///     this
-    /// @param grid of the partition that is written; begins anew with each
+    /// @param grid of the partition that is written; begins again with each
     /// @param headerMetadata,index the padders of the regions that come behind a pack. One in fixed-length mode tells the
     ///     byte count in the pack; for one in alignment mode the pack must have it.
     MXFStructureCoder(std::unique_ptr<KLVFiller> filler, const Locator& locator, KLVGrid& grid,

@@ -8,7 +8,7 @@
 
 namespace bryx {
 
-/// Keeps the stream, the mode and the handlers; the pipeline is built anew for each reading.
+/// Keeps the stream, the mode and the handlers; the pipeline is built for each reading.
 class BRYXReaderImpl final : public BRYXReader {
 public:
     BRYXReaderImpl(std::shared_ptr<std::istream> stream, BRYXValidationMode::Enum mode);

@@ -4,7 +4,7 @@
 usage: findings.py [--update] INSPECT EXPECTED FILE...
 
 EXPECTED tells of files by name how many findings of each level and message they have; each has been looked at, and is
-true. In other FILEs, nothing is to be an error. With --update, EXPECTED is written anew. The exit status is 1 when there
+true. In other FILEs, nothing is to be an error. With --update, EXPECTED is written again. The exit status is 1 when there
 is any difference.
 """
 

@@ -684,7 +684,7 @@ TEST(MetadataModel, SetsAgreeWithTheRegisters) {
         if (set == "AVCVideoSubDescriptor") {
             tag = 0x7FFEU + property.label()[13];
         } else if (set == "MPEGVideoDescriptor" || set == "MPEG4VideoSubDescriptor") {
-            // In the order of the labels, save that the bit rate comes before profile and level.
+            // In the order of the labels, except that the bit rate comes before profile and level.
             const unsigned number = property.label()[13] - 2U;
             tag = 0x8000U + (number == 9 ? 8 : number == 8 ? 9 : number);
         }

@@ -349,6 +349,22 @@ TEST_F(Rewrap, TellsOfEachIndexTableOnce) {
     EXPECT_NE(text.find(": ... and 5 more like it\n"), std::string::npos) << text;
 }
 
+TEST_F(Rewrap, TakesTracksWithoutANumber) {
+    ClipOptions options;
+    options.change = [](Preface& preface) {
+        for (std::size_t i = 0; i < preface.getContentStorage()->getPackageCount(); ++i) {
+            const auto package = preface.getContentStorage()->getPackageAt(i);
+            for (std::size_t j = 0; j < package->getTrackCount(); ++j) {
+                package->getTrackAt(j)->removeTrackNumber();
+            }
+        }
+    };
+    const GoodClip clip(options);
+    const Outcome copied = rewrap(clip.octets, clip.octets.size());
+    EXPECT_EQ(copied.status, 0) << copied.text;
+    EXPECT_EQ(written().packages.size(), static_cast<std::size_t>(options.frames));
+}
+
 TEST_F(Rewrap, CountsWhatRepeats) {
     // Labels have no place in header metadata.
     std::string labels;

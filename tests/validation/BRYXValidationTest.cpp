@@ -63,7 +63,7 @@ TEST(BRYXValidation, HasAFaultForEachCheck) {
     }
 }
 
-/// Each octet of each partition pack and of the random index pack is held against something, save the register version in
+/// Each octet of each partition pack and of the random index pack is held against something, except the register version in
 /// the key of the latter.
 TEST(BRYXValidation, FindsEachFlippedOctetOfAPack) {
     const GoodClip clip;

@@ -11,7 +11,7 @@ namespace bryx {
 
 MXFMetadataModelFactory::MXFMetadataModelFactory() = default;
 
-// The cache leads to the factories of the other, and is filled anew.
+// The cache leads to the factories of the other, and is filled again.
 MXFMetadataModelFactory::MXFMetadataModelFactory(const MXFMetadataModelFactory& other)
     : MXFMetadataFactory(other), errorHandler_(other.errorHandler_) {}
 

@@ -39,7 +39,7 @@ public:
     virtual std::shared_ptr<MetadataRoot> create() const = 0;
 
     /// Reads @p properties into @p object, and adds its references to @p pending. A property that is wanting is
-    /// reported as "missing", one that cannot be read as "invalid"; then it is kept as a dark property, save the
+    /// reported as "missing", one that cannot be read as "invalid"; then it is kept as a dark property, except the
     /// instance UID, in whose place the fresh one stays. Requires
     /// "object is a" with the name of the class.
     virtual void parseProperties(const MXFProperties& properties, const std::shared_ptr<MetadataRoot>& object,
